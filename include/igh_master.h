@@ -1,0 +1,235 @@
+/* igh_master.h - EtherCAT buses for real-time applications on the IgH EtherCAT Master.
+ *
+ * Order of use:
+ *
+ *   igh_master_initialize        one master per id; the id is the index of the IgH master
+ *   igh_master_append_eni        once per device-description file
+ *   igh_master_scan              finds the slaves, matches them to descriptions
+ *   igh_master_config_all_slave  hands the process-data layout to the master
+ *   igh_master_create_pdo_info   one handle per entry and direction
+ *   igh_master_active            the bus starts climbing to OP as soon as it is cycled
+ *   igh_master_exchange          once per period
+ *   igh_master_uninitialize      deactivates and frees everything
+ *
+ * Threads: nothing is locked and no thread is created. "Set-up" functions belong to one ordinary thread and
+ * must not run while igh_master_exchange runs on the same master; they may allocate, block and print. "Cycle"
+ * functions may be called from the real-time task between or, from the callback, inside exchanges: they
+ * neither allocate nor block. igh_master_initialize and igh_master_uninitialize must not overlap any call for
+ * any master.
+ *
+ * Results: truth values are one byte, 0 or 1. Every function but the two initialisers and
+ * igh_master_uninitialize gives 0 (a void function does nothing) when no master has this id; this is not
+ * repeated below. Pointers are owned by the caller; what they point to is copied unless stated otherwise.
+ *
+ * Slaves are addressed by their 0-based index in scan order. Process-data values cross as double; the entry's
+ * type in the description decides the conversion, and out-of-range values wrap to the type's width.
+ */
+#ifndef IGH_MASTER_H
+#define IGH_MASTER_H
+
+#include <stdbool.h>
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+#if defined(__GNUC__)
+#define IGH_MASTER_API __attribute__((visibility("default")))
+#else
+#define IGH_MASTER_API
+#endif
+
+/* Value types of process-data entries and SDO objects. Types 0, 7 and 8 have a size but no conversion. */
+typedef enum {
+  DATA_TYPE_INVALID = -1, /* a type name that is not supported, 0 bytes */
+  DATA_TYPE_RAW = 0,      /* bytes */
+  DATA_TYPE_SINT = 1,     /* signed 8 bits */
+  DATA_TYPE_USINT = 2,    /* unsigned 8 bits */
+  DATA_TYPE_INT = 3,      /* signed 16 bits */
+  DATA_TYPE_UINT = 4,     /* unsigned 16 bits */
+  DATA_TYPE_DINT = 5,     /* signed 32 bits */
+  DATA_TYPE_UDINT = 6,    /* unsigned 32 bits */
+  DATA_TYPE_LINT = 7,     /* signed 64 bits, not converted */
+  DATA_TYPE_ULINT = 8,    /* unsigned 64 bits, not converted */
+  DATA_TYPE_REAL = 9,     /* IEEE 754 single */
+  DATA_TYPE_LREAL = 10    /* IEEE 754 double */
+} ETHERCAT_DATA_TYPE;
+
+/* Last error and errorCode of the error callback. None of them stops the cycle. */
+typedef enum {
+  ETHERCAT_ERROR_NONE = 0,
+  ETHERCAT_ERROR_WORKING_COUNTER = 1, /* a frame came back incomplete or not at all, in SAFEOP or OP */
+  ETHERCAT_ERROR_LINK_DOWN = 2,       /* no link on the master's first device */
+  ETHERCAT_ERROR_SLAVE_STATE = 3,     /* a slave refused a state change or stopped answering */
+  ETHERCAT_ERROR_SLAVE_ADDED = 4,     /* a rescan of the bus found more slaves than igh_master_scan */
+  ETHERCAT_ERROR_SLAVE_LOST = 5       /* a rescan of the bus found fewer slaves than igh_master_scan */
+} ETHERCAT_ERROR_CODE;
+
+/* The slave argument of an error that concerns the master as a whole. */
+#define ETHERCAT_ERROR_WHOLE_MASTER 0xFFFFFFFFu
+
+/* Timing of one exchange. Costs are in microseconds, from CLOCK_MONOTONIC; a phase that did not run is 0. */
+typedef struct _ETHERCAT_COMM_DIAG_INFO {
+  uint64_t time;                 /* cycle number, 0 for the first cycle after activation */
+  int32_t txPdoReceivedCostUs;   /* receive and process; in exchange mode the whole wait for the frame */
+  int32_t sdoCostUs;             /* SDO service */
+  int32_t rxPdoSentCostUs;       /* queue, clock synchronisation, send */
+  int32_t userCallbackCostUs;    /* the application's callback */
+  int32_t totalExchangeCostUs;   /* entry to end of igh_master_exchange */
+} _ETHERCAT_COMM_DIAG_INFO;
+
+typedef enum {
+  COMM_DIAG_MIN = 0,  /* the cycle with the smallest total since activation */
+  COMM_DIAG_LAST = 1, /* the most recent cycle */
+  COMM_DIAG_MAX = 2   /* the cycle with the largest total since activation */
+} COMM_DIAG_INDEX;
+
+/* Called from inside igh_master_exchange, in its thread, once per problem found. deviceId is the master id;
+ * slave a slave index or ETHERCAT_ERROR_WHOLE_MASTER; errorCode one of ETHERCAT_ERROR_CODE. It must obey the
+ * rules of the cycle: no blocking, no allocation, no set-up function. */
+typedef void (*igh_master_error_callback)(unsigned int deviceId, unsigned int slave, int errorCode, void* userData);
+
+/* Called once inside each exchange in SAFEOP or OP, between the copy of the inputs and that of the outputs. */
+typedef void (*igh_master_exchange_callback)(void* userData);
+
+/* ---- Life cycle ------------------------------------------------------------------------------------------ */
+
+/* Creates the master `id`. Set-up.
+ *   exchangePeriod        time between two exchanges in ns, 100000 to 4000000000
+ *   enableDc              use distributed clocks where a description has an operation mode named "DC"
+ *   syncToReferenceClock  true: the master's time follows the reference clock; false: the reference clock is
+ *                         steered to the master's time
+ * Result 1 when the period is in range, also when the id exists already (it keeps its period and flags) and
+ * also when no IgH master of this index could be reserved: then igh_master_scan and igh_master_active fail.
+ * 0, with a line on standard output, for a period out of range. */
+IGH_MASTER_API bool igh_master_initialize_ex(uint16_t id, uint32_t exchangePeriod, bool enableDc,
+                                             bool syncToReferenceClock);
+
+/* igh_master_initialize_ex with distributed clocks enabled. Set-up. */
+IGH_MASTER_API bool igh_master_initialize(uint16_t id, uint32_t exchangePeriod, bool syncToReferenceClock);
+
+/* Deactivates and destroys the master; every handle of it is void. Set-up, with no exchange running. Always 1,
+ * also for an unknown id. */
+IGH_MASTER_API bool igh_master_uninitialize(uint16_t id);
+
+/* false (default): an exchange first takes the frame sent by the previous one; inputs are one period old and
+ * outputs of the callback leave at once. true: an exchange sends first and polls for the frame inside the call;
+ * inputs are fresh, outputs of the callback leave with the next exchange. Set-up. Result 0, nothing changed,
+ * while the master is active. */
+IGH_MASTER_API bool igh_master_set_exchange_mode(uint16_t id, bool exchangeMode);
+
+/* Sets the error callback; null switches it off. userData is handed back as it is. Set-up. Result 1. */
+IGH_MASTER_API bool igh_master_set_error_callback(uint16_t id, igh_master_error_callback callback, void* userData);
+
+/* Writes the exchange period in ns. Any thread. Result 0 for a null pointer. */
+IGH_MASTER_API bool igh_master_get_period(uint16_t id, uint32_t* period);
+
+/* Writes by how many ns the master's time has been moved to follow the reference clock (a signed value in an
+ * unsigned variable). Cycle. Result 0 for a null pointer. */
+IGH_MASTER_API bool igh_master_get_system_base_offset(uint16_t id, uint64_t* offset);
+
+/* Loads one description file (XML, root EtherCATInfo) into the master's store; what is already there stays.
+ * Set-up, before igh_master_scan. The first description of a vendor, product and revision wins. Result 0, with
+ * a line on standard output and nothing changed, when the file cannot be read, is no EtherCATInfo document or
+ * names no vendor; 0 for a null path. */
+IGH_MASTER_API bool igh_master_append_eni(uint16_t id, const char* path);
+
+/* Writes the AL states of all slaves as seen by the last exchange, ORed: 1 INIT, 2 PREOP, 4 SAFEOP, 8 OP; 0
+ * before a scan. `state` must not be null: it is not checked. Cycle. Result 1. */
+IGH_MASTER_API bool igh_master_get_state(uint16_t id, uint32_t* state);
+
+/* Makes every further exchange print one line and do nothing, until the next activation. Any thread. Result 1. */
+IGH_MASTER_API bool igh_master_request_terminate(uint16_t id);
+
+/* 1 once igh_master_request_terminate was called since the last activation. Any thread. */
+IGH_MASTER_API bool igh_master_is_request_terminate(uint16_t id);
+
+/* Sets the last error to 0. Cycle. Result 1. */
+IGH_MASTER_API bool igh_master_clear_error(uint16_t id);
+
+/* Writes the code of the last error (ETHERCAT_ERROR_CODE), 0 for none. `error` must not be null: it is not
+ * checked. Cycle. Result 1. */
+IGH_MASTER_API bool igh_master_get_last_error(uint16_t id, int32_t* error);
+
+/* Ethernet over EtherCAT is not supported: does nothing. Result 0. */
+IGH_MASTER_API bool igh_master_enable_eoe_function(uint16_t id, uint32_t slave, bool enable);
+
+/* ---- Bus ------------------------------------------------------------------------------------------------- */
+
+/* Reads the slaves on the bus (at most 255), matches each to a loaded description by vendor, product code and
+ * exact revision, and prints the resulting configuration as source-like tables to standard output. A slave
+ * without description is kept and takes no process data. All handles and configurations of an earlier scan are
+ * void. `count` may be null; it receives the number of slaves. Set-up. Result 0 when there is no slave or no
+ * IgH master. */
+IGH_MASTER_API bool igh_master_scan(uint16_t id, uint32_t* count);
+
+/* Write the product code and the revision of a slave. Set-up. Result 0 for an index out of range; a null
+ * pointer is skipped. */
+IGH_MASTER_API bool igh_master_get_slave_product_code(uint16_t id, uint32_t slave, uint32_t* productCode);
+IGH_MASTER_API bool igh_master_get_slave_revision_code(uint16_t id, uint32_t slave, uint32_t* revisionCode);
+
+/* Configures one slave, or all of them in scan order: hands their sync managers and PDOs to the master. A
+ * refused layout prints one line on standard error and is no failure of the call. Set-up, before
+ * igh_master_active. igh_master_config_slave gives 0 for an index out of range, else both give 1. */
+IGH_MASTER_API bool igh_master_config_slave(uint16_t id, uint32_t slave);
+IGH_MASTER_API bool igh_master_config_all_slave(uint16_t id);
+
+/* Write what the slave's description says of its module slots: how many there are, and by how much the object
+ * index and the PDO index grow from slot to slot. Set-up. Result 0 for an index out of range or a slave without
+ * description; a null pointer is skipped. */
+IGH_MASTER_API bool igh_master_get_slot_number(uint16_t id, uint32_t slave, uint32_t* slotNumber);
+IGH_MASTER_API bool igh_master_get_slot_index_increment(uint16_t id, uint32_t slave, uint32_t* increment);
+IGH_MASTER_API bool igh_master_get_slot_pdo_increment(uint16_t id, uint32_t slave, uint32_t* increment);
+
+/* Registers the process data, sets up distributed clocks and activates the master. Every slave must have been
+ * configured. On an active master it starts afresh. Set-up. Result 1 when the master is active; otherwise 0,
+ * with a line on standard output or error unless there was no scan or no IgH master. */
+IGH_MASTER_API bool igh_master_active(uint16_t id);
+
+/* One communication cycle: receive, checks with error callbacks, inputs, callback, outputs, send. To be called
+ * once per period from the real-time task; `callback` may be null. Inputs, outputs and callback need all slaves
+ * that the IgH master sees to be in SAFEOP, or all of them in OP: one slave in another state suspends all three
+ * and the working-counter check, while the bus goes on being cycled. A bus without process data reports error 1
+ * in every cycle in OP, and in exchange mode never calls back. Creating or destroying handles while active
+ * makes the next exchange rearrange its copies once, without allocation. Result 1, whatever happened on the
+ * bus. */
+IGH_MASTER_API bool igh_master_exchange(uint16_t id, igh_master_exchange_callback callback, void* userData);
+
+/* ---- Process data ---------------------------------------------------------------------------------------- */
+
+/* Makes a handle for the entry `name` of a slave, as its description spells it. Names must be unique in a slave
+ * to be reached: of a repeated name the last entry is meant. read true: an input, refreshed by each exchange;
+ * false: an output, sent by each exchange, 0 until written. The same entry gives the same handle again, with
+ * one more user of that direction. An entry whose type has no conversion (BOOL, for instance) gets a handle
+ * that moves no data. Set-up. Result 0, and 0xFFFFFFFF in `handle`, for an unknown name; 0 for null pointers or
+ * a slave out of range. */
+IGH_MASTER_API bool igh_master_create_pdo_info(uint16_t id, uint32_t slave, const char* name, bool read,
+                                               uint32_t* handle);
+
+/* Takes one user of the given direction away; the handle dies with its last user. Set-up. */
+IGH_MASTER_API void igh_master_destroy_pdo_info(uint16_t id, uint32_t handle, bool read);
+
+/* Writes the value that the last exchange received. Cycle. Result 0 for a handle that is unknown or not
+ * readable, or a null pointer; 1 otherwise, with `value` untouched if the type has no conversion. */
+IGH_MASTER_API bool igh_master_pdo_recv(uint16_t id, uint32_t handle, double* value);
+
+/* Sets the value that the next exchange sends, rounded half away from zero for integers. Cycle. Result 0 for a
+ * handle that is unknown or not writable. */
+IGH_MASTER_API bool igh_master_pdo_send(uint16_t id, uint32_t handle, double value);
+
+/* ---- Diagnostics ----------------------------------------------------------------------------------------- */
+
+/* Prints a timing record to standard output under `label` (null: "Communication detail"). Set-up; `info` null
+ * prints nothing. Result 1. */
+IGH_MASTER_API bool igh_master_output_comm_diag_info(uint16_t id, const char* label, _ETHERCAT_COMM_DIAG_INFO* info);
+
+/* Copies the timing record chosen by `index` (COMM_DIAG_INDEX) to `info`; an index above 2 or a null pointer
+ * copies nothing. Cycle. Result 1. */
+IGH_MASTER_API bool igh_master_get_comm_diag_info(uint16_t id, uint32_t index, _ETHERCAT_COMM_DIAG_INFO* info);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

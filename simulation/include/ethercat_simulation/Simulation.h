@@ -1,0 +1,166 @@
+// Control side of the simulated EtherCAT master: what a test or a test bench says to the bus.
+//
+// The library under test calls <ecrt.h>; the test builds the bus, sets faults and reads what happened here.
+// Nothing locks: use one thread, or none of this while another thread cycles. Time is counted in cycles
+// (one send and receive round) wherever an application cannot see the difference; only the frame latency is
+// real time.
+#ifndef ETHERCAT_SIMULATION_SIMULATION_H
+#define ETHERCAT_SIMULATION_SIMULATION_H
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace ethercat_simulation {
+
+// What a slave does with its process data once it exchanges.
+enum class SlaveModel {
+  loopback, // every input sync manager mirrors the bytes of the slave's outputs, in order, shorter of both
+  counter,  // every input entry counts frames, modulo its width
+};
+
+enum class Direction { output, input }; // seen from the master
+
+struct Entry {
+  std::uint16_t index = 0; // 0 is a gap
+  std::uint8_t subindex = 0;
+  std::uint8_t bitLength = 0;
+};
+
+struct Pdo {
+  std::uint16_t index = 0;
+  std::vector<Entry> entries;
+};
+
+struct SyncManager {
+  std::uint8_t index = 0;
+  Direction direction = Direction::output;
+  std::vector<Pdo> pdos;
+};
+
+struct Slave {
+  std::uint32_t vendorId = 0;
+  std::uint32_t productCode = 0;
+  std::uint32_t revisionNumber = 0;
+  std::uint32_t serialNumber = 0;
+  std::uint16_t alias = 0;
+  std::string name;
+  SlaveModel model = SlaveModel::loopback;
+  bool distributedClocks = true;           // has a clock that can serve as reference
+  std::vector<SyncManager> defaultMapping; // what the slave offers without configuration
+};
+
+// Every call that can be traced or made to fail. Device calls are open, close and ioctl of /dev/EtherCAT<n>.
+enum class Call {
+  requestMaster,
+  releaseMaster,
+  getSlave,
+  slaveConfig,
+  configPdos,
+  configDc,
+  configState,
+  createDomain,
+  regPdoEntryList,
+  domainData,
+  domainSize,
+  domainProcess,
+  domainQueue,
+  domainState,
+  activate,
+  deactivate,
+  receive,
+  send,
+  masterState,
+  linkState,
+  applicationTime,
+  syncReferenceClock,
+  syncSlaveClocks,
+  referenceClockTime,
+  selectReferenceClock,
+  deviceOpen,
+  deviceClose,
+  deviceIoctl,
+  count
+};
+
+struct TraceEntry {
+  Call call;
+  // "ecrt_master_slave_config(0, 1, 0x00000002, 0x044C2C52) = 0:1": the name, the arguments without the master
+  // (ids in hexadecimal, a slave configuration as alias:position), " = " and the result where there is one.
+  std::string text;
+};
+
+struct Misuse {
+  std::uint64_t deadHandle = 0;    // a handle that deactivation or release has freed, or a null handle
+  std::uint64_t foreignHandle = 0; // a handle of another master, or no handle of this simulation at all
+  std::uint64_t outOfOrder = 0;    // set-up call while active, cycle call while inactive, and the like
+  std::vector<std::string> lines;  // one sentence for each of the first 100
+  std::uint64_t total() const { return deadHandle + foreignHandle + outOfOrder; }
+};
+
+// One simulated master with its bus. Lives until reset(); references stay valid until then.
+class Bus {
+public:
+  virtual ~Bus() = default;
+
+  // Building. Slaves take ring positions in the order in which they are added.
+  virtual unsigned int addSlave(const Slave& slave) = 0;
+
+  // Speed. Cycles that each state change of a slave takes (at least 1; default 2).
+  virtual void setClimbCycles(unsigned int cyclesPerTransition) = 0;
+  // Time from send to the moment when receive finds the frame (default 0).
+  virtual void setFrameLatency(std::chrono::nanoseconds latency) = 0;
+  // Cycles for which scan_busy stays set after the topology changed while active (default 5).
+  virtual void setScanCycles(unsigned int cycles) = 0;
+
+  // Faults.
+  virtual void dropFrames(unsigned int count) = 0;            // the next count sent frames never come back
+  virtual void setLinkUp(bool up) = 0;
+  virtual void setErrorFlag(unsigned int position, bool set) = 0;
+  virtual void setResponding(unsigned int position, bool responding) = 0; // silent slave: WC short, still listed
+  virtual void setMaximumState(unsigned int position, std::uint8_t alState) = 0; // climbs no further; falls back
+  virtual void removeSlave(unsigned int position) = 0;        // later slaves move up
+  virtual void insertSlave(unsigned int position, const Slave& slave) = 0;
+  // Like the real master, a second activation on one reservation leaves the image unmapped (default true).
+  virtual void setReactivationUnmapped(bool unmapped) = 0;
+  // Leave the image unmapped on every activation, whatever went before (default false).
+  virtual void setImageNeverMapped(bool never) = 0;
+  // The next call of this kind fails once: pointers are null, int results are `result`, out records stay
+  // untouched, the call has no effect. A second order for the same call queues behind the first; `after`
+  // lets that many calls of the kind pass first.
+  virtual void failNext(Call call, int result = -1, unsigned int after = 0) = 0;
+
+  // Looking.
+  virtual std::size_t slaveCount() const = 0;
+  virtual std::uint8_t alState(unsigned int position) const = 0;
+  virtual bool reserved() const = 0;
+  virtual bool active() const = 0;
+  virtual int openDeviceFiles() const = 0;
+  virtual std::uint64_t framesSent() const = 0;
+  // Bytes that the slave took from its last frame, all output sync managers in order.
+  virtual std::vector<std::uint8_t> outputs(unsigned int position) const = 0;
+  // Pins the slave's input bytes (all input sync managers in order) instead of its model; empty: model again.
+  virtual void setInputs(unsigned int position, const std::vector<std::uint8_t>& bytes) = 0;
+  virtual std::uint64_t callCount(Call call) const = 0;
+  // Tracing allocates; it is off by default so that a cycle stays free of allocations.
+  virtual void setTracing(bool on) = 0;
+  virtual const std::vector<TraceEntry>& trace() const = 0;
+  virtual void clearTrace() = 0;
+  virtual const Misuse& misuse() const = 0;
+};
+
+// The bus of the master with this index; created empty on first use. From then on the master exists and can
+// be requested, and the bus file named by the environment is not read for it any more.
+Bus& bus(unsigned int masterIndex = 0);
+
+// Ends every master: buses, handles, traces and misuse counts are gone, and ETHERCAT_SIMULATION_BUS is read
+// again at the next request. Handles that the library under test still holds are dead afterwards.
+void reset();
+
+// Loads a bus file as ETHERCAT_SIMULATION_BUS would. Empty on success, else one line: file, place, reason.
+std::string loadBusFile(const std::string& path);
+
+} // namespace ethercat_simulation
+
+#endif
