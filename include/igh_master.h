@@ -71,12 +71,12 @@ typedef enum {
 
 /* Timing of one exchange. Costs are in microseconds, from CLOCK_MONOTONIC; a phase that did not run is 0. */
 typedef struct _ETHERCAT_COMM_DIAG_INFO {
-  uint64_t time;                 /* cycle number, 0 for the first cycle after activation */
-  int32_t txPdoReceivedCostUs;   /* receive and process; in exchange mode the whole wait for the frame */
-  int32_t sdoCostUs;             /* SDO service */
-  int32_t rxPdoSentCostUs;       /* queue, clock synchronisation, send */
-  int32_t userCallbackCostUs;    /* the application's callback */
-  int32_t totalExchangeCostUs;   /* entry to end of igh_master_exchange */
+  uint64_t time;               /* cycle number, 0 for the first cycle after activation */
+  int32_t txPdoReceivedCostUs; /* receive and process; in exchange mode the whole wait for the frame */
+  int32_t sdoCostUs;           /* SDO service */
+  int32_t rxPdoSentCostUs;     /* queue, clock synchronisation, send */
+  int32_t userCallbackCostUs;  /* the application's callback */
+  int32_t totalExchangeCostUs; /* entry to end of igh_master_exchange */
 } _ETHERCAT_COMM_DIAG_INFO;
 
 typedef enum {
@@ -88,12 +88,15 @@ typedef enum {
 /* Called from inside igh_master_exchange, in its thread, once per problem found. deviceId is the master id;
  * slave a slave index or ETHERCAT_ERROR_WHOLE_MASTER; errorCode one of ETHERCAT_ERROR_CODE. It must obey the
  * rules of the cycle: no blocking, no allocation, no set-up function. */
-typedef void (*igh_master_error_callback)(unsigned int deviceId, unsigned int slave, int errorCode, void* userData);
+typedef void (*igh_master_error_callback)(unsigned int deviceId, unsigned int slave, int errorCode,
+                                          void* userData);
 
-/* Called once inside each exchange in SAFEOP or OP, between the copy of the inputs and that of the outputs. */
+/* Called once inside each exchange in SAFEOP or OP, between the copy of the inputs and that of the outputs.
+ */
 typedef void (*igh_master_exchange_callback)(void* userData);
 
-/* ---- Life cycle ------------------------------------------------------------------------------------------ */
+/* ---- Life cycle ------------------------------------------------------------------------------------------
+ */
 
 /* Creates the master `id`. Set-up.
  *   exchangePeriod        time between two exchanges in ns, 100000 to 4000000000
@@ -109,18 +112,19 @@ IGH_MASTER_API bool igh_master_initialize_ex(uint16_t id, uint32_t exchangePerio
 /* igh_master_initialize_ex with distributed clocks enabled. Set-up. */
 IGH_MASTER_API bool igh_master_initialize(uint16_t id, uint32_t exchangePeriod, bool syncToReferenceClock);
 
-/* Deactivates and destroys the master; every handle of it is void. Set-up, with no exchange running. Always 1,
- * also for an unknown id. */
+/* Deactivates and destroys the master; every handle of it is void. Set-up, with no exchange running. Always
+ * 1, also for an unknown id. */
 IGH_MASTER_API bool igh_master_uninitialize(uint16_t id);
 
 /* false (default): an exchange first takes the frame sent by the previous one; inputs are one period old and
- * outputs of the callback leave at once. true: an exchange sends first and polls for the frame inside the call;
- * inputs are fresh, outputs of the callback leave with the next exchange. Set-up. Result 0, nothing changed,
- * while the master is active. */
+ * outputs of the callback leave at once. true: an exchange sends first and polls for the frame inside the
+ * call; inputs are fresh, outputs of the callback leave with the next exchange. Set-up. Result 0, nothing
+ * changed, while the master is active. */
 IGH_MASTER_API bool igh_master_set_exchange_mode(uint16_t id, bool exchangeMode);
 
 /* Sets the error callback; null switches it off. userData is handed back as it is. Set-up. Result 1. */
-IGH_MASTER_API bool igh_master_set_error_callback(uint16_t id, igh_master_error_callback callback, void* userData);
+IGH_MASTER_API bool igh_master_set_error_callback(uint16_t id, igh_master_error_callback callback,
+                                                  void* userData);
 
 /* Writes the exchange period in ns. Any thread. Result 0 for a null pointer. */
 IGH_MASTER_API bool igh_master_get_period(uint16_t id, uint32_t* period);
@@ -130,16 +134,17 @@ IGH_MASTER_API bool igh_master_get_period(uint16_t id, uint32_t* period);
 IGH_MASTER_API bool igh_master_get_system_base_offset(uint16_t id, uint64_t* offset);
 
 /* Loads one description file (XML, root EtherCATInfo) into the master's store; what is already there stays.
- * Set-up, before igh_master_scan. The first description of a vendor, product and revision wins. Result 0, with
- * a line on standard output and nothing changed, when the file cannot be read, is no EtherCATInfo document or
- * names no vendor; 0 for a null path. */
+ * Set-up, before igh_master_scan. The first description of a vendor, product and revision wins. Result 0,
+ * with a line on standard output and nothing changed, when the file cannot be read, is no EtherCATInfo
+ * document or names no vendor; 0 for a null path. */
 IGH_MASTER_API bool igh_master_append_eni(uint16_t id, const char* path);
 
 /* Writes the AL states of all slaves as seen by the last exchange, ORed: 1 INIT, 2 PREOP, 4 SAFEOP, 8 OP; 0
  * before a scan. `state` must not be null: it is not checked. Cycle. Result 1. */
 IGH_MASTER_API bool igh_master_get_state(uint16_t id, uint32_t* state);
 
-/* Makes every further exchange print one line and do nothing, until the next activation. Any thread. Result 1. */
+/* Makes every further exchange print one line and do nothing, until the next activation. Any thread.
+ * Result 1. */
 IGH_MASTER_API bool igh_master_request_terminate(uint16_t id);
 
 /* 1 once igh_master_request_terminate was called since the last activation. Any thread. */
@@ -155,13 +160,14 @@ IGH_MASTER_API bool igh_master_get_last_error(uint16_t id, int32_t* error);
 /* Ethernet over EtherCAT is not supported: does nothing. Result 0. */
 IGH_MASTER_API bool igh_master_enable_eoe_function(uint16_t id, uint32_t slave, bool enable);
 
-/* ---- Bus ------------------------------------------------------------------------------------------------- */
+/* ---- Bus -------------------------------------------------------------------------------------------------
+ */
 
 /* Reads the slaves on the bus (at most 255), matches each to a loaded description by vendor, product code and
  * exact revision, and prints the resulting configuration as source-like tables to standard output. A slave
- * without description is kept and takes no process data. All handles and configurations of an earlier scan are
- * void. `count` may be null; it receives the number of slaves. Set-up. Result 0 when there is no slave or no
- * IgH master. */
+ * without description is kept and takes no process data. All handles and configurations of an earlier scan
+ * are void. `count` may be null; it receives the number of slaves. Set-up. Result 0 when there is no slave or
+ * no IgH master. */
 IGH_MASTER_API bool igh_master_scan(uint16_t id, uint32_t* count);
 
 /* Write the product code and the revision of a slave. Set-up. Result 0 for an index out of range; a null
@@ -176,8 +182,8 @@ IGH_MASTER_API bool igh_master_config_slave(uint16_t id, uint32_t slave);
 IGH_MASTER_API bool igh_master_config_all_slave(uint16_t id);
 
 /* Write what the slave's description says of its module slots: how many there are, and by how much the object
- * index and the PDO index grow from slot to slot. Set-up. Result 0 for an index out of range or a slave without
- * description; a null pointer is skipped. */
+ * index and the PDO index grow from slot to slot. Set-up. Result 0 for an index out of range or a slave
+ * without description; a null pointer is skipped. */
 IGH_MASTER_API bool igh_master_get_slot_number(uint16_t id, uint32_t slave, uint32_t* slotNumber);
 IGH_MASTER_API bool igh_master_get_slot_index_increment(uint16_t id, uint32_t slave, uint32_t* increment);
 IGH_MASTER_API bool igh_master_get_slot_pdo_increment(uint16_t id, uint32_t slave, uint32_t* increment);
@@ -187,23 +193,24 @@ IGH_MASTER_API bool igh_master_get_slot_pdo_increment(uint16_t id, uint32_t slav
  * with a line on standard output or error unless there was no scan or no IgH master. */
 IGH_MASTER_API bool igh_master_active(uint16_t id);
 
-/* One communication cycle: receive, checks with error callbacks, inputs, callback, outputs, send. To be called
- * once per period from the real-time task; `callback` may be null. Inputs, outputs and callback need all slaves
- * that the IgH master sees to be in SAFEOP, or all of them in OP: one slave in another state suspends all three
- * and the working-counter check, while the bus goes on being cycled. A bus without process data reports error 1
- * in every cycle in OP, and in exchange mode never calls back. Creating or destroying handles while active
- * makes the next exchange rearrange its copies once, without allocation. Result 1, whatever happened on the
- * bus. */
+/* One communication cycle: receive, checks with error callbacks, inputs, callback, outputs, send. To be
+ * called once per period from the real-time task; `callback` may be null. Inputs, outputs and callback need
+ * all slaves that the IgH master sees to be in SAFEOP, or all of them in OP: one slave in another state
+ * suspends all three and the working-counter check, while the bus goes on being cycled. A bus without process
+ * data reports error 1 in every cycle in OP, and in exchange mode never calls back. Creating or destroying
+ * handles while active makes the next exchange rearrange its copies once, without allocation. Result 1,
+ * whatever happened on the bus. */
 IGH_MASTER_API bool igh_master_exchange(uint16_t id, igh_master_exchange_callback callback, void* userData);
 
-/* ---- Process data ---------------------------------------------------------------------------------------- */
+/* ---- Process data ----------------------------------------------------------------------------------------
+ */
 
-/* Makes a handle for the entry `name` of a slave, as its description spells it. Names must be unique in a slave
- * to be reached: of a repeated name the last entry is meant. read true: an input, refreshed by each exchange;
- * false: an output, sent by each exchange, 0 until written. The same entry gives the same handle again, with
- * one more user of that direction. An entry whose type has no conversion (BOOL, for instance) gets a handle
- * that moves no data. Set-up. Result 0, and 0xFFFFFFFF in `handle`, for an unknown name; 0 for null pointers or
- * a slave out of range. */
+/* Makes a handle for the entry `name` of a slave, as its description spells it. Names must be unique in a
+ * slave to be reached: of a repeated name the last entry is meant. read true: an input, refreshed by each
+ * exchange; false: an output, sent by each exchange, 0 until written. The same entry gives the same handle
+ * again, with one more user of that direction. An entry whose type has no conversion (BOOL, for instance)
+ * gets a handle that moves no data. Set-up. Result 0, and 0xFFFFFFFF in `handle`, for an unknown name; 0 for
+ * null pointers or a slave out of range. */
 IGH_MASTER_API bool igh_master_create_pdo_info(uint16_t id, uint32_t slave, const char* name, bool read,
                                                uint32_t* handle);
 
@@ -214,19 +221,22 @@ IGH_MASTER_API void igh_master_destroy_pdo_info(uint16_t id, uint32_t handle, bo
  * readable, or a null pointer; 1 otherwise, with `value` untouched if the type has no conversion. */
 IGH_MASTER_API bool igh_master_pdo_recv(uint16_t id, uint32_t handle, double* value);
 
-/* Sets the value that the next exchange sends, rounded half away from zero for integers. Cycle. Result 0 for a
- * handle that is unknown or not writable. */
+/* Sets the value that the next exchange sends, rounded half away from zero for integers. Cycle. Result 0 for
+ * a handle that is unknown or not writable. */
 IGH_MASTER_API bool igh_master_pdo_send(uint16_t id, uint32_t handle, double value);
 
-/* ---- Diagnostics ----------------------------------------------------------------------------------------- */
+/* ---- Diagnostics -----------------------------------------------------------------------------------------
+ */
 
 /* Prints a timing record to standard output under `label` (null: "Communication detail"). Set-up; `info` null
  * prints nothing. Result 1. */
-IGH_MASTER_API bool igh_master_output_comm_diag_info(uint16_t id, const char* label, _ETHERCAT_COMM_DIAG_INFO* info);
+IGH_MASTER_API bool igh_master_output_comm_diag_info(uint16_t id, const char* label,
+                                                     _ETHERCAT_COMM_DIAG_INFO* info);
 
 /* Copies the timing record chosen by `index` (COMM_DIAG_INDEX) to `info`; an index above 2 or a null pointer
  * copies nothing. Cycle. Result 1. */
-IGH_MASTER_API bool igh_master_get_comm_diag_info(uint16_t id, uint32_t index, _ETHERCAT_COMM_DIAG_INFO* info);
+IGH_MASTER_API bool igh_master_get_comm_diag_info(uint16_t id, uint32_t index,
+                                                  _ETHERCAT_COMM_DIAG_INFO* info);
 
 #ifdef __cplusplus
 }

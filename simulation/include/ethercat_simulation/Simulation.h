@@ -86,8 +86,9 @@ enum class Call {
 
 struct TraceEntry {
   Call call;
-  // "ecrt_master_slave_config(0, 1, 0x00000002, 0x044C2C52) = 0:1": the name, the arguments without the master
-  // (ids in hexadecimal, a slave configuration as alias:position), " = " and the result where there is one.
+  // "ecrt_master_slave_config(0, 1, 0x00000002, 0x044C2C52) = 0:1": the name, the arguments without the
+  // master (ids in hexadecimal, a slave configuration as alias:position), " = " and the result where there is
+  // one.
   std::string text;
 };
 
@@ -115,12 +116,14 @@ public:
   virtual void setScanCycles(unsigned int cycles) = 0;
 
   // Faults.
-  virtual void dropFrames(unsigned int count) = 0;            // the next count sent frames never come back
+  virtual void dropFrames(unsigned int count) = 0; // the next count sent frames never come back
   virtual void setLinkUp(bool up) = 0;
   virtual void setErrorFlag(unsigned int position, bool set) = 0;
-  virtual void setResponding(unsigned int position, bool responding) = 0; // silent slave: WC short, still listed
-  virtual void setMaximumState(unsigned int position, std::uint8_t alState) = 0; // climbs no further; falls back
-  virtual void removeSlave(unsigned int position) = 0;        // later slaves move up
+  virtual void setResponding(unsigned int position,
+                             bool responding) = 0; // silent slave: WC short, still listed
+  virtual void setMaximumState(unsigned int position,
+                               std::uint8_t alState) = 0; // climbs no further; falls back
+  virtual void removeSlave(unsigned int position) = 0;    // later slaves move up
   virtual void insertSlave(unsigned int position, const Slave& slave) = 0;
   // Like the real master, a second activation on one reservation leaves the image unmapped (default true).
   virtual void setReactivationUnmapped(bool unmapped) = 0;

@@ -1,0 +1,222 @@
+#ifndef ETHERCATOBJECT_CETHERCATMASTER_H
+#define ETHERCATOBJECT_CETHERCATMASTER_H
+
+#include "ENIObject/ENIObject.h"
+#include "EthercatObject/CEthercatSlave.h"
+#include "EthercatObject/CommDiag.h"
+#include "EthercatObject/HandleTable.h"
+#include "EthercatObject/PdoBuffers.h"
+
+#include <ecrt.h>
+#include <igh_master.h>
+#include <memory>
+#include <string>
+#include <vector>
+
+// One EtherCAT master: its reservation at the platform, the slaves of the last scan, the process-data handles
+// and the cycle. Made and destroyed by CEthercatMasterManager only. Nothing is locked: one thread sets up,
+// and while exchange() runs in the real-time task nothing else does.
+class CEthercatMaster {
+public:
+  typedef void (*ERROR_CALLBACK)(unsigned int deviceId, unsigned int slave, int errorCode, void* userData);
+  typedef void (*EXCHANGE_CALLBACK)(void* userData);
+
+  struct _PDO_ENTRY_INFO_KEY {
+    unsigned int slave = 0;
+    std::string name;
+    // -1, 0 or 1: by slave, then bytewise by name.
+    static int compare(const _PDO_ENTRY_INFO_KEY& a, const _PDO_ENTRY_INFO_KEY& b);
+  };
+
+  struct _PDO_ENTRY_INFO_OBJECT {
+    ETHERCAT_DATA_TYPE dataType = DATA_TYPE_INVALID;
+    const ec_pdo_entry_reg_t* registration = nullptr; // of the description; null: the slot is free
+    _HANDLE_USERS users;
+    unsigned int inputPosition = 0;  // in the master's input block
+    unsigned int outputPosition = 0; // in the master's output block
+    unsigned long size = 0;          // bytes, 0 for a type without conversion
+    const _PDO_ENTRY_OFFSET* offset = nullptr;
+
+    bool isFree() const { return registration == nullptr; }
+    void reset() { resetPdoInfo(); }
+    void resetPdoInfo() { *this = _PDO_ENTRY_INFO_OBJECT(); }
+    unsigned long getPdoBufLen() const { return size; }
+    // Type and size from the type name of a description; false for a name without conversion.
+    bool initPdoEntryDataType(const std::string& typeName);
+  };
+
+  // Reserves the platform's master of this index and opens its device file; neither is checked here.
+  CEthercatMaster(unsigned int deviceId, unsigned int period, bool enableDc, bool syncToReferenceClock,
+                  LOG_FUNCTION log);
+  ~CEthercatMaster();
+  CEthercatMaster(const CEthercatMaster&) = delete;
+  CEthercatMaster& operator=(const CEthercatMaster&) = delete;
+
+  // Life and queries (MasterLife.cpp)
+  void destroyMasterData();
+  void clearAllSlaveObject();
+  unsigned int getDeviceId() const { return m_uiDeviceId; }
+  unsigned int getExchangePeriod() const { return m_uiExchangePeriod; }
+  long long getSystemBaseOffsetNs() const { return m_dc.m_llSystemBaseOffsetNs; }
+  ec_master_t* getMasterCore() const { return m_pMaster; }
+  CMasterENIObject* getENIObject() const { return m_pENIObject.get(); }
+  unsigned int getMasterState() const;
+  bool setErrorCallback(ERROR_CALLBACK callback, void* userData);
+  bool setExchangeMode(bool exchangeMode);
+  bool setDcDebugEnable(bool enable);
+  void requestTerminate() { m_bRequestTerminate = true; }
+  bool isRequestTerminate() const { return m_bRequestTerminate; }
+  bool resetErrorCode();
+  void getLastError(int& error) const { error = m_iLastError; }
+  bool enableEoeFunction(unsigned int slave, bool enable);
+  bool getSlaveProductCode(unsigned int slave, unsigned int* productCode) const;
+  bool getSlaveRevisionCode(unsigned int slave, unsigned int* revisionCode) const;
+  bool getSlaveSlotNumber(unsigned int slave, unsigned int* slotNumber) const;
+  bool getSlaveSlotIndexIncrement(unsigned int slave, unsigned int* increment) const;
+  bool getSlaveSlotPdoIncrement(unsigned int slave, unsigned int* increment) const;
+
+  // Bus scan (MasterScan.cpp)
+  bool scanEthercatSlave(unsigned int* slaveCount);
+  void dispConfiguration() const;
+
+  // Configuration and activation (MasterActivation.cpp, MasterRegistration.cpp)
+  bool configSlave(unsigned int slaveIndex);
+  void configAllSlaves();
+  bool active();
+  int deactive();
+
+  // The cycle (MasterExchange.cpp)
+  void exchange(EXCHANGE_CALLBACK callback, void* userData);
+  void processSlaveError(unsigned int slave, int errorCode);
+  bool getCommDiagInfo(unsigned int index, _ETHERCAT_COMM_DIAG_INFO* out) const;
+  void outputCommDiagInfo(const char* title, const _ETHERCAT_COMM_DIAG_INFO* info) const;
+
+  // Process-data handles (MasterProcessData.cpp)
+  bool createPdoInfo(unsigned int slave, const char* name, bool read, unsigned int* id);
+  void destroyPdoInfo(unsigned int id, bool read);
+  bool readPdo(unsigned int id, double* value);
+  bool writePdo(unsigned int id, double value);
+
+private:
+  // Distributed-clock state, all 0 while inactive. Times in ns.
+  struct _DC_STATE {
+    long long m_llSystemBaseOffsetNs = 0; // subtracted from the real time to form the application time
+    unsigned long long startTimeNs = 0;   // since 2000-01-01
+    int differNs = 0;
+    long long adjustNs = 0;
+    long long minDifferNs = 0;
+    long long maxDifferNs = 0;
+  };
+
+  CSlaveENIObject* descriptionOf(unsigned int slave) const; // null also for a slave out of range
+
+  // Scan
+  void readSlaves();
+  void addSlave(unsigned int index, const ec_slave_info_t& info);
+  void buildRegistrationList();
+  static std::string entryName(const CSlaveENIObject& description, unsigned int entry);
+  void printRegistrationList() const;
+
+  // Activation
+  bool allSlavesConfigured() const;
+  bool activateOnce();
+  bool activateOnNewReservation();
+  bool registerProcessData();
+  bool imageIsMissing() const;
+  unsigned int measureImage() const;
+  void setUpDistributedClocks();
+  static unsigned long long readEthercatTimeNs(); // real time, since 2000-01-01
+  void resetCycleState();
+  void reconfigureSlaves();
+  void dropConfigurations();
+  void deactivatePlatform();
+
+  // Cycle
+  bool isExchanging() const {
+    return m_uiMasterState == EC_AL_STATE_SAFEOP || m_uiMasterState == EC_AL_STATE_OP;
+  }
+  void receiveFrame();
+  bool readWorkingCounter(bool& complete) const;
+  void checkWorkingCounter();
+  void checkSlaves();
+  void checkLink();
+  void checkMaster();
+  void serviceSdoRequests();
+  void runCallback(EXCHANGE_CALLBACK callback, void* userData, _CYCLE_STAMPS& stamps);
+  void sendFrame();
+  void syncDistributedClocks();
+  void updateMasterClock();
+  void awaitFrame(EXCHANGE_CALLBACK callback, void* userData, _CYCLE_STAMPS& stamps);
+
+  // Process data
+  void copyInputs();
+  void copyOutputs();
+  void arrangeProcessData();
+  unsigned int bytesInImage(const _PDO_ENTRY_INFO_OBJECT& object) const;
+  static std::string entryTypeName(const CSlaveENIObject& description, unsigned int entry);
+
+  unsigned int m_uiDeviceId;
+  bool m_bExchangeMode = false;
+  unsigned int m_uiExchangePeriod; // ns
+  unsigned long long m_ullCycleCounter = 0;
+  bool m_bEnableDc;
+  bool m_bSyncToReferenceClock;
+  unsigned int m_uiDcSettleCycles = 100;
+  bool m_bDcDebug = false;
+  unsigned long long m_ullApplicationTimeNs = 0; // since 2000-01-01
+  _DC_STATE m_dc;
+  ec_master_t* m_pMaster = nullptr;
+  int m_iDeviceFd = -1;
+  ec_domain_t* m_pDomain = nullptr;
+  unsigned char* m_pDomainData = nullptr;
+  unsigned int m_uiImageSize = 0;       // bytes of the image that registered entries are known to reach
+  bool m_bReservationActivated = false; // the present reservation has been activated before
+  bool m_bEntriesRegistered = false;    // the last registration handed over at least one entry
+  unsigned int m_uiMasterState = 0;     // AL states of the previous cycle, ORed
+  std::unique_ptr<CMasterENIObject> m_pENIObject;
+  std::vector<std::unique_ptr<CEthercatSlave>> m_vecSlaves;
+  unsigned int m_uiPdoEntryCount = 0;
+  std::vector<std::string> m_vecPdoEntryNames;
+  std::unique_ptr<ec_pdo_entry_reg_t[]>
+      m_pPdoEntryRegs; // m_uiPdoEntryCount rows and a zero row; null before a scan
+  bool m_bActive = false;
+  CHandleTable<_PDO_ENTRY_INFO_KEY, _PDO_ENTRY_INFO_OBJECT> m_pdoInfo;
+  CPdoBuffers m_inputs;
+  CPdoBuffers m_outputs;
+  bool m_bArrangementStale = false; // handles changed since the buffers were arranged
+  LOG_FUNCTION m_pfnLog;
+  CCommDiag m_commDiag;
+  int m_iLastError = 0;
+  bool m_bRequestTerminate = false;
+  ERROR_CALLBACK m_pfnErrorCallback = nullptr;
+  void* m_pErrorCallbackUser = nullptr;
+  unsigned int m_uiSlaveCount = 0;
+  bool m_bScanBusy = false;
+};
+
+inline bool operator==(const CEthercatMaster::_PDO_ENTRY_INFO_KEY& a,
+                       const CEthercatMaster::_PDO_ENTRY_INFO_KEY& b) {
+  return CEthercatMaster::_PDO_ENTRY_INFO_KEY::compare(a, b) == 0;
+}
+inline bool operator!=(const CEthercatMaster::_PDO_ENTRY_INFO_KEY& a,
+                       const CEthercatMaster::_PDO_ENTRY_INFO_KEY& b) {
+  return CEthercatMaster::_PDO_ENTRY_INFO_KEY::compare(a, b) != 0;
+}
+inline bool operator<(const CEthercatMaster::_PDO_ENTRY_INFO_KEY& a,
+                      const CEthercatMaster::_PDO_ENTRY_INFO_KEY& b) {
+  return CEthercatMaster::_PDO_ENTRY_INFO_KEY::compare(a, b) < 0;
+}
+inline bool operator>(const CEthercatMaster::_PDO_ENTRY_INFO_KEY& a,
+                      const CEthercatMaster::_PDO_ENTRY_INFO_KEY& b) {
+  return CEthercatMaster::_PDO_ENTRY_INFO_KEY::compare(a, b) > 0;
+}
+inline bool operator<=(const CEthercatMaster::_PDO_ENTRY_INFO_KEY& a,
+                       const CEthercatMaster::_PDO_ENTRY_INFO_KEY& b) {
+  return CEthercatMaster::_PDO_ENTRY_INFO_KEY::compare(a, b) <= 0;
+}
+inline bool operator>=(const CEthercatMaster::_PDO_ENTRY_INFO_KEY& a,
+                       const CEthercatMaster::_PDO_ENTRY_INFO_KEY& b) {
+  return CEthercatMaster::_PDO_ENTRY_INFO_KEY::compare(a, b) >= 0;
+}
+
+#endif

@@ -1,0 +1,39 @@
+#ifndef ETHERCATOBJECT_CETHERCATMASTERMANAGER_H
+#define ETHERCATOBJECT_CETHERCATMASTERMANAGER_H
+
+#include "EthercatObject/CEthercatMaster.h"
+
+#include <map>
+#include <memory>
+
+// Owns every master of the process by its id. There is one, or none while no master exists; it is made and
+// ended only through the static operations.
+class CEthercatMasterManager {
+public:
+  // Keeps the sink of an existing manager.
+  static void createUniqueEthercatMasterManager(LOG_FUNCTION log);
+  static CEthercatMasterManager* getUniqueEthercatMasterManager() { return m_pUniqueEthercatMasterManager; }
+  static void destroyUniqueEthercatMasterManager();
+
+  virtual bool createEthercatMaster(unsigned short id, unsigned int period, bool enableDc,
+                                    bool syncToReferenceClock);
+  virtual CEthercatMaster* findEthercatMaster(unsigned short id);
+  virtual bool removeEthercatMaster(unsigned short id);
+  virtual void removeAllEthercatMaster();
+  virtual unsigned int getEthercatMasterCount();
+
+  CEthercatMasterManager(const CEthercatMasterManager&) = delete;
+  CEthercatMasterManager& operator=(const CEthercatMasterManager&) = delete;
+
+protected:
+  explicit CEthercatMasterManager(LOG_FUNCTION log) : m_pfnLog(log) {}
+  virtual ~CEthercatMasterManager() = default;
+
+private:
+  static CEthercatMasterManager* m_pUniqueEthercatMasterManager;
+
+  LOG_FUNCTION m_pfnLog;
+  std::map<unsigned short, std::unique_ptr<CEthercatMaster>> m_mapMasters;
+};
+
+#endif

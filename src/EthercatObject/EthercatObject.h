@@ -1,0 +1,9 @@
+// Face of this floor: masters, their slaves and the process-wide registry.
+#ifndef ETHERCATOBJECT_ETHERCATOBJECT_H
+#define ETHERCATOBJECT_ETHERCATOBJECT_H
+
+#include "EthercatObject/CEthercatMaster.h"
+#include "EthercatObject/CEthercatMasterManager.h"
+#include "EthercatObject/CEthercatSlave.h"
+
+#endif

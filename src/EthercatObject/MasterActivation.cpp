@@ -1,0 +1,174 @@
+// Configuration of the slaves, activation and deactivation.
+#include "EthercatObject/CEthercatMaster.h"
+
+#include <cstdio>
+#include <ctime>
+
+namespace {
+
+constexpr unsigned int DC_SETTLE_CYCLES = 100;
+
+} // namespace
+
+bool CEthercatMaster::configSlave(unsigned int slaveIndex) {
+  if (slaveIndex >= m_vecSlaves.size()) {
+    return false;
+  }
+  m_vecSlaves[slaveIndex]->configEthercatSlave();
+  return true;
+}
+
+void CEthercatMaster::configAllSlaves() {
+  for (const auto& slave : m_vecSlaves) {
+    slave->configEthercatSlave();
+  }
+}
+
+bool CEthercatMaster::active() {
+  const bool wasActive = m_bActive;
+  deactive();
+  m_iLastError = 0;
+  if (wasActive) {
+    reconfigureSlaves();
+  }
+  if (m_pMaster == nullptr || m_pPdoEntryRegs == nullptr) {
+    return false;
+  }
+  if (m_vecSlaves.empty()) {
+    std::fputs("can't found any slave, you should scan slaves first.\n", stdout);
+    return false;
+  }
+  const bool usedReservation = m_bReservationActivated;
+  if (!allSlavesConfigured() || !activateOnce()) {
+    return false;
+  }
+  if (usedReservation && imageIsMissing() && !activateOnNewReservation()) {
+    return false;
+  }
+  resetCycleState();
+  arrangeProcessData();
+  return m_bActive;
+}
+
+// The platform has freed the configurations on deactivation, so every slave that had one needs a new one.
+void CEthercatMaster::reconfigureSlaves() {
+  for (const auto& slave : m_vecSlaves) {
+    if (slave->getSlaveCore() != nullptr) {
+      slave->configEthercatSlave();
+    }
+  }
+}
+
+void CEthercatMaster::dropConfigurations() {
+  for (const auto& slave : m_vecSlaves) {
+    slave->dropConfiguration();
+  }
+}
+
+bool CEthercatMaster::allSlavesConfigured() const {
+  for (const auto& slave : m_vecSlaves) {
+    if (slave->getSlaveCore() == nullptr) {
+      std::printf("slave %d do not config\n", static_cast<int>(slave->getSlaveIndex() + 1));
+      return false;
+    }
+  }
+  return true;
+}
+
+// False when the registration failed; whether the platform activated is told by m_bActive.
+bool CEthercatMaster::activateOnce() {
+  m_pDomain = ecrt_master_create_domain(m_pMaster);
+  if (m_pDomain == nullptr || !registerProcessData()) {
+    std::fputs("PDO entry registration failed!\n", stderr);
+    return false;
+  }
+  if (m_bEnableDc) {
+    setUpDistributedClocks();
+  }
+  m_bActive = ecrt_master_activate(m_pMaster) == 0;
+  if (m_bActive) {
+    m_bReservationActivated = true;
+    m_pDomainData = ecrt_domain_data(m_pDomain);
+    m_uiImageSize = measureImage();
+  }
+  return true;
+}
+
+// Patched releases of the platform map no process image on the second activation of one reservation, and
+// nothing but the null image tells. A new reservation is as good as the first one. False when a text has said
+// what failed.
+bool CEthercatMaster::activateOnNewReservation() {
+  deactivatePlatform();
+  ecrt_release_master(m_pMaster);
+  m_pMaster = ecrt_request_master(m_uiDeviceId);
+  m_bReservationActivated = false;
+  if (m_pMaster != nullptr) {
+    configAllSlaves();
+    if (!allSlavesConfigured() || !activateOnce()) {
+      return false;
+    }
+    if (!imageIsMissing()) {
+      return true;
+    }
+    deactivatePlatform();
+  }
+  dropConfigurations();
+  std::fputs("Failed to map the process image after a re-activation.\n", stderr);
+  return false;
+}
+
+void CEthercatMaster::setUpDistributedClocks() {
+  CEthercatSlave* reference = nullptr;
+  for (const auto& slave : m_vecSlaves) {
+    if (slave->initEthercatSlaveDC(m_uiExchangePeriod) && reference == nullptr) {
+      reference = slave.get();
+    }
+  }
+  m_ullApplicationTimeNs = readEthercatTimeNs();
+  m_dc.startTimeNs = m_ullApplicationTimeNs;
+  if (reference == nullptr) {
+    m_bEnableDc = false;
+  } else if (m_bSyncToReferenceClock) {
+    reference->setAsReferenceClock();
+  }
+}
+
+unsigned long long CEthercatMaster::readEthercatTimeNs() {
+  constexpr unsigned long long NS_FROM_1970_TO_2000 = 946684800000000000ULL;
+  timespec now{};
+  clock_gettime(CLOCK_REALTIME, &now);
+  return static_cast<unsigned long long>(now.tv_sec) * 1000000000ULL +
+         static_cast<unsigned long long>(now.tv_nsec) - NS_FROM_1970_TO_2000;
+}
+
+void CEthercatMaster::resetCycleState() {
+  m_uiDcSettleCycles = DC_SETTLE_CYCLES;
+  m_bRequestTerminate = false;
+  m_bScanBusy = false;
+  m_ullCycleCounter = 0;
+  m_commDiag.reset();
+}
+
+int CEthercatMaster::deactive() {
+  if (m_bActive) {
+    m_uiMasterState = 0;
+    if (m_bDcDebug && m_bSyncToReferenceClock && m_bEnableDc) {
+      std::printf("deactive: state = %d, dc_differ_ns = %d, dc_adjust_ns = %ld, min_dc_differ_ns = %ld, "
+                  "max_dc_differ_ns = %ld!\n",
+                  static_cast<int>(m_uiMasterState), m_dc.differNs, static_cast<long>(m_dc.adjustNs),
+                  static_cast<long>(m_dc.minDifferNs), static_cast<long>(m_dc.maxDifferNs));
+    }
+    std::fputs("ecrt_master_deactivate\n", stdout);
+    deactivatePlatform();
+  }
+  m_ullApplicationTimeNs = 0;
+  m_dc = _DC_STATE();
+  return 0;
+}
+
+void CEthercatMaster::deactivatePlatform() {
+  m_pDomainData = nullptr;
+  static_cast<void>(ecrt_master_deactivate(m_pMaster));
+  m_bActive = false;
+  m_pDomain = nullptr;
+}

@@ -1,0 +1,234 @@
+// The cycle. Nothing here allocates, locks, throws or, in the normal case, prints.
+#include "EthercatObject/CEthercatMaster.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <ctime>
+
+namespace {
+
+constexpr long NS_PER_SECOND = 1000000000;
+constexpr unsigned int POLL_INTERVAL_NS = 50000;
+constexpr unsigned int WHOLE_MASTER = ETHERCAT_ERROR_WHOLE_MASTER;
+
+void stamp(timespec& time) {
+  clock_gettime(CLOCK_MONOTONIC, &time);
+}
+
+void advance(timespec& time, unsigned int nanoseconds) {
+  time.tv_sec += static_cast<time_t>(nanoseconds / static_cast<unsigned int>(NS_PER_SECOND));
+  time.tv_nsec += static_cast<long>(nanoseconds % static_cast<unsigned int>(NS_PER_SECOND));
+  if (time.tv_nsec >= NS_PER_SECOND) {
+    time.tv_nsec -= NS_PER_SECOND;
+    ++time.tv_sec;
+  }
+}
+
+void sleepUntil(const timespec& time) {
+  while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &time, nullptr) == EINTR) {
+  }
+}
+
+// How long after the send the exchange mode looks for the frame, and when it looks first.
+struct _FRAME_WAIT {
+  unsigned int budgetNs;
+  unsigned int firstNs;
+};
+
+_FRAME_WAIT frameWait(unsigned int periodNs) {
+  if (periodNs >= 1000000) {
+    return {periodNs - 50000, 120000};
+  }
+  return {periodNs / 2, periodNs >= 240000 ? 120000 : periodNs / 2};
+}
+
+} // namespace
+
+void CEthercatMaster::exchange(EXCHANGE_CALLBACK callback, void* userData) {
+  if (m_bRequestTerminate) {
+    std::fputs("you can't call exchange function because the driver is request terminate.\n", stdout);
+    return;
+  }
+  _CYCLE_STAMPS stamps;
+  stamp(stamps.total.start);
+  if (m_pMaster == nullptr || m_pPdoEntryRegs == nullptr) {
+    return;
+  }
+  if (!m_bExchangeMode) {
+    stamp(stamps.receive.start);
+    receiveFrame();
+    stamp(stamps.receive.end);
+    checkWorkingCounter();
+  }
+  checkSlaves();
+  checkLink();
+  checkMaster();
+
+  stamp(stamps.sdo.start);
+  serviceSdoRequests();
+  stamp(stamps.sdo.end);
+
+  if (isExchanging()) {
+    if (!m_bExchangeMode) {
+      copyInputs();
+      runCallback(callback, userData, stamps);
+    }
+    copyOutputs();
+  }
+
+  stamp(stamps.send.start);
+  sendFrame();
+  stamp(stamps.send.end);
+
+  if (m_bExchangeMode) {
+    awaitFrame(callback, userData, stamps);
+  }
+  stamp(stamps.total.end);
+  m_commDiag.record(m_ullCycleCounter, stamps);
+  ++m_ullCycleCounter;
+}
+
+void CEthercatMaster::receiveFrame() {
+  static_cast<void>(ecrt_master_receive(m_pMaster));
+  if (m_pDomain != nullptr) {
+    static_cast<void>(ecrt_domain_process(m_pDomain));
+  }
+}
+
+// False when there is no domain whose working counter could be read.
+bool CEthercatMaster::readWorkingCounter(bool& complete) const {
+  complete = false;
+  if (m_pDomain == nullptr) {
+    return false;
+  }
+  ec_domain_state_t state{};
+  static_cast<void>(ecrt_domain_state(m_pDomain, &state));
+  complete = state.wc_state == EC_WC_COMPLETE;
+  return true;
+}
+
+void CEthercatMaster::checkWorkingCounter() {
+  bool complete = false;
+  if (isExchanging() && readWorkingCounter(complete) && !complete) {
+    processSlaveError(WHOLE_MASTER, ETHERCAT_ERROR_WORKING_COUNTER);
+  }
+}
+
+void CEthercatMaster::checkSlaves() {
+  unsigned int index = 0;
+  for (const auto& slave : m_vecSlaves) {
+    if (slave->getSlaveCore() != nullptr) {
+      ec_slave_config_state_t state{};
+      static_cast<void>(ecrt_slave_config_state(slave->getSlaveCore(), &state));
+      if (state.error_flag != 0) {
+        processSlaveError(index, ETHERCAT_ERROR_SLAVE_STATE);
+      }
+    }
+    ++index;
+  }
+}
+
+void CEthercatMaster::checkLink() {
+  ec_master_link_state_t state{};
+  static_cast<void>(ecrt_master_link_state(m_pMaster, 0, &state));
+  if (state.link_up == 0) {
+    processSlaveError(WHOLE_MASTER, ETHERCAT_ERROR_LINK_DOWN);
+  }
+}
+
+// Takes over the AL states, and compares the slaves with the scan when a rescan of the bus has just ended.
+void CEthercatMaster::checkMaster() {
+  ec_master_state_t state{};
+  static_cast<void>(ecrt_master_state(m_pMaster, &state));
+  const bool scanEnded = m_bScanBusy && state.scan_busy == 0;
+  m_bScanBusy = state.scan_busy != 0;
+  if (scanEnded && state.slaves_responding > m_uiSlaveCount) {
+    processSlaveError(WHOLE_MASTER, ETHERCAT_ERROR_SLAVE_ADDED);
+  } else if (scanEnded && state.slaves_responding < m_uiSlaveCount) {
+    processSlaveError(WHOLE_MASTER, ETHERCAT_ERROR_SLAVE_LOST);
+  }
+  m_uiMasterState = state.al_states;
+}
+
+// The place of SDO service in the cycle: from PREOP on, one step of one request. There are no requests yet.
+void CEthercatMaster::serviceSdoRequests() {}
+
+void CEthercatMaster::runCallback(EXCHANGE_CALLBACK callback, void* userData, _CYCLE_STAMPS& stamps) {
+  stamp(stamps.callback.start);
+  if (callback != nullptr) {
+    callback(userData);
+  }
+  stamp(stamps.callback.end);
+}
+
+void CEthercatMaster::sendFrame() {
+  if (m_pDomain != nullptr) {
+    static_cast<void>(ecrt_domain_queue(m_pDomain));
+  }
+  syncDistributedClocks();
+  static_cast<void>(ecrt_master_send(m_pMaster));
+  updateMasterClock();
+}
+
+// The places of the distributed clocks in the cycle: application time and synchronisation go out with the
+// frame, the controller that follows the reference clock runs behind it. Neither is built yet.
+void CEthercatMaster::syncDistributedClocks() {}
+void CEthercatMaster::updateMasterClock() {}
+
+// Exchange mode: polls for the frame just sent until it is complete or the budget of the period is used up.
+void CEthercatMaster::awaitFrame(EXCHANGE_CALLBACK callback, void* userData, _CYCLE_STAMPS& stamps) {
+  const _FRAME_WAIT wait = frameWait(m_uiExchangePeriod);
+  timespec wakeUp{};
+  stamp(wakeUp);
+  advance(wakeUp, wait.firstNs);
+  stamp(stamps.receive.start);
+  for (unsigned int waited = wait.firstNs;;) {
+    sleepUntil(wakeUp);
+    advance(wakeUp, POLL_INTERVAL_NS);
+    receiveFrame();
+    if (!isExchanging()) {
+      stamp(stamps.receive.end);
+      return;
+    }
+    bool complete = false;
+    const bool read = readWorkingCounter(complete);
+    if (complete) {
+      copyInputs();
+      stamp(stamps.receive.end);
+      runCallback(callback, userData, stamps);
+      return;
+    }
+    waited += POLL_INTERVAL_NS;
+    if (waited > wait.budgetNs) {
+      stamp(stamps.receive.end);
+      if (read) {
+        processSlaveError(WHOLE_MASTER, ETHERCAT_ERROR_WORKING_COUNTER);
+      }
+      return;
+    }
+  }
+}
+
+void CEthercatMaster::processSlaveError(unsigned int slave, int errorCode) {
+  m_iLastError = errorCode;
+  if (m_pfnErrorCallback != nullptr) {
+    m_pfnErrorCallback(m_uiDeviceId, slave, errorCode, m_pErrorCallbackUser);
+  }
+}
+
+bool CEthercatMaster::getCommDiagInfo(unsigned int index, _ETHERCAT_COMM_DIAG_INFO* out) const {
+  return m_commDiag.get(index, out);
+}
+
+void CEthercatMaster::outputCommDiagInfo(const char* title, const _ETHERCAT_COMM_DIAG_INFO* info) const {
+  if (info == nullptr) {
+    return;
+  }
+  std::printf("\n%s:\n", title == nullptr ? "Communication detail" : title);
+  std::printf("    Time = %llu\n", static_cast<unsigned long long>(info->time));
+  std::printf("    TxPDO received cost(us) = %d\n", info->txPdoReceivedCostUs);
+  std::printf("    SDO cost(us) = %d\n", info->sdoCostUs);
+  std::printf("    RxPDO sent cost(us) = %d\n", info->rxPdoSentCostUs);
+  std::printf("    User callback cost(us) = %d\n", info->userCallbackCostUs);
+  std::printf("    Total exchange cost(us) = %d\n", info->totalExchangeCostUs);
+}

@@ -1,0 +1,134 @@
+// Construction, destruction and the simple queries of a master.
+#include "EthercatObject/CEthercatMaster.h"
+
+#include <cstdio>
+#include <fcntl.h>
+#include <unistd.h>
+
+CEthercatMaster::CEthercatMaster(unsigned int deviceId, unsigned int period, bool enableDc,
+                                 bool syncToReferenceClock, LOG_FUNCTION log)
+    : m_uiDeviceId(deviceId), m_uiExchangePeriod(period), m_bEnableDc(enableDc),
+      m_bSyncToReferenceClock(syncToReferenceClock), m_pENIObject(std::make_unique<CMasterENIObject>(log)),
+      m_pfnLog(log) {
+  m_pMaster = ecrt_request_master(m_uiDeviceId);
+  const std::string deviceFile = "/dev/EtherCAT" + std::to_string(m_uiDeviceId);
+  m_iDeviceFd = open(deviceFile.c_str(), O_RDWR);
+}
+
+CEthercatMaster::~CEthercatMaster() {
+  destroyMasterData();
+}
+
+void CEthercatMaster::destroyMasterData() {
+  deactive();
+  clearAllSlaveObject();
+  if (m_iDeviceFd != -1) {
+    close(m_iDeviceFd);
+    m_iDeviceFd = -1;
+  }
+  if (m_pMaster != nullptr) {
+    std::fputs("ecrt_release_master\n", stdout);
+    ecrt_release_master(m_pMaster);
+    m_pMaster = nullptr;
+  }
+  m_pENIObject.reset();
+}
+
+void CEthercatMaster::clearAllSlaveObject() {
+  m_pPdoEntryRegs.reset();
+  m_uiPdoEntryCount = 0;
+  m_vecSlaves.clear();
+  m_vecPdoEntryNames.clear();
+  m_pdoInfo.clear();
+  m_inputs.clear();
+  m_outputs.clear();
+}
+
+unsigned int CEthercatMaster::getMasterState() const {
+  return m_pMaster == nullptr || m_pPdoEntryRegs == nullptr ? 0 : m_uiMasterState;
+}
+
+bool CEthercatMaster::setErrorCallback(ERROR_CALLBACK callback, void* userData) {
+  m_pfnErrorCallback = callback;
+  m_pErrorCallbackUser = userData;
+  return true;
+}
+
+bool CEthercatMaster::setExchangeMode(bool exchangeMode) {
+  if (m_bActive) {
+    return false;
+  }
+  m_bExchangeMode = exchangeMode;
+  return true;
+}
+
+bool CEthercatMaster::setDcDebugEnable(bool enable) {
+  m_bDcDebug = enable;
+  return true;
+}
+
+bool CEthercatMaster::resetErrorCode() {
+  m_iLastError = 0;
+  return true;
+}
+
+bool CEthercatMaster::enableEoeFunction(unsigned int /*slave*/, bool /*enable*/) {
+  return false;
+}
+
+namespace {
+
+void writeIfWanted(unsigned int* out, unsigned int value) {
+  if (out != nullptr) {
+    *out = value;
+  }
+}
+
+} // namespace
+
+bool CEthercatMaster::getSlaveProductCode(unsigned int slave, unsigned int* productCode) const {
+  if (slave >= m_vecSlaves.size()) {
+    return false;
+  }
+  writeIfWanted(productCode, m_vecSlaves[slave]->getProductCode());
+  return true;
+}
+
+bool CEthercatMaster::getSlaveRevisionCode(unsigned int slave, unsigned int* revisionCode) const {
+  if (slave >= m_vecSlaves.size()) {
+    return false;
+  }
+  writeIfWanted(revisionCode, m_vecSlaves[slave]->getRevisionCode());
+  return true;
+}
+
+CSlaveENIObject* CEthercatMaster::descriptionOf(unsigned int slave) const {
+  return slave < m_vecSlaves.size() ? m_vecSlaves[slave]->getENIObject() : nullptr;
+}
+
+bool CEthercatMaster::getSlaveSlotNumber(unsigned int slave, unsigned int* slotNumber) const {
+  const CSlaveENIObject* const description = descriptionOf(slave);
+  if (description == nullptr) {
+    return false;
+  }
+  writeIfWanted(slotNumber, description->getSlotNumber());
+  return true;
+}
+
+bool CEthercatMaster::getSlaveSlotIndexIncrement(unsigned int slave, unsigned int* increment) const {
+  const CSlaveENIObject* const description = descriptionOf(slave);
+  if (description == nullptr) {
+    return false;
+  }
+  writeIfWanted(increment, description->getSlotIndexIncrement());
+  return true;
+}
+
+bool CEthercatMaster::getSlaveSlotPdoIncrement(unsigned int slave, unsigned int* increment) const {
+  const CSlaveENIObject* const description = descriptionOf(slave);
+  if (description == nullptr) {
+    return false;
+  }
+  writeIfWanted(increment, description->getSlotPdoIncrement());
+  return true;
+}

@@ -1,0 +1,63 @@
+// Registration of the process data at the platform, and what is known of the image afterwards.
+#include "EthercatObject/CEthercatMaster.h"
+
+#include <algorithm>
+#include <map>
+
+// A row with index 0 (a gap) ends the platform's list, so each run of rows between gaps is handed over on its
+// own, the gap serving as its terminator.
+bool CEthercatMaster::registerProcessData() {
+  m_bEntriesRegistered = false;
+  unsigned int begin = 0;
+  bool handedOver = false;
+  while (begin < m_uiPdoEntryCount) {
+    unsigned int end = begin;
+    while (end < m_uiPdoEntryCount && m_pPdoEntryRegs[end].index != 0) {
+      ++end;
+    }
+    if (end > begin) {
+      if (ecrt_domain_reg_pdo_entry_list(m_pDomain, &m_pPdoEntryRegs[begin]) != 0) {
+        return false;
+      }
+      handedOver = true;
+    }
+    begin = end + 1;
+  }
+  m_bEntriesRegistered = handedOver;
+  // Without any entry the platform still gets its one, empty list.
+  return handedOver || ecrt_domain_reg_pdo_entry_list(m_pDomain, &m_pPdoEntryRegs[m_uiPdoEntryCount]) == 0;
+}
+
+bool CEthercatMaster::imageIsMissing() const {
+  return m_bActive && m_bEntriesRegistered && m_pDomainData == nullptr;
+}
+
+// Bytes up to the end of the last registered entry. An entry whose type is wider than its bits must not be
+// copied beyond them. The platform places an object that is mapped twice where it stands first, so the first
+// length counts.
+unsigned int CEthercatMaster::measureImage() const {
+  unsigned int imageBits = 0;
+  for (const auto& slave : m_vecSlaves) {
+    const CSlaveENIObject* const description = slave->getENIObject();
+    if (description == nullptr) {
+      continue;
+    }
+    std::map<unsigned int, unsigned int> firstLength;
+    unsigned int entryNumber = 0;
+    for (const ec_sync_info_t* sync = description->getSlaveSyncInfo(); sync->index != 0xff; ++sync) {
+      for (unsigned int pdo = 0; pdo < sync->n_pdos; ++pdo) {
+        for (unsigned int i = 0; i < sync->pdos[pdo].n_entries; ++i, ++entryNumber) {
+          const ec_pdo_entry_info_t& entry = sync->pdos[pdo].entries[i];
+          if (entry.index == 0) {
+            continue;
+          }
+          const unsigned int object = static_cast<unsigned int>(entry.index) << 8U | entry.subindex;
+          const unsigned int length = firstLength.emplace(object, entry.bit_length).first->second;
+          const _PDO_ENTRY_OFFSET* const place = slave->getPdoEntryOffset(entryNumber);
+          imageBits = std::max(imageBits, place->offset * 8 + place->bitPosition + length);
+        }
+      }
+    }
+  }
+  return (imageBits + 7) / 8;
+}

@@ -1,0 +1,85 @@
+#ifndef ETHERCATOBJECT_PDOBUFFERS_H
+#define ETHERCATOBJECT_PDOBUFFERS_H
+
+#include <cstring>
+#include <vector>
+
+// The value bytes of all process-data handles of one direction, in one block, and the runs in which they move
+// between this block and the domain image. Values of entries that lie next to each other in the image lie
+// next to each other here, so that they move together.
+//
+// arrange() sorts the block anew after handles came, went or got their places in the image. Every byte of
+// memory it needs has been set aside by add(), so it may run inside the cycle.
+class CPdoBuffers {
+public:
+  // One live handle. `position` (in this block) is updated by arrange(). Only `copied` bytes of it move; 0
+  // for an entry without a place in the image.
+  struct _ITEM {
+    unsigned int* position;
+    unsigned int size;
+    unsigned int imageOffset;
+    unsigned int copied;
+  };
+
+  // Adds zeroed bytes for a new handle at the end of the block; returns their position. Not for the cycle.
+  unsigned int add(unsigned int size);
+  void clear();
+
+  unsigned char* at(unsigned int position) { return m_vecBytes.data() + position; }
+  const unsigned char* at(unsigned int position) const { return m_vecBytes.data() + position; }
+
+  // Call beginItems(), addItem() for every live handle in id order, then arrange(). Where entries overlap in
+  // the image, the one with the highest id is copied last.
+  void beginItems() { m_vecItems.clear(); }
+  void addItem(const _ITEM& item) { m_vecItems.push_back(item); }
+  void arrange();
+
+  void copyFromImage(const unsigned char* image) {
+    for (const _RUN& run : m_vecRuns) {
+      copyBytes(m_vecBytes.data() + run.position, image + run.imageOffset, run.length);
+    }
+  }
+  void copyToImage(unsigned char* image) const {
+    for (const _RUN& run : m_vecRuns) {
+      copyBytes(image + run.imageOffset, m_vecBytes.data() + run.position, run.length);
+    }
+  }
+
+private:
+  struct _RUN {
+    unsigned int imageOffset;
+    unsigned int position;
+    unsigned int length;
+  };
+
+  // Lone entries are most runs of a sparse image: sizes known to the compiler become plain loads and stores.
+  static void copyBytes(unsigned char* to, const unsigned char* from, unsigned int length) {
+    switch (length) {
+    case 1:
+      *to = *from;
+      break;
+    case 2:
+      std::memcpy(to, from, 2);
+      break;
+    case 4:
+      std::memcpy(to, from, 4);
+      break;
+    case 8:
+      std::memcpy(to, from, 8);
+      break;
+    default:
+      std::memcpy(to, from, length);
+      break;
+    }
+  }
+  void sortByPlace();
+  void appendRun(const _ITEM& item);
+
+  std::vector<unsigned char> m_vecBytes;
+  std::vector<unsigned char> m_vecSpareBytes; // target of the next arrange()
+  std::vector<_ITEM> m_vecItems;
+  std::vector<_RUN> m_vecRuns;
+  unsigned int m_uiHandles = 0; // ever added since clear(): bound of items and runs
+};
+
+#endif
