@@ -16,6 +16,10 @@ public:
   /* Bytes of one element; 0 for a type that does not exist. */
   static unsigned int getTypeSize(ETHERCAT_DATA_TYPE type);
 
+  /* The convertible type with exactly this name in a description ("UINT"); DATA_TYPE_INVALID for any other,
+   * among them all bit types. */
+  static ETHERCAT_DATA_TYPE getTypeByName(char const* name);
+
   /* Writes `value` as element `index` of an array of `type` at `buffer`, which needs no alignment. Integers
    * round halves away from zero and wrap to the width of the type; what does not fit 32 bits (64 for UDINT)
    * and NaN store the processor's "integer indefinite", cut to the width. bigEndian: the buffer is

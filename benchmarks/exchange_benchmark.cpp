@@ -1,0 +1,373 @@
+// One cycle through the library beside a hand-written loop over the same calls of the master, in one program.
+//
+// Both drive a bus of their own with the same slaves. The hand-written loop moves each entry with a plain
+// load or store; `bare` makes the calls without moving anything. They take turns in short batches, and
+// medians are compared, so that a drifting clock of the machine does not show.
+#include <algorithm>
+#include <benchmark/benchmark.h>
+#include <chrono>
+#include <cstdio>
+#include <cstring>
+#include <ecrt.h>
+#include <ethercat_simulation/Simulation.h>
+#include <fstream>
+#include <igh_master.h>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+namespace sim = ethercat_simulation;
+using Clock = std::chrono::steady_clock;
+
+constexpr std::uint32_t VENDOR = 0x00000B0B;
+constexpr std::uint32_t PRODUCT = 0x00000001;
+constexpr unsigned int LIBRARY_BUS = 0;
+constexpr unsigned int HAND_BUS = 1;
+constexpr unsigned int PERIOD_NS = 1000000;
+
+// Entry types take turns; half of a slave's entries are outputs, half inputs.
+struct EntryType {
+  const char* name;
+  std::uint8_t bytes;
+};
+constexpr EntryType TYPES[] = {{"USINT", 1}, {"INT", 2}, {"DINT", 4}, {"UINT", 2}};
+
+const EntryType& typeOf(unsigned int entry) {
+  return TYPES[entry % 4];
+}
+
+// Entries first to last of one direction; the object index and the PDO index follow from the entry's number.
+sim::SyncManager syncManager(std::uint8_t index, bool output, unsigned int first, unsigned int last) {
+  constexpr unsigned int ENTRIES_PER_PDO = 100;
+  sim::SyncManager manager{index, output ? sim::Direction::output : sim::Direction::input, {}};
+  for (unsigned int i = first; i < last; ++i) {
+    const auto pdoIndex = static_cast<std::uint16_t>((output ? 0x1600U : 0x1A00U) + i / ENTRIES_PER_PDO);
+    if (manager.pdos.empty() || manager.pdos.back().index != pdoIndex) {
+      manager.pdos.push_back({pdoIndex, {}});
+    }
+    const unsigned int object = (output ? 0x7000U : 0x6000U) + i / 200;
+    manager.pdos.back().entries.push_back({static_cast<std::uint16_t>(object),
+                                           static_cast<std::uint8_t>(i % 200 + 1),
+                                           static_cast<std::uint8_t>(typeOf(i).bytes * 8)});
+  }
+  return manager;
+}
+
+// A sync manager holds at most 1486 bytes, so a slave with many entries has several of them.
+std::vector<sim::SyncManager> layout(unsigned int entries) {
+  constexpr unsigned int ENTRIES_PER_SYNC_MANAGER = 500;
+  const unsigned int outputs = (entries + 1) / 2;
+  std::vector<sim::SyncManager> managers;
+  std::uint8_t index = 2;
+  for (const bool output : {true, false}) {
+    const unsigned int count = output ? outputs : entries - outputs;
+    for (unsigned int first = 0; first < count; first += ENTRIES_PER_SYNC_MANAGER) {
+      managers.push_back(
+          syncManager(index++, output, first, std::min(count, first + ENTRIES_PER_SYNC_MANAGER)));
+    }
+  }
+  return managers;
+}
+
+std::string entryName(bool output, unsigned int entry) {
+  return (output ? "out " : "in ") + std::to_string(entry);
+}
+
+void writeDescription(const std::string& path, const std::vector<sim::SyncManager>& managers) {
+  std::ofstream xml(path);
+  xml << "<EtherCATInfo><Vendor><Id>" << VENDOR
+      << "</Id><Name>Bench</Name></Vendor><Descriptions><Devices><Device>"
+      << "<Type ProductCode=\"" << PRODUCT << "\" RevisionNo=\"1\">Bench</Type>";
+  unsigned int numbers[] = {0, 0};
+  for (const sim::SyncManager& manager : managers) {
+    const bool output = manager.direction == sim::Direction::output;
+    unsigned int& number = numbers[output ? 1 : 0];
+    for (const sim::Pdo& pdo : manager.pdos) {
+      xml << (output ? "<RxPdo" : "<TxPdo") << " Fixed=\"true\" Sm=\"" << int{manager.index} << "\"><Index>"
+          << pdo.index << "</Index>";
+      for (const sim::Entry& entry : pdo.entries) {
+        xml << "<Entry><Index>" << entry.index << "</Index><SubIndex>" << int{entry.subindex}
+            << "</SubIndex><BitLen>" << int{entry.bitLength} << "</BitLen><Name>" << entryName(output, number)
+            << "</Name><DataType>" << typeOf(number).name << "</DataType></Entry>";
+        ++number;
+      }
+      xml << (output ? "</RxPdo>" : "</TxPdo>");
+    }
+  }
+  xml << "</Device></Devices></Descriptions></EtherCATInfo>\n";
+}
+
+void buildBus(unsigned int index, unsigned int slaves, const std::vector<sim::SyncManager>& managers) {
+  sim::Slave slave;
+  slave.vendorId = VENDOR;
+  slave.productCode = PRODUCT;
+  slave.revisionNumber = 1;
+  slave.name = "Bench";
+  slave.defaultMapping = managers;
+  sim::Bus& bus = sim::bus(index);
+  bus.setClimbCycles(1);
+  for (unsigned int i = 0; i < slaves; ++i) {
+    bus.addSlave(slave);
+  }
+}
+
+// The library prints its listing while it scans; a benchmark's output is not the place for it.
+template <class ACTION> void quietly(ACTION action) {
+  std::fflush(stdout);
+  const int kept = dup(STDOUT_FILENO);
+  std::FILE* const null = std::fopen("/dev/null", "w");
+  dup2(fileno(null), STDOUT_FILENO);
+  action();
+  std::fflush(stdout);
+  dup2(kept, STDOUT_FILENO);
+  close(kept);
+  std::fclose(null);
+}
+
+class LibraryLoop {
+public:
+  LibraryLoop(unsigned int slaves, unsigned int entriesPerSlave, const std::string& description) {
+    quietly([&] {
+      igh_master_initialize_ex(LIBRARY_BUS, PERIOD_NS, false, false);
+      igh_master_append_eni(LIBRARY_BUS, description.c_str());
+      igh_master_scan(LIBRARY_BUS, nullptr);
+    });
+    igh_master_config_all_slave(LIBRARY_BUS);
+    const unsigned int outputs = (entriesPerSlave + 1) / 2;
+    for (unsigned int slave = 0; slave < slaves; ++slave) {
+      for (unsigned int i = 0; i < entriesPerSlave; ++i) {
+        const bool output = i < outputs;
+        std::uint32_t handle = 0;
+        igh_master_create_pdo_info(LIBRARY_BUS, slave, entryName(output, output ? i : i - outputs).c_str(),
+                                   !output, &handle);
+        m_handles.push_back(handle);
+      }
+    }
+    igh_master_active(LIBRARY_BUS);
+    std::uint32_t state = 0;
+    for (int i = 0; i < 1000 && state != EC_AL_STATE_OP; ++i) {
+      cycle();
+      igh_master_get_state(LIBRARY_BUS, &state);
+    }
+    m_ready = state == EC_AL_STATE_OP;
+  }
+  ~LibraryLoop() {
+    quietly([] { igh_master_uninitialize(LIBRARY_BUS); });
+  }
+  LibraryLoop(const LibraryLoop&) = delete;
+  LibraryLoop& operator=(const LibraryLoop&) = delete;
+
+  void cycle() { igh_master_exchange(LIBRARY_BUS, nullptr, nullptr); }
+  bool ready() const { return m_ready; }
+  const std::vector<std::uint32_t>& handles() const { return m_handles; }
+
+private:
+  std::vector<std::uint32_t> m_handles;
+  bool m_ready = false;
+};
+
+class HandLoop {
+public:
+  HandLoop(unsigned int slaves, const std::vector<sim::SyncManager>& managers)
+      : m_master(ecrt_request_master(HAND_BUS)) {
+    m_domain = ecrt_master_create_domain(m_master);
+    for (std::uint16_t position = 0; position < slaves; ++position) {
+      m_configs.push_back(ecrt_master_slave_config(m_master, 0, position, VENDOR, PRODUCT));
+      for (const sim::SyncManager& manager : managers) {
+        registerEntries(position, manager);
+      }
+    }
+    ecrt_master_activate(m_master);
+    m_image = ecrt_domain_data(m_domain);
+    ec_master_state_t state{};
+    for (int i = 0; i < 1000 && state.al_states != EC_AL_STATE_OP; ++i) {
+      cycle<true>();
+      ecrt_master_state(m_master, &state);
+    }
+    m_ready = m_image != nullptr && state.al_states == EC_AL_STATE_OP;
+  }
+  ~HandLoop() { ecrt_release_master(m_master); }
+  HandLoop(const HandLoop&) = delete;
+  HandLoop& operator=(const HandLoop&) = delete;
+
+  template <bool MOVE> void cycle() {
+    ecrt_master_receive(m_master);
+    ecrt_domain_process(m_domain);
+    ec_domain_state_t domainState{};
+    ecrt_domain_state(m_domain, &domainState);
+    for (const ec_slave_config_t* config : m_configs) {
+      ec_slave_config_state_t state{};
+      ecrt_slave_config_state(config, &state);
+      benchmark::DoNotOptimize(state);
+    }
+    ec_master_link_state_t link{};
+    ecrt_master_link_state(m_master, 0, &link);
+    ec_master_state_t state{};
+    ecrt_master_state(m_master, &state);
+    if (MOVE) {
+      for (Place& place : m_inputs) {
+        load(place);
+      }
+      benchmark::ClobberMemory();
+      for (const Place& place : m_outputs) {
+        store(place);
+      }
+    }
+    ecrt_domain_queue(m_domain);
+    ecrt_master_send(m_master);
+  }
+  bool ready() const { return m_ready; }
+
+private:
+  struct Place {
+    unsigned int offset;
+    std::uint32_t bytes;
+    std::uint32_t value;
+  };
+
+  void registerEntries(std::uint16_t position, const sim::SyncManager& manager) {
+    for (const sim::Pdo& pdo : manager.pdos) {
+      for (const sim::Entry& entry : pdo.entries) {
+        unsigned int offset = 0;
+        unsigned int bit = 0;
+        const ec_pdo_entry_reg_t rows[] = {
+            {0, position, VENDOR, PRODUCT, entry.index, entry.subindex, &offset, &bit}, {}};
+        ecrt_domain_reg_pdo_entry_list(m_domain, rows);
+        (manager.direction == sim::Direction::output ? m_outputs : m_inputs)
+            .push_back({offset, static_cast<std::uint32_t>(entry.bitLength / 8), offset});
+      }
+    }
+  }
+  void load(Place& place) const {
+    const std::uint8_t* const from = m_image + place.offset;
+    switch (place.bytes) {
+    case 1:
+      place.value = *from;
+      break;
+    case 2:
+      std::uint16_t half;
+      std::memcpy(&half, from, 2);
+      place.value = half;
+      break;
+    default:
+      std::memcpy(&place.value, from, 4);
+    }
+  }
+  void store(const Place& place) const {
+    std::uint8_t* const to = m_image + place.offset;
+    switch (place.bytes) {
+    case 1:
+      *to = static_cast<std::uint8_t>(place.value);
+      break;
+    case 2: {
+      const auto half = static_cast<std::uint16_t>(place.value);
+      std::memcpy(to, &half, 2);
+      break;
+    }
+    default:
+      std::memcpy(to, &place.value, 4);
+    }
+  }
+
+  ec_master_t* m_master;
+  ec_domain_t* m_domain;
+  std::uint8_t* m_image = nullptr;
+  std::vector<ec_slave_config_t*> m_configs;
+  std::vector<Place> m_inputs;
+  std::vector<Place> m_outputs;
+  bool m_ready = false;
+};
+
+template <class CYCLE> double nanosecondsPerCycle(unsigned int cycles, CYCLE cycle) {
+  const auto start = Clock::now();
+  for (unsigned int i = 0; i < cycles; ++i) {
+    cycle();
+  }
+  return std::chrono::duration<double, std::nano>(Clock::now() - start).count() / cycles;
+}
+
+double median(std::vector<double>& values) {
+  std::nth_element(values.begin(), values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2),
+                   values.end());
+  return values[values.size() / 2];
+}
+
+void exchangeBesideHandLoop(benchmark::State& state) {
+  const auto slaves = static_cast<unsigned int>(state.range(0));
+  const auto entries = static_cast<unsigned int>(state.range(1));
+  const std::vector<sim::SyncManager> managers = layout(entries / slaves);
+  const std::string description = "/tmp/exchange_benchmark_" + std::to_string(getpid()) + ".xml";
+  writeDescription(description, managers);
+  sim::reset();
+  buildBus(LIBRARY_BUS, slaves, managers);
+  buildBus(HAND_BUS, slaves, managers);
+
+  LibraryLoop library(slaves, entries / slaves, description);
+  HandLoop hand(slaves, managers);
+  unlink(description.c_str());
+  if (!library.ready() || !hand.ready()) {
+    state.SkipWithError("the bus did not reach OP");
+    return;
+  }
+  std::vector<double> libraryNs;
+  std::vector<double> handNs;
+  std::vector<double> bareNs;
+  constexpr unsigned int BATCH = 200;
+  for (auto _ : state) {
+    libraryNs.push_back(nanosecondsPerCycle(BATCH, [&] { library.cycle(); }));
+    handNs.push_back(nanosecondsPerCycle(BATCH, [&] { hand.cycle<true>(); }));
+    bareNs.push_back(nanosecondsPerCycle(BATCH, [&] { hand.cycle<false>(); }));
+  }
+  const double exchange = median(libraryNs);
+  const double byHand = median(handNs);
+  const double bare = median(bareNs);
+  state.counters["exchange_ns"] = exchange;
+  state.counters["hand_ns"] = byHand;
+  state.counters["ratio"] = exchange / byHand;
+  state.counters["own_ns"] = exchange - bare;
+  state.counters["own_ns_per_entry"] = (exchange - bare) / entries;
+}
+
+void readAndWriteByHandle(benchmark::State& state) {
+  const std::vector<sim::SyncManager> managers = layout(16);
+  const std::string description = "/tmp/exchange_benchmark_" + std::to_string(getpid()) + ".xml";
+  writeDescription(description, managers);
+  sim::reset();
+  buildBus(LIBRARY_BUS, 16, managers);
+  LibraryLoop library(16, 16, description);
+  unlink(description.c_str());
+  const std::vector<std::uint32_t>& handles = library.handles();
+  const bool read = state.range(0) != 0;
+  size_t next = read ? 8 : 0; // of a slave's 16 entries the first half are outputs
+  double value = 0;
+  for (auto _ : state) {
+    if (read) {
+      benchmark::DoNotOptimize(igh_master_pdo_recv(LIBRARY_BUS, handles[next], &value));
+    } else {
+      benchmark::DoNotOptimize(igh_master_pdo_send(LIBRARY_BUS, handles[next], value));
+      value += 1;
+    }
+    next = (next & ~size_t{7}) + ((next + 1) & 7U);
+  }
+}
+
+} // namespace
+
+BENCHMARK(exchangeBesideHandLoop)
+    ->ArgNames({"slaves", "entries"})
+    ->Args({1, 16})
+    ->Args({1, 256})
+    ->Args({1, 4096})
+    ->Args({16, 16})
+    ->Args({16, 256})
+    ->Args({16, 4096})
+    ->Args({64, 64})
+    ->Args({64, 256})
+    ->Args({64, 4096})
+    ->Iterations(200)
+    ->Unit(benchmark::kMicrosecond);
+BENCHMARK(readAndWriteByHandle)->ArgName("read")->Arg(1)->Arg(0);
+
+BENCHMARK_MAIN();
