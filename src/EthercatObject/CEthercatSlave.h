@@ -61,7 +61,7 @@ private:
   ec_slave_config_t* m_pSlaveConfig = nullptr;
   CSlaveENIObject* m_pENIObject;
   std::unique_ptr<_PDO_ENTRY_OFFSET[]> m_pPdoEntryOffsets;
-  LOG_FUNCTION m_pfnLog;
+  [[maybe_unused]] LOG_FUNCTION m_pfnLog; // kept with the slave; nothing here has a text for it yet
 };
 
 #endif
