@@ -84,12 +84,11 @@ private:
   };
   using REVISIONS_BY_PRODUCT = std::map<CDeviceKey, std::set<unsigned int>>;
 
-  /* What tells a receive PDO from a transmit PDO: CMasterENIObject.cpp and its neighbours read both alike. */
-  struct _PdoDirection;
-  static _PdoDirection const RX_PDO;
-  static _PdoDirection const TX_PDO;
+  struct _DeviceIdentity; /* as messages name a device */
+  struct _PdoDirection;   /* what tells reading a receive PDO from reading a transmit PDO */
+  static _PdoDirection const PDO_DIRECTIONS[2];
 
-  unsigned int resolveOpenedFile(xml_file_handle* handle);
+  unsigned int resolveFile(xml_file_handle* handle, char const* path);
   unsigned int resolveEthercatInfo(CXmlParser& parser, _XmlNode* root);
   bool resolveVendorInfo(CXmlParser& parser, _XmlNode* vendorNode, unsigned int& vendorId,
                          std::string& vendorName);
@@ -108,14 +107,18 @@ private:
   unsigned int resolveModuleInfo(CXmlParser& parser, _XmlNode* module);
   void resolveModulePdos(CXmlParser& parser, _XmlNode* module, _PdoDirection const& direction,
                          std::vector<_PdoInfoTemplate>& templates);
+  static _PdoEntryInfoTemplate resolveEntry(CXmlParser& parser, _XmlNode* entryNode);
 
   unsigned int resolveDeviceDetail(CXmlParser& parser, _XmlNode* device, unsigned int vendorId);
-  void resolveSlots(CXmlParser& parser, _XmlNode* slots, CSlaveENIObject& slave);
-  bool placeModule(_SlotENIInfo const& module, unsigned int slot, unsigned int pdoOffset,
+  void resolveSlots(CXmlParser& parser, _XmlNode* slots, _DeviceIdentity const& identity,
+                    CSlaveENIObject& slave);
+  bool placeModule(_SlotENIInfo const& module, std::string const& namePrefix, unsigned int pdoOffset,
                    unsigned int indexOffset, CSlaveENIObject& slave);
   void resolveDevicePdos(CXmlParser& parser, _XmlNode* device, _PdoDirection const& direction,
-                         std::string const& typeName, CSlaveENIObject& slave);
-  void resolveDcOpModes(CXmlParser& parser, _XmlNode* device, CSlaveENIObject& slave);
+                         _DeviceIdentity const& identity, CSlaveENIObject& slave);
+  static void resolveDcOpModes(CXmlParser& parser, _XmlNode* device, CSlaveENIObject& slave);
+  void reportDevice(unsigned int level, char const* text, _DeviceIdentity const& identity,
+                    char const* end = "") const;
 
   std::map<unsigned int, _SlotENIInfo> m_mapModule; /* by module ident; grows from file to file */
   std::map<unsigned int, _VendorENIObject> m_mapVendor;

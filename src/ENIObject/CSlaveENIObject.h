@@ -129,7 +129,6 @@ private:
   void countSyncInfo();
   void allocateArrays();
   void fillSyncManagers();
-  void fillPDO(_PDOINFO& pdoInfo, unsigned int& entryPosition);
   void fillEntry(_PDOENTRYINFO& entryInfo, unsigned int position);
   void indexEntryName(unsigned int position);
 

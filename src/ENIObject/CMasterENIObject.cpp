@@ -1,0 +1,120 @@
+#include "ENIObject/CMasterENIObject.h"
+#include "ENIObject/DescriptionElements.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace {
+
+/* Room that the slots of one file may expand to; real devices need some ten kilobytes. */
+constexpr std::size_t placementBudget = std::size_t{64} * 1024 * 1024;
+
+struct DestroyHandle {
+  void operator()(xml_file_handle* handle) const { xml_file_destroy(handle); }
+};
+
+std::string nodeName(_XmlNode const* node) {
+  unsigned long size = 0;
+  if (!xml_file_get_node_name(node, nullptr, size)) {
+    return {};
+  }
+  std::string name(size, '\0');
+  xml_file_get_node_name(node, name.data(), size);
+  name.resize(size - 1);
+  return name;
+}
+
+std::string trimmed(std::string const& text) {
+  constexpr char const* blanks = " \t\n\r\v";
+  std::size_t const first = text.find_first_not_of(blanks);
+  return first == std::string::npos ? std::string()
+                                    : text.substr(first, text.find_last_not_of(blanks) - first + 1);
+}
+
+} // namespace
+
+CMasterENIObject::CMasterENIObject(LOG_FUNCTION log) : m_pfnLog(log) {}
+
+CMasterENIObject::~CMasterENIObject() {
+  removeAllENIObject();
+}
+
+unsigned int CMasterENIObject::insertENIFile(char const* path, bool replace) {
+  auto previous = m_mapVendor;
+  if (replace) {
+    m_mapVendor.clear();
+  }
+  m_ulPlacementBudget = placementBudget;
+  std::unique_ptr<xml_file_handle, DestroyHandle> const handle(xml_file_create());
+  unsigned int const result = resolveFile(handle.get(), path);
+  if (result == 0) {
+    m_mapVendor.swap(previous);
+  }
+  return result;
+}
+
+unsigned int CMasterENIObject::resolveFile(xml_file_handle* handle, char const* path) {
+  constexpr int readOnly = 1;
+  if (!xml_file_open(handle, path, readOnly)) {
+    reportMessage(m_pfnLog, 0, "Can't open ENI-file!");
+    return 0;
+  }
+  _XmlNode* root = xml_file_get_root(handle);
+  if (nodeName(root) != "EtherCATInfo") {
+    reportMessage(m_pfnLog, 0, "Can't find EthercatInfo Node in xml-file!");
+    return 0;
+  }
+  CXmlParser parser(handle);
+  reportMessage(m_pfnLog, 1, "File version is %s", trimmed(attributeText(parser, root, "Version")).c_str());
+  return resolveEthercatInfo(parser, root);
+}
+
+CSlaveENIObject* CMasterENIObject::findSlaveENIObject(unsigned int vendorId, unsigned int productCode,
+                                                      unsigned int revisionNo) const {
+  auto const vendor = m_mapVendor.find(vendorId);
+  if (vendor == m_mapVendor.end()) {
+    return nullptr;
+  }
+  auto const product = vendor->second.mapProduct.find(productCode);
+  if (product == vendor->second.mapProduct.end()) {
+    return nullptr;
+  }
+  auto const revision = product->second.mapRevision.find(revisionNo);
+  return revision != product->second.mapRevision.end() ? revision->second : nullptr;
+}
+
+void CMasterENIObject::removeAllENIObject() {
+  m_mapVendor.clear();
+  m_mapModule.clear();
+  m_vecDescription.clear();
+}
+
+/* A capital X behind the # is not understood and gives 0. */
+unsigned int CMasterENIObject::resolveENIValue(char const* text) {
+  std::string number = text != nullptr ? text : "";
+  if (!number.empty() && number.front() == '#') {
+    number.erase(0, 1);
+  }
+  if (!number.empty() && number.front() == 'x') {
+    number.insert(0, 1, '0');
+  }
+  return static_cast<unsigned int>(std::strtoul(number.c_str(), nullptr, 0));
+}
+
+std::string CMasterENIObject::formatSeqInEnglish(unsigned int n) {
+  switch (n) {
+  case 0:
+    return {};
+  case 1:
+    return "1st ";
+  case 2:
+    return "2nd ";
+  case 3:
+    return "3rd ";
+  default: {
+    char text[64];
+    std::snprintf(text, sizeof(text), "%dth ", static_cast<int>(n));
+    return text;
+  }
+  }
+}

@@ -1,0 +1,129 @@
+#include "ENIObject/CSlaveENIObject.h"
+
+#include <cstring>
+#include <utility>
+
+CSlaveENIObject::CSlaveENIObject(unsigned int vendorId, unsigned int productCode, unsigned int revisionCode,
+                                 std::string smClassName, LOG_FUNCTION log)
+    : m_uiVendorId(vendorId), m_uiProductCode(productCode), m_uiRevisionCode(revisionCode),
+      m_strSmClassName(std::move(smClassName)), m_pfnLog(log) {}
+
+CSlaveENIObject::~CSlaveENIObject() {
+  destroyAllSyncInfo();
+}
+
+void CSlaveENIObject::destroyAllSyncInfo() {
+  m_mapSyncInfo.clear();
+  m_pPDOEntryArray.reset();
+  m_pPDOInfoArray.reset();
+  m_pSyncInfoArray.reset();
+  m_pPDOEntryReg.reset();
+  m_mapEntryIndexByName.clear();
+  m_vecEntryName.clear();
+  m_vecEntryDataType.clear();
+  m_uiPDOEntryCount = 0;
+  m_uiPDOInfoCount = 0;
+  m_uiSyncInfoCount = 0;
+}
+
+bool CSlaveENIObject::beginEditSyncInfo() {
+  if (m_bEditing) {
+    return false;
+  }
+  destroyAllSyncInfo();
+  m_bEditing = true;
+  return true;
+}
+
+bool CSlaveENIObject::createSyncInfoIfNotExist(unsigned int syncIndex, bool output) {
+  if (!m_bEditing) {
+    return false;
+  }
+  auto const [known, isNew] = m_mapSyncInfo.try_emplace(syncIndex);
+  if (isNew) {
+    known->second.bOutput = output;
+    return true;
+  }
+  if (known->second.bOutput != output) {
+    reportMessage(m_pfnLog, 0, "Sync output flag not don't matched");
+    return false;
+  }
+  return true;
+}
+
+CSlaveENIObject::_SYNCINFO* CSlaveENIObject::getSyncInfo(unsigned int syncIndex) {
+  auto const found = m_mapSyncInfo.find(syncIndex);
+  return found != m_mapSyncInfo.end() ? &found->second : nullptr;
+}
+
+bool CSlaveENIObject::createPDOInfoIfNotExist(_SYNCINFO* syncInfo, unsigned int pdoIndex) {
+  if (!m_bEditing) {
+    return false;
+  }
+  syncInfo->mapPDOInfo.try_emplace(pdoIndex);
+  return true;
+}
+
+CSlaveENIObject::_PDOINFO* CSlaveENIObject::getPDOInfo(_SYNCINFO* syncInfo, unsigned int pdoIndex) {
+  if (syncInfo == nullptr) {
+    return nullptr;
+  }
+  auto const found = syncInfo->mapPDOInfo.find(pdoIndex);
+  return found != syncInfo->mapPDOInfo.end() ? &found->second : nullptr;
+}
+
+bool CSlaveENIObject::addPDOEntry(_PDOINFO* pdoInfo, std::string name, std::string dataType,
+                                  ec_pdo_entry_info_t const& entry) {
+  if (!m_bEditing) {
+    return false;
+  }
+  pdoInfo->listEntry.push_back({std::move(name), std::move(dataType), entry});
+  return true;
+}
+
+bool CSlaveENIObject::addDcOpMode(char const* name, _DCOPMODEINFO const& info) {
+  return name != nullptr && m_mapDcOpMode.try_emplace(name, info).second;
+}
+
+bool CSlaveENIObject::getDCConfiguration(char const* opModeName, unsigned short& assignActivate,
+                                         unsigned int& cycleTimeSync0, int& shiftTimeSync0,
+                                         unsigned int& cycleTimeSync1, int& shiftTimeSync1) const {
+  if (opModeName == nullptr) {
+    return false;
+  }
+  auto const found = m_mapDcOpMode.find(opModeName);
+  if (found == m_mapDcOpMode.end()) {
+    return false;
+  }
+  _DCOPMODEINFO const& info = found->second;
+  assignActivate = info.assignActivate;
+  cycleTimeSync0 = info.cycleTimeSync0;
+  shiftTimeSync0 = info.shiftTimeSync0;
+  cycleTimeSync1 = info.cycleTimeSync1;
+  shiftTimeSync1 = info.shiftTimeSync1;
+  return true;
+}
+
+bool CSlaveENIObject::getSmClassName(char* buffer, unsigned long& size) const {
+  return getBaseStringFromSTLString(m_strSmClassName, buffer, size);
+}
+
+bool CSlaveENIObject::getPDOEntryName(unsigned int position, char* buffer, unsigned long& size) const {
+  return getBaseStringFromSTLString(m_vecEntryName[position], buffer, size);
+}
+
+bool CSlaveENIObject::getPDOEntryDataType(unsigned int position, char* buffer, unsigned long& size) const {
+  return getBaseStringFromSTLString(m_vecEntryDataType[position], buffer, size);
+}
+
+bool CSlaveENIObject::getBaseStringFromSTLString(std::string const& text, char* buffer, unsigned long& size) {
+  unsigned long const needed = text.size() + 1;
+  if (buffer != nullptr) {
+    if (size < needed) {
+      return false;
+    }
+    std::memcpy(buffer, text.c_str(), needed);
+  }
+  size = needed;
+  return true;
+}

@@ -1,0 +1,112 @@
+#include "File/File.h"
+#include "XmlParser/XmlFileHandle.h"
+#include "XmlParser/XmlParser.h"
+#include "XmlParser/XmlText.h"
+
+#include <libxml/parser.h>
+
+#include <cstdio>
+#include <exception>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace {
+
+struct FreeDocument {
+  void operator()(xmlDoc* document) const { xmlFreeDoc(document); }
+};
+
+std::optional<unsigned long> openedLength(char const* path, int mode) {
+  CFile file;
+  if (!file.open(path, mode)) {
+    return std::nullopt;
+  }
+  return file.getLength();
+}
+
+/* Null when the file is no well-formed document or a hostile one. */
+_XmlNode* readTree(xml_file_handle& handle, char const* path, unsigned long length) {
+  std::unique_ptr<xmlDoc, FreeDocument> const document(xmlParseFile(path));
+  xmlNode const* rootElement = document ? xmlDocGetRootElement(document.get()) : nullptr;
+  if (rootElement == nullptr) {
+    return nullptr;
+  }
+  try {
+    XmlText text(document.get(), length);
+    return handle.xml_copy_tree_private(rootElement, text);
+  } catch (XmlExpansionRefused const&) {
+    return nullptr;
+  }
+}
+
+bool openDocument(xml_file_handle& handle, char const* path, int mode) {
+  std::optional<unsigned long> const length = openedLength(path, mode);
+  if (!length) {
+    std::printf("Open file error,the file maybe not exist:%s\n", path);
+    return false;
+  }
+  std::string fileName = path;
+  if (*length != 0) {
+    handle.root = readTree(handle, path, *length);
+    if (handle.root == nullptr) {
+      std::printf("Parser xml error:%s\n", path);
+      return false;
+    }
+  }
+  handle.mode = mode;
+  handle.fileName = std::move(fileName);
+  return true;
+}
+
+} // namespace
+
+xml_file_handle* xml_file_create() {
+  return new xml_file_handle;
+}
+
+bool xml_file_open(xml_file_handle* handle, char const* path, int mode) {
+  if (handle == nullptr) {
+    return false;
+  }
+  if (handle->root != nullptr) {
+    xml_file_close(handle);
+  }
+  try {
+    return openDocument(*handle, path != nullptr ? path : "", mode);
+  } catch (std::exception const& exception) {
+    std::printf("Exception caught: %s\n", exception.what());
+    return false;
+  }
+}
+
+void xml_file_close(xml_file_handle* handle) {
+  /* A document whose mode has FILE_MODE_READ_WRITE is to be stored here, before its tree goes. Nothing stores
+   * yet. */
+  xml_file_remove_all(handle);
+  handle->mode = FILE_MODE_READ;
+  handle->fileName.clear();
+}
+
+void xml_file_destroy(xml_file_handle*& handle) {
+  if (handle == nullptr) {
+    return;
+  }
+  xml_file_close(handle);
+  delete handle;
+  handle = nullptr;
+}
+
+bool xml_file_remove_all(xml_file_handle* handle) {
+  if (handle == nullptr || handle->root == nullptr) {
+    return false;
+  }
+  handle->xml_remove_node_private(handle->root);
+  handle->root = nullptr;
+  return true;
+}
+
+_XmlNode* xml_file_get_root(xml_file_handle const* handle) {
+  return handle != nullptr ? handle->root : nullptr;
+}

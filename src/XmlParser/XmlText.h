@@ -1,0 +1,41 @@
+#ifndef XMLPARSER_XMLTEXT_H
+#define XMLPARSER_XMLTEXT_H
+
+#include <libxml/tree.h>
+
+#include <cstddef>
+#include <stdexcept>
+#include <string>
+#include <unordered_map>
+
+/* The document's entities would expand to far more than the document. */
+struct XmlExpansionRefused : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+/* Reads element and attribute text out of one libxml2 document: the text that xmlNodeListGetString gives, but
+ * in linear time (that call measures all text before it for every further piece) and with a limit on what
+ * entity references may expand to. */
+class XmlText {
+public:
+  XmlText(xmlDoc* document, std::size_t fileLength);
+
+  /* The text of a list of sibling nodes; trimmed, it loses leading and trailing blanks, tabs and line breaks.
+   * Throws XmlExpansionRefused. */
+  void read(xmlNode const* list, std::string& text);
+  void readTrimmed(xmlNode const* list, std::string& text);
+
+private:
+  void collect(xmlNode const* list, bool trim);
+  void appendReference(xmlNode const* reference, bool trim);
+  void append(xmlChar const* piece, bool trim);
+  std::size_t expansionCost(xmlNode const* list, unsigned int depth);
+  std::size_t entityCost(xmlEntity const* entity, unsigned int depth);
+
+  xmlDoc* document;
+  std::string collected; /* kept for its capacity */
+  std::size_t budget;    /* bytes and nodes that references may still expand to */
+  std::unordered_map<xmlEntity const*, std::size_t> costs;
+};
+
+#endif
