@@ -1,0 +1,152 @@
+#include "Program.h"
+
+#include <csignal>
+#include <gmock/gmock.h>
+
+using testing::HasSubstr;
+using testing::MatchesRegex;
+using testing::Not;
+
+namespace {
+
+const char badDescription[] = R"(<EtherCATInfo Version="1"><Vendor><Id>#x0C0C</Id><Name>Odd</Name></Vendor>
+<Descriptions><Devices><Device><Type ProductCode="#x1" RevisionNo="#x2">ODD1</Type>
+<RxPdo Fixed="true" Sm="2"><Index>#x1600</Index><Exclude>#x1601</Exclude>
+ <Entry><Index>#x7000</Index><SubIndex>1</SubIndex><BitLen>1</BitLen><Name>Lamp</Name><DataType>BOOL</DataType></Entry>
+ <Entry><Index>#x7000</Index><SubIndex>2</SubIndex><BitLen>8</BitLen><Name>Speed</Name><DataType>USINT</DataType></Entry>
+</RxPdo>
+<RxPdo Fixed="1" Sm="2"><Index>#x1601</Index><Exclude>#x1600</Exclude>
+ <Entry><Index>#x7001</Index><SubIndex>0</SubIndex><BitLen>8</BitLen><Name>Speed</Name><DataType>INT</DataType></Entry>
+ <Entry><Index>#x7002</Index><SubIndex>0</SubIndex><BitLen>32</BitLen><Name>Long</Name><DataType>INT</DataType></Entry>
+</RxPdo>
+<TxPdo><Index>#x1A00</Index></TxPdo>
+<Dc><OpMode><Name>DC Sync</Name><AssignActivate>#x300</AssignActivate></OpMode></Dc>
+</Device></Devices></Descriptions></EtherCATInfo>)";
+
+TEST(Describe, SaysInPlainWordsWhatCannotBeUsed) {
+  const auto path = scratch("odd.xml", badDescription);
+  const auto outcome = ighBus({"describe", path});
+  std::remove(path.c_str());
+  EXPECT_EQ(outcome.status, 0) << outcome.err;
+  for (const char* text :
+       {"Vendor 0x00000C0C \"Odd\"", "product code 0x00000001, revision 0x00000002",
+        "\"DC Sync\": assign-activate 0x0300", "0x7000:02      8  USINT     out   2  0x1600  \"Speed\"",
+        "1 note    File version is 1", "2 oddity  Device RxPDO has unexpected fixed value.",
+        "3 detail  Device RxPDO has no sm channel.", "0 error   PDO Entry Name(Speed) conflict",
+        "type not convertible", "0x7000:01  \"Lamp\": BOOL", "off a byte boundary",
+        "0x7000:02  \"Speed\": starts at bit 1 of byte 0", "0x7000:02  \"Speed\": hidden by 0x7001:00",
+        "0x7001:00  \"Speed\": INT moves 16 bits, the entry has 8", "narrower than its bit length",
+        "0x7002:00  \"Long\": INT moves 16 bits, the entry has 32", "no clock mode named \"DC\"",
+        "no sync manager: the PDO is left out\n        TxPdo 0x1A00", "SM 2  0x1600 excludes 0x1601"})
+    EXPECT_THAT(outcome.out, HasSubstr(text));
+}
+
+TEST(Describe, FindsNothingToComplainAboutInTheExampleMachine) {
+  const auto outcome =
+      ighBus({"describe", machine("terminals.xml"), machine("modular_head.xml"), machine("servo_drive.xml")});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_THAT(outcome.out, HasSubstr("\"EM500\" revision 0x00020001: everything can be used"));
+  EXPECT_THAT(outcome.out, HasSubstr("slots: 3, increments: index 0x10, PDO 0x1"));
+  EXPECT_THAT(outcome.out, HasSubstr("0x7010:01      8  USINT     out   2  0x1601  \"2nd Outputs\""));
+  for (const char* complaint :
+       {"not convertible", "byte boundary", "bit length", "taken twice", "exclude", "error"})
+    EXPECT_THAT(outcome.out, Not(HasSubstr(complaint)));
+}
+
+TEST(Describe, GoesOnBehindAFileThatDoesNotLoadAndEndsWithOne) {
+  const auto broken = scratch("broken.xml", "<EtherCATInfo>\n<Vendor></EtherCATInfo>");
+  const auto outcome = ighBus({"describe", "/nowhere.xml", broken, machine("coupler.xml")});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_THAT(outcome.err,
+              HasSubstr("igh_bus: /nowhere.xml: No such file or directory\nigh_bus: " + broken + ": line 2"));
+  EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 2) << outcome.err;
+  EXPECT_THAT(outcome.out, HasSubstr("no process data"));
+  std::remove(broken.c_str());
+}
+
+TEST(Scan, ListsSlavesWithTheirDescriptionsAndWarnsOfAliases) {
+  const auto bus = scratch("bus.json", R"({"slaves": [
+    {"vendor_id": "0x00000B0B", "product_code": "0x100", "revision": "0x00010000", "name": "COUPLER"},
+    {"vendor_id": "0x00000B0B", "product_code": "0x200", "revision": "0x00010001", "name": "DI", "alias": 77}]})");
+  const auto outcome =
+      ighBus({"scan", "--eni", machine("coupler.xml"), machine("terminals.xml"), "--bus", bus});
+  std::remove(bus.c_str());
+  EXPECT_EQ(outcome.status, 0) << outcome.err;
+  EXPECT_THAT(outcome.out, MatchesRegex("0  0:0   PREOP  \\+  COUPLER  EM100\n"
+                                        "1  77:1  PREOP  \\+  DI       no description\n"
+                                        "slave 1 has alias 77: .* offline\n"));
+}
+
+TEST(Run, BringsTheExampleMachineToOpAndMovesNamedValues) {
+  for (const std::string mode : {"normal", "exchange"}) {
+    auto words = onMachine("run", {"--cycles", "400", "--set", "5:Target position=-123456", "--set",
+                                   "6:Controlword=0x0F", "--watch", "5:Position actual value", "--watch",
+                                   "6:Statusword", "--watch", "4:3rd Channel 1"});
+    if (mode == "exchange")
+      words.emplace_back("--exchange-mode");
+    const auto outcome = ighBus(words);
+    EXPECT_EQ(outcome.status, 0) << mode << outcome.err;
+    EXPECT_THAT(outcome.out, HasSubstr("8 slaves, 8 with a description"));
+    EXPECT_THAT(outcome.out, testing::ContainsRegex("cycle +[0-9]+  SAFEOP\n"));
+    EXPECT_THAT(outcome.out, testing::ContainsRegex("cycle +[0-9]+  OP\n"));
+    EXPECT_THAT(outcome.out, HasSubstr("5:Position actual value = -123456\n"));
+    EXPECT_THAT(outcome.out, HasSubstr("6:Statusword = 15\n"));
+    EXPECT_THAT(outcome.out, Not(HasSubstr("4:3rd Channel 1 = 0\n"))); // counts frames
+    EXPECT_THAT(outcome.out, Not(HasSubstr("ec_pdo_entry_reg_t")));    // the listing, only when asked for
+    EXPECT_THAT(outcome.out, Not(HasSubstr("\r")));                    // no progress in a pipe
+    for (const char* row : {"fastest", "last", "slowest", "Missed wake-ups: "})
+      EXPECT_THAT(outcome.out, HasSubstr(row));
+  }
+}
+
+TEST(Run, SimulatesEveryDescribedDeviceOnceWithoutABusFile) {
+  const auto outcome =
+      ighBus({"run", "--eni", machine("terminals.xml"), machine("servo_drive.xml"), "--cycles", "100",
+              "--no-dc", "--listing", "--period", "500us", "--set", "2:Output 2=-7", "--watch", "2:Input 2"});
+  EXPECT_EQ(outcome.status, 0) << outcome.err;
+  EXPECT_THAT(outcome.out, HasSubstr("4 slaves, 4 with a description"));
+  EXPECT_THAT(outcome.out, HasSubstr("2:Input 2 = -7\n"));
+  EXPECT_THAT(outcome.out, HasSubstr("const static ec_pdo_entry_reg_t domain1_regs[] = {"));
+  EXPECT_THAT(outcome.out, HasSubstr("Errors\n  none\n"));
+}
+
+TEST(Run, EndsAsABusErrorWhenOpIsNotReached) {
+  const auto early = ighBus(onMachine("run", {"--cycles", "5"}));
+  EXPECT_EQ(early.status, 3);
+  EXPECT_THAT(early.err, HasSubstr("never reached OP"));
+  const auto bus = scratch("empty.json", R"({"slaves": []})");
+  const auto empty = ighBus({"run", "--eni", machine("coupler.xml"), "--bus", bus});
+  EXPECT_EQ(empty.status, 3);
+  EXPECT_THAT(empty.err, HasSubstr("no slave answers"));
+  std::remove(bus.c_str());
+}
+
+TEST(Run, CountsErrorsByTheirKindAndToleratesThoseOfABusWithoutProcessData) {
+  const auto outcome = ighBus({"run", "--eni", machine("coupler.xml"), "--cycles", "50"});
+  EXPECT_EQ(outcome.status, 0) << outcome.err;
+  EXPECT_THAT(outcome.out, testing::ContainsRegex("working counter incomplete +[1-9][0-9]\n"));
+}
+
+TEST(Run, EndsInOrderOnASignal) {
+  for (const int signal : {SIGINT, SIGTERM}) {
+    const auto outcome =
+        ighBus(onMachine("run", {"--seconds", "60"}), signal, std::chrono::milliseconds(700));
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_THAT(outcome.out, HasSubstr("slowest"));
+    EXPECT_THAT(outcome.out, HasSubstr("Ended by a signal.\n"));
+    EXPECT_THAT(outcome.out, HasSubstr("ecrt_master_deactivate\n")); // the library was shut down
+  }
+}
+
+TEST(ExampleInC, MovesAPositionToTheDriveAndBack) {
+  const auto outcome =
+      runProgram({EXAMPLE_MINIMAL, machine("servo_drive.xml")}, 0, {}, machine("machine.json"));
+  EXPECT_EQ(outcome.status, 0) << outcome.err;
+  EXPECT_THAT(outcome.out, HasSubstr("Position actual value: 1998\nAL state: 8\n"));
+  EXPECT_EQ(runProgram({EXAMPLE_MINIMAL}).status, 2);
+  const auto wrong = runProgram({EXAMPLE_MINIMAL, "/nowhere.xml"}, 0, {}, machine("machine.json"));
+  EXPECT_EQ(wrong.status, 1);
+  EXPECT_EQ(wrong.err, "minimal: the description file was not loaded\n");
+}
+
+} // namespace

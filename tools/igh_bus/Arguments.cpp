@@ -1,0 +1,65 @@
+#include "Arguments.h"
+
+#include <charconv>
+#include <cmath>
+#include <cstdlib>
+#include <string_view>
+#include <utility>
+
+namespace igh_bus {
+namespace {
+
+constexpr double shortestPeriodNs = 100000;
+constexpr double longestPeriodNs = 4000000000.0;
+
+[[noreturn]] void refuse(const std::string& text) {
+  throw Failure(usageError, text);
+}
+
+double unitInNs(std::string_view unit, const std::string& text) {
+  static constexpr std::pair<std::string_view, double> units[] = {
+      {"", 1}, {"ns", 1}, {"us", 1e3}, {"ms", 1e6}, {"s", 1e9}};
+  for (const auto& [name, factor] : units) {
+    if (name == unit)
+      return factor;
+  }
+  refuse("--period " + text + ": use a number with ns, us, ms or s, such as 1ms");
+}
+
+} // namespace
+
+std::uint32_t parsePeriod(const std::string& text) {
+  char* end = nullptr;
+  const double number = std::strtod(text.c_str(), &end);
+  const double period = end == text.c_str() ? NAN : number;
+  if (std::isnan(period))
+    refuse("--period " + text + ": use a number with ns, us, ms or s, such as 1ms");
+  const double ns = std::round(period * unitInNs(end, text));
+  if (!(ns >= shortestPeriodNs && ns <= longestPeriodNs))
+    refuse("--period " + text + ": the period must lie between 100us and 4s");
+  return static_cast<std::uint32_t>(ns);
+}
+
+EntryAddress parseWatch(const std::string& text) {
+  EntryAddress address;
+  const auto colon = text.find(':');
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), address.slave);
+  if (colon == std::string::npos || error != std::errc() || end != text.data() + colon)
+    refuse("'" + text + "': use SLAVE:ENTRY, such as '5:Statusword', with the slave's number in scan order");
+  address.entry = text.substr(colon + 1);
+  return address;
+}
+
+Setting parseSetting(const std::string& text) {
+  const auto equals = text.rfind('=');
+  if (equals == std::string::npos)
+    refuse("--set '" + text + "': use SLAVE:ENTRY=VALUE, such as '5:Controlword=15'");
+  const std::string value = text.substr(equals + 1);
+  char* end = nullptr;
+  Setting setting{parseWatch(text.substr(0, equals)), std::strtod(value.c_str(), &end)};
+  if (value.empty() || *end != '\0')
+    refuse("--set '" + text + "': '" + value + "' is not a number");
+  return setting;
+}
+
+} // namespace igh_bus

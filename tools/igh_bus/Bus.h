@@ -1,0 +1,41 @@
+// The bus before the library takes it: which one it is, and which slaves are on it.
+#ifndef IGH_BUS_BUS_H
+#define IGH_BUS_BUS_H
+
+#include "Device.h"
+#include "Options.h"
+
+#include <ecrt.h>
+
+namespace igh_bus {
+
+// Decides, on the simulated platform, which bus is simulated: the file of --bus, else that of the
+// environment, else one of every device once. The last lives in an anonymous file of this process, so nothing
+// stays behind however the process ends. Keep the object as long as the bus may be read. Throws
+// Failure(usageError).
+class BusChoice {
+public:
+  BusChoice(const ScanOptions& options, const std::vector<Device>& devices);
+  ~BusChoice();
+  BusChoice(const BusChoice&) = delete;
+  BusChoice& operator=(const BusChoice&) = delete;
+
+private:
+  int m_file = -1;
+};
+
+struct FoundSlave {
+  ec_slave_info_t info;
+  const Device* device = nullptr; // its description, null for none
+};
+
+// Reserves the master, reads its slaves and releases it. Throws Failure when there is no master or no slave.
+std::vector<FoundSlave> surveyBus(const ScanOptions& options, const std::vector<Device>& devices);
+
+// The columns of `ethercat slaves` and the description behind each, then a line for every slave with an
+// alias.
+void printSlaves(const std::vector<FoundSlave>& slaves);
+
+} // namespace igh_bus
+
+#endif

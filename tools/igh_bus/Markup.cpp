@@ -1,0 +1,89 @@
+#include "Markup.h"
+
+#include "ENIObject/ENIObject.h"
+#include "XmlParser/XmlParser.h"
+
+namespace igh_bus {
+namespace {
+
+class Document {
+public:
+  explicit Document(const std::string& path) : m_handle(xml_file_create()) {
+    constexpr int readOnly = 1;
+    m_open = xml_file_open(m_handle, path.c_str(), readOnly);
+  }
+  ~Document() { xml_file_destroy(m_handle); }
+  Document(const Document&) = delete;
+  Document& operator=(const Document&) = delete;
+  const _XmlNode* root() const { return m_open ? xml_file_get_root(m_handle) : nullptr; }
+
+private:
+  xml_file_handle* m_handle;
+  bool m_open = false;
+};
+
+const _XmlNode* firstChild(const _XmlNode* node, const char* name) {
+  return xml_file_get_child_node(0, node, name);
+}
+
+std::string textOf(const _XmlNode* node) {
+  return node ? node->value : std::string();
+}
+
+const std::string* attributeOf(const _XmlNode* node, const char* name) {
+  if (!node)
+    return nullptr;
+  for (const auto& attribute : node->attributes) {
+    if (attribute.name == name)
+      return &attribute.value;
+  }
+  return nullptr;
+}
+
+// The loader's own rule for numbers.
+std::uint32_t number(const std::string& text) {
+  return CMasterENIObject::resolveENIValue(text.c_str());
+}
+
+PdoMarkup pdoMarkup(const _XmlNode* node, bool output) {
+  PdoMarkup pdo;
+  pdo.index = static_cast<std::uint16_t>(number(textOf(firstChild(node, "Index"))));
+  pdo.output = output;
+  if (const auto* syncManager = attributeOf(node, "Sm")) {
+    pdo.assigned = true;
+    pdo.syncManager = number(*syncManager);
+  }
+  for (const auto* exclude : xml_file_children(node, "Exclude"))
+    pdo.excludes.push_back(static_cast<std::uint16_t>(number(exclude->value)));
+  return pdo;
+}
+
+std::vector<PdoMarkup> pdosOf(const _XmlNode* device) {
+  std::vector<PdoMarkup> pdos;
+  for (const auto* pdo : xml_file_children(device, "RxPdo"))
+    pdos.push_back(pdoMarkup(pdo, true));
+  for (const auto* pdo : xml_file_children(device, "TxPdo"))
+    pdos.push_back(pdoMarkup(pdo, false));
+  return pdos;
+}
+
+} // namespace
+
+std::map<DeviceKey, std::vector<PdoMarkup>> readMarkup(const std::string& path, std::uint32_t vendorId) {
+  std::map<DeviceKey, std::vector<PdoMarkup>> devices;
+  const Document document(path);
+  for (const auto* descriptions : xml_file_children(document.root(), "Descriptions")) {
+    for (const auto* list : xml_file_children(descriptions, "Devices")) {
+      for (const auto* device : xml_file_children(list, "Device")) {
+        const auto* type = firstChild(device, "Type");
+        const auto* product = attributeOf(type, "ProductCode");
+        const auto* revision = attributeOf(type, "RevisionNo");
+        if (product && revision)
+          devices.try_emplace({vendorId, number(*product), number(*revision)}, pdosOf(device));
+      }
+    }
+  }
+  return devices;
+}
+
+} // namespace igh_bus

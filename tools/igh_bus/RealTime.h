@@ -1,0 +1,49 @@
+// The periodic loop and what makes its thread a real-time one.
+#ifndef IGH_BUS_REAL_TIME_H
+#define IGH_BUS_REAL_TIME_H
+
+#include <atomic>
+#include <cstdint>
+#include <ctime>
+#include <optional>
+
+namespace igh_bus {
+
+// SIGINT and SIGTERM ask for an orderly end while an object of this class lives.
+class StopSignals {
+public:
+  StopSignals();
+  ~StopSignals();
+  StopSignals(const StopSignals&) = delete;
+  StopSignals& operator=(const StopSignals&) = delete;
+  static bool requested() { return s_requested.load(std::memory_order_relaxed); }
+
+private:
+  static void receive(int);
+  static std::atomic<bool> s_requested;
+};
+
+// Processor, priority and locked memory for the calling thread. What the system refuses gets one line on
+// standard error, and the program goes on without it.
+void becomeRealTime(const std::optional<int>& priority, const std::optional<int>& cpu);
+
+// Wakes the caller at fixed times of CLOCK_MONOTONIC.
+class Pacemaker {
+public:
+  explicit Pacemaker(std::uint32_t periodNs);
+  // Sleeps until the next time. Late by whole periods, it leaves them out and counts them. False when a
+  // signal asked for the end meanwhile.
+  bool wait();
+  std::uint64_t missed() const { return m_missed; }
+  std::int64_t latestNs() const { return m_latestNs; } // the worst wake-up, behind its time
+
+private:
+  std::int64_t m_periodNs;
+  std::int64_t m_nextNs;
+  std::uint64_t m_missed = 0;
+  std::int64_t m_latestNs = 0;
+};
+
+} // namespace igh_bus
+
+#endif

@@ -1,0 +1,108 @@
+#include "Results.h"
+
+#include "Text.h"
+
+#include <cinttypes>
+#include <cstdio>
+
+namespace igh_bus {
+namespace {
+
+void printWatched(const RunOptions& options, const Session& session) {
+  if (options.watches.empty())
+    return;
+  std::printf("\nWatched\n");
+  for (std::size_t i = 0; i < options.watches.size(); ++i)
+    std::printf("  %u:%s = %.10g\n", options.watches[i].slave, options.watches[i].entry.c_str(),
+                session.watched(i));
+}
+
+void printErrors(const ErrorCounts& errors) {
+  std::printf("\nErrors\n");
+  bool any = false;
+  for (std::size_t code = 1; code < errors.total.size(); ++code) {
+    if (errors.total[code] == 0)
+      continue;
+    any = true;
+    std::printf("  %-44s %" PRIu64 "\n", errorText(static_cast<int>(code)), errors.total[code]);
+  }
+  if (!any)
+    std::printf("  none\n");
+}
+
+void printRecords(const Session& session) {
+  std::printf("\nCosts in us        cycle  receive    SDO  callback   send  total\n");
+  static constexpr std::pair<const char*, COMM_DIAG_INDEX> rows[] = {
+      {"fastest", COMM_DIAG_MIN}, {"last", COMM_DIAG_LAST}, {"slowest", COMM_DIAG_MAX}};
+  for (const auto& [name, index] : rows) {
+    const auto record = session.record(index);
+    std::printf("  %-8s  %12" PRIu64 "  %7d  %5d  %8d  %5d  %5d\n", name, record.time,
+                record.txPdoReceivedCostUs, record.sdoCostUs, record.userCallbackCostUs,
+                record.rxPdoSentCostUs, record.totalExchangeCostUs);
+  }
+}
+
+} // namespace
+
+void Climb::note(std::uint64_t cycle, std::uint32_t state) {
+  if (state == m_state && m_count != 0)
+    return;
+  m_state = state;
+  m_seen |= 1U << state;
+  if (m_count < m_changes.size())
+    m_changes[m_count] = {cycle, state};
+  ++m_count;
+}
+
+void Climb::print() const {
+  std::printf("\nStates of the slaves\n");
+  const auto kept = m_count < m_changes.size() ? m_count : m_changes.size();
+  for (std::size_t i = 0; i < kept; ++i)
+    std::printf("  cycle %8" PRIu64 "  %s\n", m_changes[i].cycle, stateText(m_changes[i].state).c_str());
+  if (m_count > kept)
+    std::printf("  and %" PRIu64 " more changes, the last to %s\n", m_count - kept,
+                stateText(m_state).c_str());
+}
+
+const char* errorText(int code) {
+  switch (code) {
+  case ETHERCAT_ERROR_WORKING_COUNTER:
+    return "working counter incomplete";
+  case ETHERCAT_ERROR_LINK_DOWN:
+    return "link down";
+  case ETHERCAT_ERROR_SLAVE_STATE:
+    return "slave refused a state or stopped answering";
+  case ETHERCAT_ERROR_SLAVE_ADDED:
+    return "slaves added";
+  case ETHERCAT_ERROR_SLAVE_LOST:
+    return "slaves lost";
+  default:
+    return "no error";
+  }
+}
+
+void printProgress(const RunOptions& options, const Session& session, std::uint32_t state) {
+  std::uint64_t errors = 0;
+  for (const auto count : session.errors().total)
+    errors += count;
+  std::printf("\r\033[Kcycle %" PRIu64 " of %" PRIu64 "  %s  errors %" PRIu64, session.cycles(),
+              options.cycles, stateText(state).c_str(), errors);
+  for (std::size_t i = 0; i < options.watches.size(); ++i)
+    std::printf("  %u:%s=%.10g", options.watches[i].slave, options.watches[i].entry.c_str(),
+                session.watched(i));
+  std::fflush(stdout);
+}
+
+void printResults(const RunOptions& options, const Session& session, const Pacemaker& pacemaker,
+                  const Climb& climb) {
+  std::printf("%" PRIu64 " cycles, %" PRIu64 " of them with process data\n", session.cycles(),
+              session.callbacks());
+  climb.print();
+  printWatched(options, session);
+  printErrors(session.errors());
+  std::printf("\nMissed wake-ups: %" PRIu64 " (latest wake-up %.1f us behind its time)\n", pacemaker.missed(),
+              static_cast<double>(pacemaker.latestNs()) / 1e3);
+  printRecords(session);
+}
+
+} // namespace igh_bus

@@ -1,0 +1,57 @@
+// One master through the public functions, from igh_master_initialize to igh_master_uninitialize.
+#ifndef IGH_BUS_SESSION_H
+#define IGH_BUS_SESSION_H
+
+#include "Options.h"
+
+#include <igh_master.h>
+
+#include <array>
+
+namespace igh_bus {
+
+// What the error callback counts; it does nothing else.
+struct ErrorCounts {
+  std::array<std::uint64_t, 6> total{};     // by error code
+  std::array<std::uint64_t, 6> lastCycle{}; // the latest cycle that raised it
+  std::array<std::uint64_t, 6> streak{};    // how many cycles in a row did, up to that one
+  std::uint64_t cycle = 0;                  // the running cycle, kept by the loop
+  void count(int code);
+  // True when the last `cycles` cycles of the loop all raised this error.
+  bool lasting(int code, std::uint64_t cycles) const;
+};
+
+class Session {
+public:
+  // Takes the master up to activation. Throws Failure; the library has printed its reason by then.
+  explicit Session(const RunOptions& options);
+  ~Session();
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+
+  // One cycle; the AL states seen in it, ORed. Neither allocates nor prints.
+  std::uint32_t exchange();
+  double watched(std::size_t number) const;
+  const ErrorCounts& errors() const { return m_errors; }
+  std::uint64_t cycles() const { return m_errors.cycle; }
+  std::uint64_t callbacks() const { return m_callbacks; }
+  _ETHERCAT_COMM_DIAG_INFO record(COMM_DIAG_INDEX index) const;
+
+private:
+  struct Handle {
+    std::uint32_t id;
+    bool read;
+  };
+  void bringUp();
+  std::uint32_t createHandle(const EntryAddress& address, bool read);
+  void end();
+
+  const RunOptions& m_options;
+  std::vector<Handle> m_handles; // watches first, in order
+  ErrorCounts m_errors;
+  std::uint64_t m_callbacks = 0;
+};
+
+} // namespace igh_bus
+
+#endif

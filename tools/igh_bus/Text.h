@@ -1,0 +1,17 @@
+// Small texts that several commands print alike.
+#ifndef IGH_BUS_TEXT_H
+#define IGH_BUS_TEXT_H
+
+#include <cstdint>
+#include <string>
+
+namespace igh_bus {
+
+__attribute__((format(printf, 1, 2))) std::string format(const char* form, ...);
+
+// "OP"; for the states of several slaves, ORed: "PREOP+OP"; "none" for 0.
+std::string stateText(std::uint32_t alStates);
+
+} // namespace igh_bus
+
+#endif

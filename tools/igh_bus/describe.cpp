@@ -1,0 +1,95 @@
+// igh_bus describe: what the loader makes of each description file.
+#include "Complaints.h"
+#include "Descriptions.h"
+#include "Options.h"
+#include "Text.h"
+
+#include <cstdio>
+
+namespace igh_bus {
+namespace {
+
+void printEntries(const Device& device) {
+  std::printf("  entries: %zu\n", device.entryCount());
+  if (device.entryCount() == 0)
+    return;
+  std::printf("    %-10s  %4s  %-8s  %-3s  %2s  %-6s  %s\n", "OBJECT", "BITS", "TYPE", "DIR", "SM", "PDO",
+              "NAME");
+  forEachEntry(device, [](const SyncManager& syncManager, const Pdo& pdo, const Entry& entry) {
+    const std::string object = entry.gap() ? "gap" : objectText(entry);
+    const std::string name = entry.gap() && entry.name.empty() ? "" : '"' + entry.name + '"';
+    std::printf("    %-10s  %4u  %-8s  %-3s  %2u  0x%04X  %s\n", object.c_str(), unsigned{entry.bitLength},
+                entry.type.empty() ? "-" : entry.type.c_str(), syncManager.output ? "out" : "in",
+                unsigned{syncManager.index}, unsigned{pdo.index}, name.c_str());
+  });
+}
+
+void printClockModes(const Device& device) {
+  std::printf("  clock modes: %zu\n", device.clockModes.size());
+  for (const auto& [name, mode] : device.clockModes) {
+    std::printf(
+        "    \"%s\": assign-activate 0x%04X, SYNC0 cycle %u ns shift %d ns, SYNC1 cycle %u ns shift %d ns\n",
+        name.c_str(), unsigned{mode.assignActivate}, mode.cycleTimeSync0, mode.shiftTimeSync0,
+        mode.cycleTimeSync1, mode.shiftTimeSync1);
+  }
+}
+
+void printDevice(const Device& device) {
+  std::printf("\nDevice \"%s\"\n", device.typeName.c_str());
+  std::printf("  product code 0x%08X, revision 0x%08X\n", device.key.productCode, device.key.revision);
+  std::printf("  slots: %u, increments: index 0x%X, PDO 0x%X\n", device.slots, device.slotIndexIncrement,
+              device.slotPdoIncrement);
+  printClockModes(device);
+  printEntries(device);
+}
+
+void printMessages(const std::vector<Message>& messages) {
+  static const char* const levels[] = {"error", "note", "oddity", "detail"};
+  std::printf("\nMessages of the loader (the library prints errors and keeps the rest quiet):\n");
+  for (const auto& message : messages) {
+    const std::string repeated = message.count > 1 ? format("  (%u times)", message.count) : "";
+    std::printf("  %u %-6s  %s%s\n", message.level, message.level < 4 ? levels[message.level] : "?",
+                message.text.c_str(), repeated.c_str());
+  }
+}
+
+void printPlainWords(const std::vector<Device>& devices) {
+  std::printf("\nIn plain words:\n");
+  if (devices.empty())
+    std::printf("  The file adds no device.\n");
+  for (const auto& device : devices) {
+    const auto complaints = complaintsAbout(device);
+    std::printf("  \"%s\" revision 0x%08X%s\n", device.typeName.c_str(), device.key.revision,
+                complaints.empty() ? ": everything can be used" : "");
+    for (const auto& complaint : complaints) {
+      std::printf("    - %s\n", complaint.reason.c_str());
+      for (const auto& place : complaint.places)
+        std::printf("        %s\n", place.c_str());
+    }
+  }
+}
+
+} // namespace
+
+Status describe(const DescribeOptions& options) {
+  Descriptions descriptions;
+  Status status = success;
+  for (const auto& path : options.descriptions) {
+    const auto report = descriptions.load(path);
+    if (!report.loaded) {
+      std::fflush(stdout);
+      std::fprintf(stderr, "igh_bus: %s\n", report.reason.c_str());
+      status = notLoaded;
+      continue;
+    }
+    std::printf("%s\nVendor 0x%08X \"%s\"\n", path.c_str(), report.vendorId, report.vendorName.c_str());
+    for (const auto& device : report.devices)
+      printDevice(device);
+    printMessages(report.messages);
+    printPlainWords(report.devices);
+    std::printf("\n");
+  }
+  return status;
+}
+
+} // namespace igh_bus

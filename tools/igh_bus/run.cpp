@@ -1,0 +1,121 @@
+// igh_bus run: the whole order, from description files to process data moving on the bus.
+#include "Bus.h"
+#include "Descriptions.h"
+#include "RealTime.h"
+#include "Results.h"
+#include "Session.h"
+#include "Text.h"
+
+#include <cstdio>
+#include <unistd.h>
+
+namespace igh_bus {
+namespace {
+
+// The library would take an input's name for an output, or an entry that it cannot convert, in silence.
+const Entry& checkedEntry(const EntryAddress& address, bool write, const std::vector<FoundSlave>& slaves) {
+  if (address.slave >= slaves.size())
+    throw Failure(usageError,
+                  format("slave %u: the bus has slaves 0 to %zu", address.slave, slaves.size() - 1));
+  const auto* device = slaves[address.slave].device;
+  if (!device)
+    throw Failure(usageError, format("slave %u has no description and therefore no entries", address.slave));
+  const auto [entry, output] = findEntry(*device, address.entry);
+  const std::string name =
+      format("entry \"%s\" of slave %u (%s)", address.entry.c_str(), address.slave, device->typeName.c_str());
+  if (!entry)
+    throw Failure(usageError, "there is no " + name + "; igh_bus describe lists the names");
+  if (convertedBytes(entry->type) == 0)
+    throw Failure(usageError, name + " has type " + entry->type + ", which cannot be converted");
+  if (write && !output)
+    throw Failure(usageError, name + " is an input and cannot be set");
+  return *entry;
+}
+
+void checkEntries(const RunOptions& options, const std::vector<FoundSlave>& slaves) {
+  for (const auto& watch : options.watches)
+    checkedEntry(watch, false, slaves);
+  for (const auto& setting : options.settings)
+    checkedEntry(setting.address, true, slaves);
+}
+
+void printPlan(const RunOptions& options, const std::vector<FoundSlave>& slaves) {
+  std::size_t matched = 0;
+  for (const auto& slave : slaves)
+    matched += slave.device ? 1 : 0;
+  std::printf("Master %u: %zu slaves, %zu with a description%s\n", unsigned{options.master}, slaves.size(),
+              matched, IGH_BUS_SIMULATED ? " (simulated bus)" : "");
+  printSlaves(slaves);
+  std::printf("\nPeriod %.10g us, %s, distributed clocks %s\n", options.periodNs / 1e3,
+              options.exchangeMode ? "exchange mode (send, then wait for the frame)"
+                                   : "normal mode (receive, then send)",
+              options.distributedClocks ? "where described" : "off");
+  std::fflush(stdout);
+}
+
+void loop(const RunOptions& options, Session& session, Pacemaker& pacemaker, Climb& climb) {
+  const bool terminal = isatty(STDOUT_FILENO) != 0;
+  const std::uint64_t cyclesPerSecond = (1000000000 + options.periodNs - 1) / options.periodNs;
+  while (session.cycles() < options.cycles && pacemaker.wait()) {
+    climb.note(session.cycles(), session.exchange());
+    if (terminal && session.cycles() % cyclesPerSecond == 0)
+      printProgress(options, session, climb.state());
+  }
+  if (terminal)
+    std::printf("\r\033[K");
+}
+
+bool hasProcessData(const std::vector<FoundSlave>& slaves) {
+  for (const auto& slave : slaves) {
+    if (slave.device && slave.device->entryCount() != 0)
+      return true;
+  }
+  return false;
+}
+
+// Nothing when the run was a success, else why it was not.
+std::string judge(const Session& session, const Climb& climb, bool processData) {
+  constexpr std::uint32_t op = 8;
+  constexpr std::uint64_t lasting = 3; // single late frames happen on healthy buses
+  if (!climb.seen(op))
+    return "the bus never reached OP; it ended in " + stateText(climb.state());
+  if (climb.state() != op)
+    return "the bus left OP; it ended in " + stateText(climb.state());
+  for (const int code :
+       {ETHERCAT_ERROR_WORKING_COUNTER, ETHERCAT_ERROR_LINK_DOWN, ETHERCAT_ERROR_SLAVE_STATE}) {
+    if (code == ETHERCAT_ERROR_WORKING_COUNTER && !processData)
+      continue; // raised in every cycle of a bus without process data
+    if (session.errors().lasting(code, lasting))
+      return std::string("at the end of the run: ") + errorText(code);
+  }
+  return {};
+}
+
+} // namespace
+
+Status run(const RunOptions& options) {
+  const StopSignals signals;
+  const auto devices = loadDevices(options.descriptions);
+  const BusChoice bus(options, devices);
+  const auto slaves = surveyBus(options, devices);
+  checkEntries(options, slaves);
+  printPlan(options, slaves);
+
+  Session session(options);
+  Climb climb;
+  becomeRealTime(options.priority, options.cpu);
+  Pacemaker pacemaker(options.periodNs);
+  loop(options, session, pacemaker, climb);
+
+  printResults(options, session, pacemaker, climb);
+  if (StopSignals::requested()) {
+    std::printf("\nEnded by a signal.\n");
+    return success;
+  }
+  const auto reason = judge(session, climb, hasProcessData(slaves));
+  if (!reason.empty())
+    throw Failure(busError, reason);
+  return success;
+}
+
+} // namespace igh_bus
