@@ -1,6 +1,7 @@
 #ifndef ETHERCATOBJECT_HANDLETABLE_H
 #define ETHERCATOBJECT_HANDLETABLE_H
 
+#include <cstddef>
 #include <map>
 #include <vector>
 
@@ -50,7 +51,7 @@ public:
       ++m_uiCursor;
     }
     if (m_uiCursor == m_vecObjects.size()) {
-      m_vecObjects.resize(m_uiCursor == 0 ? 16 : static_cast<size_t>(m_uiCursor) * 2);
+      m_vecObjects.resize(m_uiCursor == 0 ? 16 : static_cast<std::size_t>(m_uiCursor) * 2);
     }
     return m_vecObjects[m_uiCursor];
   }
