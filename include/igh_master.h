@@ -95,8 +95,7 @@ typedef void (*igh_master_error_callback)(unsigned int deviceId, unsigned int sl
  */
 typedef void (*igh_master_exchange_callback)(void* userData);
 
-/* ---- Life cycle ------------------------------------------------------------------------------------------
- */
+/* ---- Life cycle -------------------------------------------------------------------------------- */
 
 /* Creates the master `id`. Set-up.
  *   exchangePeriod        time between two exchanges in ns, 100000 to 4000000000
@@ -160,8 +159,7 @@ IGH_MASTER_API bool igh_master_get_last_error(uint16_t id, int32_t* error);
 /* Ethernet over EtherCAT is not supported: does nothing. Result 0. */
 IGH_MASTER_API bool igh_master_enable_eoe_function(uint16_t id, uint32_t slave, bool enable);
 
-/* ---- Bus -------------------------------------------------------------------------------------------------
- */
+/* ---- Bus --------------------------------------------------------------------------------------- */
 
 /* Reads the slaves on the bus (at most 255), matches each to a loaded description by vendor, product code and
  * exact revision, and prints the resulting configuration as source-like tables to standard output. A slave
@@ -202,8 +200,7 @@ IGH_MASTER_API bool igh_master_active(uint16_t id);
  * whatever happened on the bus. */
 IGH_MASTER_API bool igh_master_exchange(uint16_t id, igh_master_exchange_callback callback, void* userData);
 
-/* ---- Process data ----------------------------------------------------------------------------------------
- */
+/* ---- Process data ------------------------------------------------------------------------------ */
 
 /* Makes a handle for the entry `name` of a slave, as its description spells it. Names must be unique in a
  * slave to be reached: of a repeated name the last entry is meant. read true: an input, refreshed by each
@@ -225,8 +222,7 @@ IGH_MASTER_API bool igh_master_pdo_recv(uint16_t id, uint32_t handle, double* va
  * a handle that is unknown or not writable. */
 IGH_MASTER_API bool igh_master_pdo_send(uint16_t id, uint32_t handle, double value);
 
-/* ---- Diagnostics -----------------------------------------------------------------------------------------
- */
+/* ---- Diagnostics ------------------------------------------------------------------------------- */
 
 /* Prints a timing record to standard output under `label` (null: "Communication detail"). Set-up; `info` null
  * prints nothing. Result 1. */
