@@ -12,11 +12,13 @@
 #include <string>
 #include <vector>
 
+#pragma GCC visibility push(default)
+
 namespace ethercat_simulation {
 
 // What a slave does with its process data once it exchanges.
 enum class SlaveModel {
-  loopback, // every input sync manager mirrors the bytes of the slave's outputs, in order, shorter of both
+  loopback, // the inputs mirror the outputs byte for byte, as far as both reach, as of the frame before
   counter,  // every input entry counts frames, modulo its width
 };
 
@@ -112,6 +114,9 @@ public:
   virtual void setClimbCycles(unsigned int cyclesPerTransition) = 0;
   // Time from send to the moment when receive finds the frame (default 0).
   virtual void setFrameLatency(std::chrono::nanoseconds latency) = 0;
+  // A receive later than this after the send gives up a frame that is not back yet (default 4 ms, one tick of
+  // a 250 Hz kernel; 500 us on a real master that was built with a cycle counter).
+  virtual void setFrameTimeout(std::chrono::nanoseconds timeout) = 0;
   // Cycles for which scan_busy stays set after the topology changed while active (default 5).
   virtual void setScanCycles(unsigned int cycles) = 0;
 
@@ -129,9 +134,9 @@ public:
   virtual void setReactivationUnmapped(bool unmapped) = 0;
   // Leave the image unmapped on every activation, whatever went before (default false).
   virtual void setImageNeverMapped(bool never) = 0;
-  // The next call of this kind fails once: pointers are null, int results are `result`, out records stay
-  // untouched, the call has no effect. A second order for the same call queues behind the first; `after`
-  // lets that many calls of the kind pass first.
+  // The next call of this kind fails once: pointers are null, number results are `result`, out records stay
+  // untouched, the call has no effect; device calls give -1 and the error number -result. A second order for
+  // the same call queues behind the first; `after` lets that many calls of the kind pass first.
   virtual void failNext(Call call, int result = -1, unsigned int after = 0) = 0;
 
   // Looking.
@@ -165,5 +170,7 @@ void reset();
 std::string loadBusFile(const std::string& path);
 
 } // namespace ethercat_simulation
+
+#pragma GCC visibility pop
 
 #endif

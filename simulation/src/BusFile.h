@@ -1,0 +1,27 @@
+// Bus files: a bus described in JSON.
+#ifndef ETHERCAT_SIMULATION_BUS_FILE_H
+#define ETHERCAT_SIMULATION_BUS_FILE_H
+
+#include <ethercat_simulation/Simulation.h>
+
+namespace ethercat_simulation {
+
+// One master of a bus file, before anything is built.
+struct BusPlan {
+  std::string place; // in the file, for messages
+  unsigned int index = 0;
+  unsigned int climbCycles = 2;
+  unsigned int scanCycles = 5;
+  std::chrono::microseconds frameLatency{0};
+  bool reactivationUnmapped = true;
+  std::vector<Slave> slaves;
+
+  void build(Bus& bus) const;
+};
+
+// Empty on success, else "<file>: <place>: <reason>" and no plan at all.
+std::string readBusFile(const std::string& path, std::vector<BusPlan>& plans);
+
+} // namespace ethercat_simulation
+
+#endif

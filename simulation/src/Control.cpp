@@ -1,0 +1,131 @@
+// The control side of a master: orders for its parts, and what they have to tell.
+#include "Master.h"
+
+namespace ethercat_simulation {
+
+unsigned int Master::addSlave(const Slave& slave) {
+  m_topology.insert(m_topology.wireSize(), slave);
+  return static_cast<unsigned int>(m_topology.wireSize() - 1);
+}
+
+void Master::setClimbCycles(unsigned int cyclesPerTransition) {
+  m_topology.setClimbCycles(cyclesPerTransition);
+}
+
+void Master::setFrameLatency(std::chrono::nanoseconds latency) {
+  m_latency = latency.count();
+}
+
+void Master::setFrameTimeout(std::chrono::nanoseconds timeout) {
+  m_timeout = timeout.count();
+}
+
+void Master::setScanCycles(unsigned int cycles) {
+  m_topology.setScanCycles(cycles);
+}
+
+void Master::dropFrames(unsigned int count) {
+  m_framesToDrop = count;
+}
+
+void Master::setLinkUp(bool up) {
+  m_topology.setLink(up);
+}
+
+void Master::setErrorFlag(unsigned int position, bool set) {
+  if (SlaveUnit* unit = m_topology.onWire(position)) {
+    unit->setFaulty(set);
+    m_topology.wake();
+  }
+}
+
+void Master::setResponding(unsigned int position, bool responding) {
+  if (SlaveUnit* unit = m_topology.onWire(position)) {
+    unit->setResponding(responding);
+  }
+}
+
+void Master::setMaximumState(unsigned int position, std::uint8_t alState) {
+  if (SlaveUnit* unit = m_topology.onWire(position)) {
+    unit->setMaximumState(alState);
+    m_topology.wake();
+  }
+}
+
+void Master::removeSlave(unsigned int position) {
+  m_topology.remove(position);
+}
+
+void Master::insertSlave(unsigned int position, const Slave& slave) {
+  m_topology.insert(position, slave);
+}
+
+void Master::setReactivationUnmapped(bool unmapped) {
+  m_reactivationUnmapped = unmapped;
+}
+
+void Master::setImageNeverMapped(bool never) {
+  m_imageNeverMapped = never;
+}
+
+void Master::failNext(Call call, int result, unsigned int after) {
+  m_recorder.orderFailure(call, result, after);
+}
+
+std::size_t Master::slaveCount() const {
+  return m_topology.wireSize();
+}
+
+std::uint8_t Master::alState(unsigned int position) const {
+  const SlaveUnit* unit = m_topology.onWire(position);
+  return unit != nullptr ? unit->state() : std::uint8_t{0};
+}
+
+bool Master::reserved() const {
+  return m_handle != nullptr;
+}
+
+bool Master::active() const {
+  return m_active;
+}
+
+int Master::openDeviceFiles() const {
+  return m_deviceFiles;
+}
+
+std::uint64_t Master::framesSent() const {
+  return m_framesSent;
+}
+
+std::vector<std::uint8_t> Master::outputs(unsigned int position) const {
+  const SlaveUnit* unit = m_topology.onWire(position);
+  return unit != nullptr ? unit->outputs() : std::vector<std::uint8_t>();
+}
+
+void Master::setInputs(unsigned int position, const std::vector<std::uint8_t>& bytes) {
+  if (SlaveUnit* unit = m_topology.onWire(position)) {
+    unit->pinInputs(bytes);
+  }
+}
+
+std::uint64_t Master::callCount(Call call) const {
+  return m_recorder.counted(call);
+}
+
+void Master::setTracing(bool on) {
+  m_recorder.setTracing(on);
+}
+
+const std::vector<TraceEntry>& Master::trace() const {
+  return m_recorder.trace();
+}
+
+void Master::clearTrace() {
+  m_recorder.clearTrace();
+}
+
+const Misuse& Master::misuse() const {
+  return m_recorder.misuse();
+}
+
+} // namespace ethercat_simulation

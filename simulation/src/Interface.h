@@ -1,0 +1,25 @@
+// <ecrt.h> as the rest of the world sees it: the calls declared there are the symbols that this library
+// exports.
+#ifndef ETHERCAT_SIMULATION_INTERFACE_H
+#define ETHERCAT_SIMULATION_INTERFACE_H
+
+#pragma GCC visibility push(default)
+#include <ecrt.h>
+#pragma GCC visibility pop
+
+#include <ethercat_simulation/Simulation.h>
+
+namespace ethercat_simulation {
+
+constexpr unsigned int syncManagerCount = EC_MAX_SYNC_MANAGERS;
+constexpr std::size_t fmmuCount = 16;          // per slave
+constexpr std::size_t datagramCapacity = 1486; // bytes of process data
+
+constexpr std::uint8_t stateInit = EC_AL_STATE_INIT;
+constexpr std::uint8_t statePreop = EC_AL_STATE_PREOP;
+constexpr std::uint8_t stateSafeop = EC_AL_STATE_SAFEOP;
+constexpr std::uint8_t stateOp = EC_AL_STATE_OP;
+
+} // namespace ethercat_simulation
+
+#endif

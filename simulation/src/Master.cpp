@@ -1,0 +1,183 @@
+#include "Master.h"
+
+#include <cerrno>
+#include <cstdio>
+
+namespace ethercat_simulation {
+
+ec_master_t* Master::reserve() {
+  if (m_handle == nullptr) {
+    m_handle = Handles::instance().create(*this, *this);
+    m_activatedBefore = false;
+    m_topology.drive(Topology::Drive::held);
+    return static_cast<ec_master_t*>(m_handle);
+  }
+  std::fprintf(stderr, "Failed to reserve master %u: Device or resource busy\n", m_index);
+  return nullptr;
+}
+
+void Master::release() {
+  deactivate();
+  Handles::instance().kill(m_handle);
+  m_handle = nullptr;
+  m_topology.drive(Topology::Drive::nobody);
+}
+
+int Master::activate() {
+  if (m_active) {
+    std::fprintf(stderr, "Master %u is already active.\n", m_index);
+    return 0;
+  }
+  std::size_t size = 0;
+  for (const auto& domain : m_domains) {
+    if (!domain->fitsDatagrams()) {
+      std::fprintf(stderr, "Failed to activate master %u: a sync manager exceeds %zu bytes.\n", m_index,
+                   datagramCapacity);
+      return -EINVAL;
+    }
+    size += domain->size();
+  }
+  for (const auto& configuration : m_configurations) {
+    configuration->allocateProcessData();
+  }
+  m_image.assign(size, 0);
+  std::size_t start = 0;
+  for (const auto& domain : m_domains) {
+    domain->build(m_image.data(), start, imageIsMapped());
+    start += domain->size();
+  }
+  m_active = true;
+  m_activatedBefore = true;
+  m_topology.drive(Topology::Drive::running);
+  return 0;
+}
+
+bool Master::imageIsMapped() const {
+  return !m_imageNeverMapped && !(m_activatedBefore && m_reactivationUnmapped);
+}
+
+void Master::deactivate() {
+  clearConfiguration();
+  if (m_active) {
+    m_active = false;
+    m_topology.drive(Topology::Drive::held);
+  }
+  m_clock = Clock();
+  m_stateMachine = Travel();
+}
+
+void Master::clearConfiguration() {
+  for (void* handle : m_handles) {
+    Handles::instance().kill(handle);
+  }
+  m_handles.clear();
+  m_topology.forgetConfigurations();
+  m_domains.clear();
+  m_configurations.clear();
+  std::vector<std::uint8_t>().swap(m_image);
+}
+
+ec_slave_config_t* Master::createConfiguration(std::uint16_t alias, std::uint16_t position,
+                                               std::uint32_t vendorId, std::uint32_t productCode) {
+  SlaveConfiguration* made = configuration(alias, position, vendorId, productCode);
+  if (made == nullptr) {
+    return nullptr;
+  }
+  m_handles.push_back(Handles::instance().create(*made, *this));
+  return static_cast<ec_slave_config_t*>(m_handles.back());
+}
+
+SlaveConfiguration* Master::configuration(std::uint16_t alias, std::uint16_t position, std::uint32_t vendorId,
+                                          std::uint32_t productCode) {
+  for (const auto& known : m_configurations) {
+    if (known->isAt(alias, position)) {
+      if (known->describes(vendorId, productCode)) {
+        return known.get();
+      }
+      std::fprintf(stderr, "Slave %u:%u of master %u was configured as another type before.\n",
+                   static_cast<unsigned int>(alias), static_cast<unsigned int>(position), m_index);
+      return nullptr;
+    }
+  }
+  m_configurations.push_back(
+      std::make_unique<SlaveConfiguration>(*this, alias, position, vendorId, productCode));
+  m_topology.attach(*m_configurations.back());
+  m_configurations.back()->loadDefaultMapping();
+  return m_configurations.back().get();
+}
+
+ec_domain_t* Master::createDomain() {
+  m_domains.push_back(std::make_unique<Domain>(*this, static_cast<unsigned int>(m_domains.size())));
+  m_handles.push_back(Handles::instance().create(*m_domains.back(), *this));
+  return static_cast<ec_domain_t*>(m_handles.back());
+}
+
+bool Master::hasReferenceClock() const {
+  for (std::size_t i = 0; i < m_topology.wireSize(); ++i) {
+    if (m_topology.onWire(i)->identity().distributedClocks) {
+      return true;
+    }
+  }
+  return false;
+}
+
+Flight Master::makeFlight() {
+  Flight flight{++m_framesSent, m_framesToDrop > 0, m_latency > 0, 0, 0};
+  if (flight.lost) {
+    --m_framesToDrop;
+  }
+  if (flight.timed) {
+    flight.sent = now();
+    flight.due = flight.sent + m_latency;
+  }
+  return flight;
+}
+
+void Master::send() {
+  m_topology.seeLink();
+  if (!m_topology.link()) {
+    refuseQueued();
+    return;
+  }
+  const Flight flight = makeFlight();
+  for (const auto& domain : m_domains) {
+    for (Datagram& datagram : domain->datagrams()) {
+      if (datagram.travel().is(TravelState::queued)) {
+        datagram.transmit(flight);
+      }
+    }
+  }
+  m_clock.transmit(flight);
+  if (!m_stateMachine.is(TravelState::sent)) {
+    m_stateMachine.depart(flight);
+  }
+}
+
+void Master::refuseQueued() {
+  for (const auto& domain : m_domains) {
+    for (Datagram& datagram : domain->datagrams()) {
+      if (datagram.travel().is(TravelState::queued)) {
+        datagram.travel().fail();
+      }
+    }
+  }
+  m_clock.fail();
+  m_stateMachine.fail();
+}
+
+void Master::receive() {
+  for (const auto& domain : m_domains) {
+    for (Datagram& datagram : domain->datagrams()) {
+      datagram.land(m_timeout);
+    }
+  }
+  m_clock.land(m_timeout);
+  // A refused frame is an answer as well: the state machine learns from it that the link is down.
+  const bool refused = m_stateMachine.is(TravelState::failed) && !m_topology.linkSeen();
+  if (m_stateMachine.arrive(m_timeout) || refused) {
+    m_stateMachine.settle();
+    m_topology.step();
+  }
+}
+
+} // namespace ethercat_simulation

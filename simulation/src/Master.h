@@ -1,0 +1,108 @@
+// One simulated master: its reservation, the configuration made under it, and the cycle. The control side
+// (Simulation.h) is the same object seen from outside the application.
+#ifndef ETHERCAT_SIMULATION_MASTER_H
+#define ETHERCAT_SIMULATION_MASTER_H
+
+#include "Clock.h"
+#include "Domain.h"
+#include "Handles.h"
+#include "Recorder.h"
+#include "Topology.h"
+
+namespace ethercat_simulation {
+
+class Master final : public Bus {
+public:
+  explicit Master(unsigned int index) : m_index(index) {}
+
+  // Life.
+  unsigned int index() const { return m_index; }
+  Master& master() { return *this; }
+  Recorder& recorder() { return m_recorder; }
+  // Null while somebody else holds it.
+  ec_master_t* reserve();
+  void release();
+  int activate();
+  void deactivate();
+
+  // Set-up.
+  ec_slave_config_t* createConfiguration(std::uint16_t alias, std::uint16_t position, std::uint32_t vendorId,
+                                         std::uint32_t productCode);
+  // The configuration of this place, made on first use; null when it was made for another identity.
+  SlaveConfiguration* configuration(std::uint16_t alias, std::uint16_t position, std::uint32_t vendorId,
+                                    std::uint32_t productCode);
+  ec_domain_t* createDomain();
+
+  // Cycle.
+  void receive();
+  void send();
+  Clock& clock() { return m_clock; }
+  bool hasReferenceClock() const;
+
+  Topology& topology() { return m_topology; }
+  const Topology& topology() const { return m_topology; }
+  void countDeviceFile(int change) { m_deviceFiles += change; }
+
+  // Control side.
+  unsigned int addSlave(const Slave& slave) override;
+  void setClimbCycles(unsigned int cyclesPerTransition) override;
+  void setFrameLatency(std::chrono::nanoseconds latency) override;
+  void setFrameTimeout(std::chrono::nanoseconds timeout) override;
+  void setScanCycles(unsigned int cycles) override;
+  void dropFrames(unsigned int count) override;
+  void setLinkUp(bool up) override;
+  void setErrorFlag(unsigned int position, bool set) override;
+  void setResponding(unsigned int position, bool responding) override;
+  void setMaximumState(unsigned int position, std::uint8_t alState) override;
+  void removeSlave(unsigned int position) override;
+  void insertSlave(unsigned int position, const Slave& slave) override;
+  void setReactivationUnmapped(bool unmapped) override;
+  void setImageNeverMapped(bool never) override;
+  void failNext(Call call, int result, unsigned int after) override;
+  std::size_t slaveCount() const override;
+  std::uint8_t alState(unsigned int position) const override;
+  bool reserved() const override;
+  bool active() const override;
+  int openDeviceFiles() const override;
+  std::uint64_t framesSent() const override;
+  std::vector<std::uint8_t> outputs(unsigned int position) const override;
+  void setInputs(unsigned int position, const std::vector<std::uint8_t>& bytes) override;
+  std::uint64_t callCount(Call call) const override;
+  void setTracing(bool on) override;
+  const std::vector<TraceEntry>& trace() const override;
+  void clearTrace() override;
+  const Misuse& misuse() const override;
+
+private:
+  void clearConfiguration();
+  bool imageIsMapped() const;
+  Flight makeFlight();
+  void refuseQueued();
+
+  unsigned int m_index;
+  Recorder m_recorder;
+  Configurations m_configurations;
+  Topology m_topology{m_configurations};
+  std::vector<std::unique_ptr<Domain>> m_domains;
+  std::vector<std::uint8_t> m_image; // all domains back to back
+  Clock m_clock;
+  Travel m_stateMachine; // the frame that carries the master's own datagrams
+  void* m_handle = nullptr;
+  std::vector<void*> m_handles; // of configurations and domains
+
+  bool m_active = false;
+  bool m_activatedBefore = false; // on this reservation
+  bool m_reactivationUnmapped = true;
+  bool m_imageNeverMapped = false;
+  std::uint64_t m_framesSent = 0;
+  unsigned int m_framesToDrop = 0;
+  Moment m_latency = 0;
+  // One tick of a 250 Hz kernel: what the real master waits at least when it is built without a cycle
+  // counter.
+  Moment m_timeout = 4'000'000;
+  int m_deviceFiles = 0;
+};
+
+} // namespace ethercat_simulation
+
+#endif

@@ -1,0 +1,106 @@
+// What the application wants of the slave at one place: its PDOs, its FMMUs and, once the slave carries them,
+// its process data. The memory of the process data is here, so that a slave that comes back costs no
+// allocation.
+#ifndef ETHERCAT_SIMULATION_SLAVE_CONFIGURATION_H
+#define ETHERCAT_SIMULATION_SLAVE_CONFIGURATION_H
+
+#include "SlaveUnit.h"
+
+#include <array>
+
+namespace ethercat_simulation {
+
+class Domain;
+class Master;
+
+// A whole sync manager in a domain.
+struct Fmmu {
+  const Domain* domain;
+  unsigned int syncManager;
+  ec_direction_t direction;
+  std::size_t offset; // in the domain, bytes
+  std::size_t size;
+};
+
+class SlaveConfiguration {
+public:
+  SlaveConfiguration(Master& owner, std::uint16_t alias, std::uint16_t position, std::uint32_t vendorId,
+                     std::uint32_t productCode)
+      : m_owner(owner), m_alias(alias), m_position(position), m_vendorId(vendorId),
+        m_productCode(productCode) {}
+
+  Master& master() const { return m_owner; }
+  bool isAt(std::uint16_t alias, std::uint16_t position) const {
+    return m_alias == alias && m_position == position;
+  }
+  bool describes(std::uint32_t vendorId, std::uint32_t productCode) const {
+    return m_vendorId == vendorId && m_productCode == productCode;
+  }
+  std::uint16_t alias() const { return m_alias; }
+  std::uint16_t position() const { return m_position; }
+  std::string place() const { return std::to_string(m_alias) + ":" + std::to_string(m_position); }
+
+  // The slave that it belongs to since the last scan, null while offline.
+  SlaveUnit* unit() const { return m_unit; }
+  void attach(SlaveUnit* unit, unsigned int ringPosition);
+  void detach() { m_unit = nullptr; }
+  void state(ec_slave_config_state_t& state) const;
+
+  void loadDefaultMapping();
+  int configurePdos(unsigned int count, const ec_sync_info_t* syncs);
+  // Finds the entry and reserves its sync manager in the domain. Byte offset in the domain, or -ENOENT,
+  // -EOVERFLOW.
+  int registerEntry(std::uint16_t index, std::uint8_t subindex, Domain& domain, unsigned int* bitPosition);
+
+  // Activation: makes room for the bytes of every sync manager.
+  void allocateProcessData();
+  // The slave has been told its FMMUs; from now on it answers in this configuration's name.
+  void bindProcessData(SlaveUnit* unit);
+  SlaveUnit* answering() const {
+    return m_answering != nullptr && m_answering->written() == this && m_answering->exchanges() ? m_answering
+                                                                                                : nullptr;
+  }
+  // The slave makes its inputs, once per frame: `frame` tells one from the next.
+  void produceInputs(std::uint64_t frame);
+  std::uint8_t* processData(const Fmmu& fmmu);
+  const std::vector<std::uint8_t>& outputs() const { return m_outputs; }
+
+private:
+  struct SyncManagerPlan {
+    ec_direction_t direction = EC_DIR_INVALID;
+    std::vector<Pdo> pdos;
+    std::size_t size() const; // bytes
+  };
+  struct EntryPlace {
+    std::size_t bit;
+    std::uint8_t length;
+  };
+
+  std::vector<Entry> defaultEntries(std::uint16_t pdoIndex) const;
+  Pdo* findPdo(std::uint16_t index);
+  int reserve(Domain& domain, unsigned int syncManager);
+  void countFrame();
+
+  Master& m_owner;
+  std::uint16_t m_alias;
+  std::uint16_t m_position;
+  std::uint32_t m_vendorId;
+  std::uint32_t m_productCode;
+  SlaveUnit* m_unit = nullptr;
+  unsigned int m_ringPosition = 0;
+  std::array<SyncManagerPlan, syncManagerCount> m_plans;
+  std::vector<Fmmu> m_fmmus;
+
+  SlaveUnit* m_answering = nullptr;
+  std::vector<std::uint8_t> m_outputs;
+  std::vector<std::uint8_t> m_inputs;
+  std::array<std::size_t, syncManagerCount> m_outputStart{};
+  std::array<std::size_t, syncManagerCount> m_inputStart{};
+  std::vector<EntryPlace> m_inputEntries;
+  std::uint64_t m_lastFrame = 0;
+  std::uint64_t m_frames = 0;
+};
+
+} // namespace ethercat_simulation
+
+#endif

@@ -1,0 +1,77 @@
+// The slaves on the wire, the list that the master made of them at its last scan, and the master's state
+// machine that keeps both together.
+#ifndef ETHERCAT_SIMULATION_TOPOLOGY_H
+#define ETHERCAT_SIMULATION_TOPOLOGY_H
+
+#include "SlaveConfiguration.h"
+
+#include <memory>
+
+namespace ethercat_simulation {
+
+using Configurations = std::vector<std::unique_ptr<SlaveConfiguration>>;
+
+class Topology {
+public:
+  explicit Topology(const Configurations& configurations) : m_configurations(configurations) {}
+
+  // The wire, changed from the control side.
+  void insert(std::size_t position, const Slave& slave);
+  void remove(std::size_t position);
+  std::size_t wireSize() const { return m_wire.size(); }
+  SlaveUnit* onWire(std::size_t position) const {
+    return position < m_wire.size() ? m_wire[position] : nullptr;
+  }
+  void setLink(bool up);
+  bool link() const { return m_link; }
+  void setClimbCycles(unsigned int cycles);
+  void setScanCycles(unsigned int cycles);
+  // Something changed that may give the state machines new work.
+  void wake() { m_settled = false; }
+
+  // Whether somebody holds the master and whether it runs. Nobody: the list follows the wire at once. Held
+  // but not running: the list stays as it is. Running: the list is made anew by rounds of frames.
+  enum class Drive : std::uint8_t { nobody, held, running };
+  void drive(Drive drive);
+
+  // One round while running; a frame has come back, or was refused because the link is down.
+  void step();
+  // The link as the sending side has found it.
+  void seeLink() { m_seenLink = m_link; }
+  bool linkSeen() const { return m_seenLink; }
+
+  void state(ec_master_state_t& state);
+  int slaveInfo(std::size_t position, ec_slave_info_t& info) const;
+  void attach(SlaveConfiguration& configuration);
+  void attachAll();
+  // All configurations are about to be freed.
+  void forgetConfigurations();
+
+private:
+  void changed();
+  void scanNow();
+  void dropList();
+  void startScan();
+  void restartSlaves();
+  void broadcast();
+  SlaveUnit* find(const SlaveConfiguration& configuration, std::size_t* position) const;
+
+  const Configurations& m_configurations;
+  std::vector<std::unique_ptr<SlaveUnit>> m_units; // every slave that ever was there
+  std::vector<SlaveUnit*> m_wire;
+  std::vector<SlaveUnit*> m_list;
+  Drive m_drive = Drive::nobody;
+  bool m_link = true;
+  bool m_seenLink = true;
+  bool m_rescan = false;       // list and wire differ
+  unsigned int m_scanLeft = 0; // rounds until the scan in progress is done
+  bool m_settled = false;      // nothing to do until something changes
+  unsigned int m_climbCycles = 2;
+  unsigned int m_scanCycles = 5;
+  unsigned int m_responding = 0;
+  std::uint8_t m_states = 0;
+};
+
+} // namespace ethercat_simulation
+
+#endif
