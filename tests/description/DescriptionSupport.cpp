@@ -1,0 +1,85 @@
+#include "DescriptionSupport.h"
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+
+namespace description_test {
+
+std::vector<Message>& messages() {
+  static std::vector<Message> all;
+  return all;
+}
+
+bool capture(unsigned int level, char const* text) {
+  messages().push_back({level, text});
+  return true;
+}
+
+std::vector<Message> complaints() {
+  std::vector<Message> found;
+  for (Message const& message : messages()) {
+    if (message.level == 0 || message.level == 2) {
+      found.push_back(message);
+    }
+  }
+  return found;
+}
+
+TemporaryFile::TemporaryFile(std::string const& content) : m_path("/tmp/description_test.XXXXXX") {
+  close(mkstemp(m_path.data()));
+  std::ofstream(m_path, std::ios::binary) << content;
+}
+
+TemporaryFile::~TemporaryFile() {
+  unlink(path());
+}
+
+std::string TemporaryFile::content() const {
+  std::ifstream file(m_path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+std::string description(std::string const& content) {
+  return "<EtherCATInfo Version=\" 1.6\n\"><Vendor><Id>#x2</Id><Name>Maker</Name></Vendor><Descriptions>" +
+         content + "</Descriptions></EtherCATInfo>";
+}
+
+std::string device(std::string const& product, std::string const& revision, std::string const& content) {
+  return "<Device><Type ProductCode=\"" + product + "\" RevisionNo=\"" + revision + "\">T</Type>" + content +
+         "</Device>";
+}
+
+bool load(CMasterENIObject& store, std::string const& xml) {
+  messages().clear();
+  TemporaryFile const file(xml);
+  return store.insertENIFile(file.path(), false) != 0;
+}
+
+std::vector<std::string> entriesOf(CSlaveENIObject const* slave) {
+  std::vector<std::string> rows;
+  unsigned int position = 0;
+  for (ec_sync_info_t const* sync = slave->getSlaveSyncInfo(); sync->index != 0xff; ++sync) {
+    for (unsigned int pdo = 0; pdo < sync->n_pdos; ++pdo) {
+      for (unsigned int entry = 0; entry < sync->pdos[pdo].n_entries; ++entry, ++position) {
+        char name[200];
+        char type[50];
+        unsigned long nameSize = sizeof(name);
+        unsigned long typeSize = sizeof(type);
+        slave->getPDOEntryName(position, name, nameSize);
+        slave->getPDOEntryDataType(position, type, typeSize);
+        char row[400];
+        ec_pdo_entry_info_t const& info = sync->pdos[pdo].entries[entry];
+        std::snprintf(row, sizeof(row), "%d/%X %X:%d %d %s %s", sync->index, sync->pdos[pdo].index,
+                      info.index, info.subindex, info.bit_length, type, name);
+        rows.emplace_back(row);
+      }
+    }
+  }
+  return rows;
+}
+
+} // namespace description_test
