@@ -22,7 +22,7 @@ TEST(Usage, AWrongCommandLineGetsOneLineAndStatusTwo) {
     return more;
   };
   const Case cases[] = {
-      {"subcommand", {}},
+      {"describe, scan or run", {}},
       {"not expected", {"fly"}},
       {"FILE", {"describe"}},
       {"--eni", {"scan"}},

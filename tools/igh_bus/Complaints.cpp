@@ -32,8 +32,7 @@ void checkTypes(std::vector<Complaint>& complaints, const Device& device) {
           [](const SyncManager&, const Entry& entry) {
             return convertedBytes(entry.type) != 0 ? "" : entry.type.empty() ? "no type" : entry.type;
           });
-  collect(complaints, device,
-          "entry off a byte boundary: the whole bytes around it are read and written instead",
+  collect(complaints, device, "entry off a byte boundary: whole bytes move, from the byte that it starts in",
           [](const SyncManager&, const Entry& entry) {
             return entry.bitOffset % 8 == 0
                        ? ""
@@ -78,28 +77,40 @@ void checkClock(std::vector<Complaint>& complaints, const Device& device) {
                         {}});
 }
 
-void checkAssignment(std::vector<Complaint>& complaints, const Device& device) {
-  Complaint left{"no sync manager: the PDO is left out", {}};
-  Complaint excluded{
-      "PDOs that exclude each other are all assigned to one sync manager: a real slave refuses that", {}};
+void checkLeftOut(std::vector<Complaint>& complaints, const Device& device) {
+  std::string rows[2];
+  for (const auto& pdo : device.markup) {
+    auto& row = rows[pdo.output ? 0 : 1];
+    if (!pdo.assigned)
+      row += (row.empty() ? pdo.output ? "RxPdo " : "TxPdo " : ", ") + format("0x%04X", unsigned{pdo.index});
+  }
+  Complaint complaint{"no sync manager: these PDOs are left out", {}};
+  for (const auto& row : rows) {
+    if (!row.empty())
+      complaint.places.push_back(row);
+  }
+  if (!complaint.places.empty())
+    complaints.push_back(std::move(complaint));
+}
+
+void checkExclusions(std::vector<Complaint>& complaints, const Device& device) {
   std::map<std::pair<bool, std::uint16_t>, const PdoMarkup*> assigned;
   for (const auto& pdo : device.markup) {
     if (pdo.assigned)
       assigned.try_emplace({pdo.output, pdo.index}, &pdo);
-    else
-      left.places.push_back(format("%s 0x%04X", pdo.output ? "RxPdo" : "TxPdo", pdo.index));
   }
+  Complaint complaint{
+      "PDOs that exclude each other are all assigned to one sync manager: a real slave refuses that", {}};
   for (const auto& pdo : device.markup) {
     for (const auto other : pdo.excludes) {
       const auto found = assigned.find({pdo.output, other});
       if (pdo.assigned && found != assigned.end() && found->second->syncManager == pdo.syncManager)
-        excluded.places.push_back(format("SM %u  0x%04X excludes 0x%04X", pdo.syncManager, pdo.index, other));
+        complaint.places.push_back(
+            format("SM %u  0x%04X excludes 0x%04X", pdo.syncManager, pdo.index, other));
     }
   }
-  for (auto* complaint : {&left, &excluded}) {
-    if (!complaint->places.empty())
-      complaints.push_back(std::move(*complaint));
-  }
+  if (!complaint.places.empty())
+    complaints.push_back(std::move(complaint));
 }
 
 } // namespace
@@ -116,7 +127,8 @@ std::vector<Complaint> complaintsAbout(const Device& device) {
   checkNames(complaints, device);
   if (device.entryCount() != 0)
     checkClock(complaints, device);
-  checkAssignment(complaints, device);
+  checkLeftOut(complaints, device);
+  checkExclusions(complaints, device);
   return complaints;
 }
 

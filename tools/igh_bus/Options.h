@@ -47,7 +47,7 @@ struct RunOptions : ScanOptions {
   std::uint32_t periodNs = 1000000;
   std::uint64_t cycles = 5000;
   bool exchangeMode = false;
-  bool distributedClocks = true;
+  bool withoutClocks = false; // no distributed clocks
   bool listing = false;
   std::vector<Setting> settings;
   std::vector<EntryAddress> watches;

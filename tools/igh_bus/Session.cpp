@@ -51,7 +51,7 @@ Session::~Session() {
 void Session::bringUp() {
   const auto id = m_options.master;
   // The reference clock is steered to this program's time, which paces the cycles.
-  if (!igh_master_initialize_ex(id, m_options.periodNs, m_options.distributedClocks, false))
+  if (!igh_master_initialize_ex(id, m_options.periodNs, !m_options.withoutClocks, false))
     throw Failure(usageError, "the period was refused");
   igh_master_set_exchange_mode(id, m_options.exchangeMode);
   igh_master_set_error_callback(id, countError, &m_errors);

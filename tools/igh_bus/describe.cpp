@@ -53,14 +53,28 @@ void printMessages(const std::vector<Message>& messages) {
   }
 }
 
-void printPlainWords(const std::vector<Device>& devices) {
+// Refused modules belong to no device; only the messages tell of them.
+void printModuleWords(const std::vector<Message>& messages) {
+  for (const auto& [level, text, count] : messages) {
+    if (text == "Module type id and name id can not be empty.")
+      std::printf(
+          "  %u modules are left out: their Type lacks a ModuleIdent or their Name an LcId; slots that name "
+          "them stay empty\n",
+          count);
+    if (text == "Device RxPDO has no sm channel.")
+      std::printf("  %u PDOs of modules have no sync manager and are left out\n", count);
+  }
+}
+
+void printPlainWords(const FileReport& report) {
   std::printf("\nIn plain words:\n");
-  if (devices.empty())
-    std::printf("  The file adds no device.\n");
-  for (const auto& device : devices) {
+  if (report.devices.empty())
+    std::printf("  the file adds no device\n");
+  printModuleWords(report.messages);
+  for (const auto& device : report.devices) {
     const auto complaints = complaintsAbout(device);
-    std::printf("  \"%s\" revision 0x%08X%s\n", device.typeName.c_str(), device.key.revision,
-                complaints.empty() ? ": everything can be used" : "");
+    std::printf("  \"%s\" 0x%08X revision 0x%08X%s\n", device.typeName.c_str(), device.key.productCode,
+                device.key.revision, complaints.empty() ? ": everything can be used" : "");
     for (const auto& complaint : complaints) {
       std::printf("    - %s\n", complaint.reason.c_str());
       for (const auto& place : complaint.places)
@@ -86,7 +100,7 @@ Status describe(const DescribeOptions& options) {
     for (const auto& device : report.devices)
       printDevice(device);
     printMessages(report.messages);
-    printPlainWords(report.devices);
+    printPlainWords(report);
     std::printf("\n");
   }
   return status;

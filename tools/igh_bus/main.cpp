@@ -57,7 +57,7 @@ void addRunOptions(CLI::App& command, RunOptions& options, RunTexts& texts) {
       ->excludes(cycles);
   command.add_flag("--exchange-mode", options.exchangeMode,
                    "Send first and wait for the frame in the same cycle");
-  command.add_flag("!--no-dc", options.distributedClocks, "Run without distributed clocks");
+  command.add_flag("--no-dc", options.withoutClocks, "Run without distributed clocks");
   command
       .add_option("--set", texts.settings,
                   "Write VALUE to an output entry; SLAVE counts from 0 in scan order")
@@ -90,7 +90,7 @@ void complete(RunOptions& options, const RunTexts& texts) {
 
 Status execute(int argc, char** argv) {
   CLI::App app("Device descriptions and buses of the IgH EtherCAT Master.", "igh_bus");
-  app.require_subcommand(1);
+  app.require_subcommand(0, 1);
   app.footer(exitStatuses);
 
   DescribeOptions describeOptions;
@@ -122,6 +122,8 @@ Status execute(int argc, char** argv) {
     return describe(describeOptions);
   if (scanCommand->parsed())
     return scan(scanOptions);
+  if (!runCommand->parsed())
+    throw Failure(usageError, "use describe, scan or run (try igh_bus --help)");
   complete(runOptions, runTexts);
   return run(runOptions);
 }

@@ -49,7 +49,7 @@ void printPlan(const RunOptions& options, const std::vector<FoundSlave>& slaves)
   std::printf("\nPeriod %.10g us, %s, distributed clocks %s\n", options.periodNs / 1e3,
               options.exchangeMode ? "exchange mode (send, then wait for the frame)"
                                    : "normal mode (receive, then send)",
-              options.distributedClocks ? "where described" : "off");
+              options.withoutClocks ? "off" : "where described");
   std::fflush(stdout);
 }
 
