@@ -1,10 +1,184 @@
 #include "BusFile.h"
+
+#include "JsonFile.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <set>
+
 namespace ethercat_simulation {
+
+namespace {
+
+constexpr std::uint64_t limit8 = 0xFF;
+constexpr std::uint64_t limit16 = 0xFFFF;
+constexpr std::uint64_t limit32 = 0xFFFFFFFF;
+constexpr std::uint64_t mostCycles = 1'000'000;
+constexpr std::uint64_t longestLatency = 10'000'000; // microseconds
+constexpr std::size_t mostSlaves = 65535;
+constexpr std::uint64_t lastSyncManager = 15;
+
+Entry readEntry(const JsonNode& node) {
+  node.expectObject({"index", "subindex", "bit_length"});
+  Entry entry;
+  entry.index = node.get<std::uint16_t>("index", 0, limit16);
+  entry.subindex = node.get<std::uint8_t>("subindex", 0, limit8, 0);
+  entry.bitLength = node.get<std::uint8_t>("bit_length", 1, limit8);
+  return entry;
+}
+
+Pdo readPdo(const JsonNode& node) {
+  node.expectObject({"index", "entries"});
+  Pdo pdo;
+  pdo.index = node.get<std::uint16_t>("index", 1, limit16);
+  if (node.has("entries")) {
+    for (const JsonNode& entry : node.at("entries").elements()) {
+      pdo.entries.push_back(readEntry(entry));
+    }
+  }
+  return pdo;
+}
+
+SyncManager readSyncManager(const JsonNode& node) {
+  node.expectObject({"index", "direction", "pdos"});
+  SyncManager manager;
+  manager.index = node.get<std::uint8_t>("index", 0, lastSyncManager);
+  const JsonNode direction = node.at("direction");
+  const std::string name = direction.text();
+  if (name != "output" && name != "input") {
+    direction.fail("must be \"output\" or \"input\"");
+  }
+  manager.direction = name == "output" ? Direction::output : Direction::input;
+  if (node.has("pdos")) {
+    for (const JsonNode& pdo : node.at("pdos").elements()) {
+      manager.pdos.push_back(readPdo(pdo));
+    }
+  }
+  return manager;
+}
+
+std::vector<SyncManager> readSyncManagers(const JsonNode& node) {
+  std::vector<SyncManager> managers;
+  for (const JsonNode& element : node.elements()) {
+    managers.push_back(readSyncManager(element));
+    const auto isSame = [&](const SyncManager& other) { return other.index == managers.back().index; };
+    if (std::count_if(managers.begin(), managers.end(), isSame) > 1) {
+      element.at("index").fail("another sync manager of the slave has this index");
+    }
+  }
+  return managers;
+}
+
+SlaveModel readModel(const JsonNode& node) {
+  const std::string name = node.text();
+  if (name != "loopback" && name != "counter") {
+    node.fail("must be \"loopback\" or \"counter\"");
+  }
+  return name == "loopback" ? SlaveModel::loopback : SlaveModel::counter;
+}
+
+Slave readSlave(const JsonNode& node) {
+  node.expectObject({"vendor_id", "product_code", "revision", "serial", "alias", "name", "model",
+                     "distributed_clocks", "sync_managers"});
+  Slave slave;
+  slave.vendorId = node.get<std::uint32_t>("vendor_id", 0, limit32);
+  slave.productCode = node.get<std::uint32_t>("product_code", 0, limit32);
+  slave.revisionNumber = node.get<std::uint32_t>("revision", 0, limit32, 0);
+  slave.serialNumber = node.get<std::uint32_t>("serial", 0, limit32, 0);
+  slave.alias = node.get<std::uint16_t>("alias", 0, limit16, 0);
+  if (node.has("name")) {
+    slave.name = node.at("name").text();
+  }
+  if (node.has("model")) {
+    slave.model = readModel(node.at("model"));
+  }
+  if (node.has("distributed_clocks")) {
+    slave.distributedClocks = node.at("distributed_clocks").flag();
+  }
+  if (node.has("sync_managers")) {
+    slave.defaultMapping = readSyncManagers(node.at("sync_managers"));
+  }
+  return slave;
+}
+
+std::vector<Slave> readSlaves(const JsonNode& node) {
+  const std::vector<JsonNode> elements = node.elements();
+  if (elements.size() > mostSlaves) {
+    node.fail("more than 65535 slaves");
+  }
+  std::vector<Slave> slaves;
+  std::set<std::uint16_t> aliases;
+  for (const JsonNode& element : elements) {
+    slaves.push_back(readSlave(element));
+    if (slaves.back().alias != 0 && !aliases.insert(slaves.back().alias).second) {
+      element.at("alias").fail("another slave has this alias");
+    }
+  }
+  return slaves;
+}
+
+BusPlan readMaster(const JsonNode& node) {
+  BusPlan plan;
+  plan.place = node.place().empty() ? "/slaves" : node.place();
+  plan.climbCycles = node.get("climb_cycles", 1, mostCycles, plan.climbCycles);
+  plan.scanCycles = node.get("scan_cycles", 1, mostCycles, plan.scanCycles);
+  plan.frameLatency =
+      std::chrono::microseconds(node.get<std::int64_t>("frame_latency_us", 0, longestLatency, 0));
+  if (node.has("reactivation_unmapped")) {
+    plan.reactivationUnmapped = node.at("reactivation_unmapped").flag();
+  }
+  plan.slaves = readSlaves(node.at("slaves"));
+  return plan;
+}
+
+std::vector<BusPlan> readMasters(const JsonNode& root) {
+  if (!root.has("masters")) {
+    root.expectObject({"climb_cycles", "scan_cycles", "frame_latency_us", "reactivation_unmapped", "slaves"});
+    if (!root.has("slaves")) {
+      root.fail("neither \"masters\" nor \"slaves\" is there");
+    }
+    return {readMaster(root)};
+  }
+  root.expectObject({"masters"}, "contradicts or is unknown beside \"masters\"");
+  std::vector<BusPlan> plans;
+  std::set<unsigned int> indexes;
+  for (const JsonNode& element : root.at("masters").elements()) {
+    element.expectObject(
+        {"index", "climb_cycles", "scan_cycles", "frame_latency_us", "reactivation_unmapped", "slaves"});
+    const auto index = element.get<unsigned int>("index", 0, limit16);
+    if (!indexes.insert(index).second) {
+      element.at("index").fail("another master has this index");
+    }
+    plans.push_back(readMaster(element));
+    plans.back().index = index;
+  }
+  if (plans.empty()) {
+    root.at("masters").fail("has no master");
+  }
+  return plans;
+}
+
+} // namespace
+
+std::string readBusFile(const std::string& path, std::vector<BusPlan>& plans) {
+  try {
+    const nlohmann::json document = loadJsonFile(path);
+    plans = readMasters(JsonNode(document, ""));
+  } catch (const FileProblem& problem) {
+    return path + ": " + (problem.place.empty() ? "" : problem.place + ": ") + problem.reason;
+  }
+  return {};
+}
+
 void BusPlan::build(Bus& bus) const {
-  for (const Slave& s : slaves)
-    bus.addSlave(s);
+  bus.setClimbCycles(climbCycles);
+  bus.setScanCycles(scanCycles);
+  bus.setFrameLatency(frameLatency);
+  bus.setReactivationUnmapped(reactivationUnmapped);
+  for (const Slave& slave : slaves) {
+    bus.addSlave(slave);
+  }
 }
-std::string readBusFile(const std::string& path, std::vector<BusPlan>&) {
-  return path + ": TODO";
-}
+
 } // namespace ethercat_simulation

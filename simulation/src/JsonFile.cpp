@@ -1,0 +1,218 @@
+#include "JsonFile.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <set>
+
+namespace ethercat_simulation {
+
+using nlohmann::json;
+
+namespace {
+
+constexpr std::size_t largestFile = 64U << 20U;
+constexpr std::size_t deepestNesting = 32;
+constexpr std::size_t longestQuote = 64;
+
+std::string readAll(const std::string& path) {
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
+  if (file == nullptr) {
+    throw FileProblem{"", std::string("cannot be opened: ") + std::strerror(errno)};
+  }
+  std::string text;
+  std::vector<char> buffer(1U << 16U);
+  while (const std::size_t got = std::fread(buffer.data(), 1, buffer.size(), file.get())) {
+    text.append(buffer.data(), got);
+    if (text.size() > largestFile) {
+      throw FileProblem{"", "is larger than 64 MiB"};
+    }
+  }
+  if (std::ferror(file.get()) != 0) {
+    throw FileProblem{"", std::string("cannot be read: ") + std::strerror(errno)};
+  }
+  return text;
+}
+
+// Follows the parser through the document. The parser itself keeps the last of two equal keys and accepts any
+// depth.
+class Follower {
+public:
+  bool operator()(json::parse_event_t event, const json& parsed) {
+    switch (event) {
+    case json::parse_event_t::object_start:
+    case json::parse_event_t::array_start:
+      if (m_levels.size() == deepestNesting) {
+        throw FileProblem{place(), "is nested too deeply"};
+      }
+      m_levels.emplace_back();
+      m_levels.back().isArray = event == json::parse_event_t::array_start;
+      break;
+    case json::parse_event_t::key:
+      m_levels.back().key = parsed.get_ref<const std::string&>();
+      if (!m_levels.back().keys.insert(m_levels.back().key).second) {
+        throw FileProblem{place(), "stands there twice"};
+      }
+      break;
+    case json::parse_event_t::object_end:
+    case json::parse_event_t::array_end:
+      m_levels.pop_back();
+      finishElement();
+      break;
+    case json::parse_event_t::value:
+      finishElement();
+      break;
+    }
+    return true;
+  }
+
+private:
+  struct Level {
+    bool isArray = false;
+    std::size_t index = 0;
+    std::string key;
+    std::set<std::string> keys;
+  };
+
+  void finishElement() {
+    if (!m_levels.empty()) {
+      ++m_levels.back().index;
+    }
+  }
+  std::string place() const {
+    std::string text;
+    for (const Level& level : m_levels) {
+      text += "/" + (level.isArray ? std::to_string(level.index) : printable(level.key));
+    }
+    return text;
+  }
+
+  std::vector<Level> m_levels;
+};
+
+FileProblem malformed(const std::string& text, const json::parse_error& error) {
+  const std::size_t end = std::min(text.size(), error.byte > 0 ? error.byte - 1 : 0);
+  const auto stop = text.begin() + static_cast<std::ptrdiff_t>(end);
+  const auto line = 1 + std::count(text.begin(), stop, '\n');
+  const std::size_t lineStart = end == 0 ? std::string::npos : text.rfind('\n', end - 1);
+  const std::size_t column = lineStart == std::string::npos ? end + 1 : end - lineStart;
+  // The parser's sentence goes on with the text read so far, which may be all of the file.
+  std::string_view reason = error.what();
+  const std::size_t afterPlace = reason.find(": ");
+  reason.remove_prefix(afterPlace == std::string_view::npos ? 0 : afterPlace + 2);
+  reason = reason.substr(0, reason.find("; last read"));
+  return {std::to_string(line) + ":" + std::to_string(column), printable(reason)};
+}
+
+// False unless the whole text is one number of at most 64 bits.
+bool parseNumber(const std::string& text, std::uint64_t* number) {
+  const bool hexadecimal = text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X');
+  const std::string digits = hexadecimal ? text.substr(2) : text;
+  const char* allowed = hexadecimal ? "0123456789abcdefABCDEF" : "0123456789";
+  if (digits.empty() || digits.find_first_not_of(allowed) != std::string::npos) {
+    return false;
+  }
+  errno = 0;
+  *number = std::strtoull(digits.c_str(), nullptr, hexadecimal ? 16 : 10);
+  return errno == 0;
+}
+
+} // namespace
+
+std::string printable(std::string_view text) {
+  std::string line(text.substr(0, longestQuote));
+  std::replace_if(
+      line.begin(), line.end(), [](char c) { return c >= 0 ? c < ' ' || c == 0x7F : false; }, '?');
+  return line + (text.size() > longestQuote ? "..." : "");
+}
+
+json loadJsonFile(const std::string& path) {
+  const std::string text = readAll(path);
+  Follower follower;
+  try {
+    return json::parse(
+        text, [&](int, json::parse_event_t event, const json& parsed) { return follower(event, parsed); });
+  } catch (const json::parse_error& error) {
+    throw malformed(text, error);
+  } catch (const json::exception&) {
+    throw FileProblem{"", "holds a number that is too large"};
+  }
+}
+
+void JsonNode::fail(const std::string& reason) const {
+  throw FileProblem{m_place, reason};
+}
+
+void JsonNode::expectObject(std::initializer_list<std::string_view> keys, const char* complaint) const {
+  if (!m_value->is_object()) {
+    fail("must be an object");
+  }
+  for (const auto& [key, value] : m_value->items()) {
+    if (std::find(keys.begin(), keys.end(), key) == keys.end()) {
+      throw FileProblem{m_place + "/" + printable(key), complaint};
+    }
+  }
+}
+
+bool JsonNode::has(const char* key) const {
+  return m_value->contains(key);
+}
+
+JsonNode JsonNode::at(const char* key) const {
+  const auto found = m_value->find(key);
+  if (found == m_value->end()) {
+    fail(std::string("\"") + key + "\" is missing");
+  }
+  return {*found, m_place + "/" + key};
+}
+
+std::vector<JsonNode> JsonNode::elements() const {
+  if (!m_value->is_array()) {
+    fail("must be an array");
+  }
+  std::vector<JsonNode> nodes;
+  nodes.reserve(m_value->size());
+  for (const json& element : *m_value) {
+    nodes.emplace_back(element, m_place + "/" + std::to_string(nodes.size()));
+  }
+  return nodes;
+}
+
+std::uint64_t JsonNode::number(std::uint64_t minimum, std::uint64_t maximum) const {
+  std::uint64_t value = 0;
+  bool inRange = true;
+  if (m_value->is_string()) {
+    if (!parseNumber(m_value->get_ref<const std::string&>(), &value)) {
+      fail("must be an integer, or a string with a decimal or 0x hexadecimal one");
+    }
+  } else if (m_value->is_number_integer()) {
+    inRange = m_value->is_number_unsigned();
+    value = inRange ? m_value->get<std::uint64_t>() : 0;
+  } else {
+    fail("must be an integer, or a string with a decimal or 0x hexadecimal one");
+  }
+  if (!inRange || value < minimum || value > maximum) {
+    fail("must be between " + std::to_string(minimum) + " and " + std::to_string(maximum));
+  }
+  return value;
+}
+
+bool JsonNode::flag() const {
+  if (!m_value->is_boolean()) {
+    fail("must be true or false");
+  }
+  return m_value->get<bool>();
+}
+
+std::string JsonNode::text() const {
+  if (!m_value->is_string()) {
+    fail("must be a string");
+  }
+  return m_value->get<std::string>();
+}
+
+} // namespace ethercat_simulation
