@@ -3,14 +3,14 @@
 // Both drive a bus of their own with the same slaves. The hand-written loop moves each entry with a plain
 // load or store; `bare` makes the calls without moving anything. They take turns in short batches, and
 // medians are compared, so that a drifting clock of the machine does not show.
+#include "BenchBus.h"
+
 #include <algorithm>
 #include <benchmark/benchmark.h>
 #include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <ecrt.h>
-#include <ethercat_simulation/Simulation.h>
-#include <fstream>
 #include <igh_master.h>
 #include <string>
 #include <unistd.h>
@@ -18,100 +18,12 @@
 
 namespace {
 
-namespace sim = ethercat_simulation;
+using namespace bench_bus;
 using Clock = std::chrono::steady_clock;
 
-constexpr std::uint32_t VENDOR = 0x00000B0B;
-constexpr std::uint32_t PRODUCT = 0x00000001;
 constexpr unsigned int LIBRARY_BUS = 0;
 constexpr unsigned int HAND_BUS = 1;
 constexpr unsigned int PERIOD_NS = 1000000;
-
-// Entry types take turns; half of a slave's entries are outputs, half inputs.
-struct EntryType {
-  const char* name;
-  std::uint8_t bytes;
-};
-constexpr EntryType TYPES[] = {{"USINT", 1}, {"INT", 2}, {"DINT", 4}, {"UINT", 2}};
-
-const EntryType& typeOf(unsigned int entry) {
-  return TYPES[entry % 4];
-}
-
-// Entries first to last of one direction; the object index and the PDO index follow from the entry's number.
-sim::SyncManager syncManager(std::uint8_t index, bool output, unsigned int first, unsigned int last) {
-  constexpr unsigned int ENTRIES_PER_PDO = 100;
-  sim::SyncManager manager{index, output ? sim::Direction::output : sim::Direction::input, {}};
-  for (unsigned int i = first; i < last; ++i) {
-    const auto pdoIndex = static_cast<std::uint16_t>((output ? 0x1600U : 0x1A00U) + i / ENTRIES_PER_PDO);
-    if (manager.pdos.empty() || manager.pdos.back().index != pdoIndex) {
-      manager.pdos.push_back({pdoIndex, {}});
-    }
-    const unsigned int object = (output ? 0x7000U : 0x6000U) + i / 200;
-    manager.pdos.back().entries.push_back({static_cast<std::uint16_t>(object),
-                                           static_cast<std::uint8_t>(i % 200 + 1),
-                                           static_cast<std::uint8_t>(typeOf(i).bytes * 8)});
-  }
-  return manager;
-}
-
-// A sync manager holds at most 1486 bytes, so a slave with many entries has several of them.
-std::vector<sim::SyncManager> layout(unsigned int entries) {
-  constexpr unsigned int ENTRIES_PER_SYNC_MANAGER = 500;
-  const unsigned int outputs = (entries + 1) / 2;
-  std::vector<sim::SyncManager> managers;
-  std::uint8_t index = 2;
-  for (const bool output : {true, false}) {
-    const unsigned int count = output ? outputs : entries - outputs;
-    for (unsigned int first = 0; first < count; first += ENTRIES_PER_SYNC_MANAGER) {
-      managers.push_back(
-          syncManager(index++, output, first, std::min(count, first + ENTRIES_PER_SYNC_MANAGER)));
-    }
-  }
-  return managers;
-}
-
-std::string entryName(bool output, unsigned int entry) {
-  return (output ? "out " : "in ") + std::to_string(entry);
-}
-
-void writeDescription(const std::string& path, const std::vector<sim::SyncManager>& managers) {
-  std::ofstream xml(path);
-  xml << "<EtherCATInfo><Vendor><Id>" << VENDOR
-      << "</Id><Name>Bench</Name></Vendor><Descriptions><Devices><Device>"
-      << "<Type ProductCode=\"" << PRODUCT << "\" RevisionNo=\"1\">Bench</Type>";
-  unsigned int numbers[] = {0, 0};
-  for (const sim::SyncManager& manager : managers) {
-    const bool output = manager.direction == sim::Direction::output;
-    unsigned int& number = numbers[output ? 1 : 0];
-    for (const sim::Pdo& pdo : manager.pdos) {
-      xml << (output ? "<RxPdo" : "<TxPdo") << " Fixed=\"true\" Sm=\"" << int{manager.index} << "\"><Index>"
-          << pdo.index << "</Index>";
-      for (const sim::Entry& entry : pdo.entries) {
-        xml << "<Entry><Index>" << entry.index << "</Index><SubIndex>" << int{entry.subindex}
-            << "</SubIndex><BitLen>" << int{entry.bitLength} << "</BitLen><Name>" << entryName(output, number)
-            << "</Name><DataType>" << typeOf(number).name << "</DataType></Entry>";
-        ++number;
-      }
-      xml << (output ? "</RxPdo>" : "</TxPdo>");
-    }
-  }
-  xml << "</Device></Devices></Descriptions></EtherCATInfo>\n";
-}
-
-void buildBus(unsigned int index, unsigned int slaves, const std::vector<sim::SyncManager>& managers) {
-  sim::Slave slave;
-  slave.vendorId = VENDOR;
-  slave.productCode = PRODUCT;
-  slave.revisionNumber = 1;
-  slave.name = "Bench";
-  slave.defaultMapping = managers;
-  sim::Bus& bus = sim::bus(index);
-  bus.setClimbCycles(1);
-  for (unsigned int i = 0; i < slaves; ++i) {
-    bus.addSlave(slave);
-  }
-}
 
 // The library prints its listing while it scans; a benchmark's output is not the place for it.
 template <class ACTION> void quietly(ACTION action) {
@@ -207,13 +119,13 @@ public:
     ec_master_state_t state{};
     ecrt_master_state(m_master, &state);
     if (MOVE) {
-      for (Place& place : m_inputs) {
-        load(place);
-      }
+      load(m_inputs8);
+      load(m_inputs16);
+      load(m_inputs32);
       benchmark::ClobberMemory();
-      for (const Place& place : m_outputs) {
-        store(place);
-      }
+      store(m_outputs8);
+      store(m_outputs16);
+      store(m_outputs32);
     }
     ecrt_domain_queue(m_domain);
     ecrt_master_send(m_master);
@@ -221,10 +133,9 @@ public:
   bool ready() const { return m_ready; }
 
 private:
-  struct Place {
+  template <class T> struct Place {
     unsigned int offset;
-    std::uint32_t bytes;
-    std::uint32_t value;
+    T value;
   };
 
   void registerEntries(std::uint16_t position, const sim::SyncManager& manager) {
@@ -235,39 +146,28 @@ private:
         const ec_pdo_entry_reg_t rows[] = {
             {0, position, VENDOR, PRODUCT, entry.index, entry.subindex, &offset, &bit}, {}};
         ecrt_domain_reg_pdo_entry_list(m_domain, rows);
-        (manager.direction == sim::Direction::output ? m_outputs : m_inputs)
-            .push_back({offset, static_cast<std::uint32_t>(entry.bitLength / 8), offset});
+        addPlace(manager.direction == sim::Direction::output, entry.bitLength, offset);
       }
     }
   }
-  void load(Place& place) const {
-    const std::uint8_t* const from = m_image + place.offset;
-    switch (place.bytes) {
-    case 1:
-      place.value = *from;
-      break;
-    case 2:
-      std::uint16_t half;
-      std::memcpy(&half, from, 2);
-      place.value = half;
-      break;
-    default:
-      std::memcpy(&place.value, from, 4);
+  // One list per width, as a program written for this bus would know them.
+  void addPlace(bool output, unsigned int bits, unsigned int offset) {
+    if (bits == 8) {
+      (output ? m_outputs8 : m_inputs8).push_back({offset, 0});
+    } else if (bits == 16) {
+      (output ? m_outputs16 : m_inputs16).push_back({offset, 0});
+    } else {
+      (output ? m_outputs32 : m_inputs32).push_back({offset, 0});
     }
   }
-  void store(const Place& place) const {
-    std::uint8_t* const to = m_image + place.offset;
-    switch (place.bytes) {
-    case 1:
-      *to = static_cast<std::uint8_t>(place.value);
-      break;
-    case 2: {
-      const auto half = static_cast<std::uint16_t>(place.value);
-      std::memcpy(to, &half, 2);
-      break;
+  template <class T> void load(std::vector<Place<T>>& places) const {
+    for (Place<T>& place : places) {
+      std::memcpy(&place.value, m_image + place.offset, sizeof(T));
     }
-    default:
-      std::memcpy(to, &place.value, 4);
+  }
+  template <class T> void store(const std::vector<Place<T>>& places) const {
+    for (const Place<T>& place : places) {
+      std::memcpy(m_image + place.offset, &place.value, sizeof(T));
     }
   }
 
@@ -275,8 +175,9 @@ private:
   ec_domain_t* m_domain;
   std::uint8_t* m_image = nullptr;
   std::vector<ec_slave_config_t*> m_configs;
-  std::vector<Place> m_inputs;
-  std::vector<Place> m_outputs;
+  std::vector<Place<std::uint8_t>> m_inputs8, m_outputs8;
+  std::vector<Place<std::uint16_t>> m_inputs16, m_outputs16;
+  std::vector<Place<std::uint32_t>> m_inputs32, m_outputs32;
   bool m_ready = false;
 };
 

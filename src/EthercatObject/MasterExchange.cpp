@@ -54,8 +54,9 @@ void CEthercatMaster::exchange(EXCHANGE_CALLBACK callback, void* userData) {
   if (m_pMaster == nullptr || m_pPdoEntryRegs == nullptr) {
     return;
   }
+  // Where one phase follows another without work between them, one reading of the clock serves both.
   if (!m_bExchangeMode) {
-    stamp(stamps.receive.start);
+    stamps.receive.start = stamps.total.start;
     receiveFrame();
     stamp(stamps.receive.end);
     checkWorkingCounter();
@@ -79,11 +80,12 @@ void CEthercatMaster::exchange(EXCHANGE_CALLBACK callback, void* userData) {
   stamp(stamps.send.start);
   sendFrame();
   stamp(stamps.send.end);
+  stamps.total.end = stamps.send.end;
 
   if (m_bExchangeMode) {
     awaitFrame(callback, userData, stamps);
+    stamp(stamps.total.end);
   }
-  stamp(stamps.total.end);
   m_commDiag.record(m_ullCycleCounter, stamps);
   ++m_ullCycleCounter;
 }
@@ -154,11 +156,11 @@ void CEthercatMaster::checkMaster() {
 void CEthercatMaster::serviceSdoRequests() {}
 
 void CEthercatMaster::runCallback(EXCHANGE_CALLBACK callback, void* userData, _CYCLE_STAMPS& stamps) {
-  stamp(stamps.callback.start);
   if (callback != nullptr) {
+    stamp(stamps.callback.start);
     callback(userData);
+    stamp(stamps.callback.end);
   }
-  stamp(stamps.callback.end);
 }
 
 void CEthercatMaster::sendFrame() {
@@ -178,10 +180,9 @@ void CEthercatMaster::updateMasterClock() {}
 // Exchange mode: polls for the frame just sent until it is complete or the budget of the period is used up.
 void CEthercatMaster::awaitFrame(EXCHANGE_CALLBACK callback, void* userData, _CYCLE_STAMPS& stamps) {
   const _FRAME_WAIT wait = frameWait(m_uiExchangePeriod);
-  timespec wakeUp{};
-  stamp(wakeUp);
+  timespec wakeUp = stamps.send.end;
   advance(wakeUp, wait.firstNs);
-  stamp(stamps.receive.start);
+  stamps.receive.start = stamps.send.end;
   for (unsigned int waited = wait.firstNs;;) {
     sleepUntil(wakeUp);
     advance(wakeUp, POLL_INTERVAL_NS);
