@@ -17,7 +17,7 @@ namespace {
 
 constexpr std::size_t largestFile = 64U << 20U;
 constexpr std::size_t deepestNesting = 32;
-constexpr std::size_t longestQuote = 64;
+constexpr std::size_t longestReason = 160;
 
 std::string readAll(const std::string& path) {
   const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
@@ -105,7 +105,7 @@ FileProblem malformed(const std::string& text, const json::parse_error& error) {
   const std::size_t afterPlace = reason.find(": ");
   reason.remove_prefix(afterPlace == std::string_view::npos ? 0 : afterPlace + 2);
   reason = reason.substr(0, reason.find("; last read"));
-  return {std::to_string(line) + ":" + std::to_string(column), printable(reason)};
+  return {std::to_string(line) + ":" + std::to_string(column), printable(reason, longestReason)};
 }
 
 // False unless the whole text is one number of at most 64 bits.
@@ -123,11 +123,11 @@ bool parseNumber(const std::string& text, std::uint64_t* number) {
 
 } // namespace
 
-std::string printable(std::string_view text) {
-  std::string line(text.substr(0, longestQuote));
+std::string printable(std::string_view text, std::size_t longest) {
+  std::string line(text.substr(0, longest));
   std::replace_if(
       line.begin(), line.end(), [](char c) { return c >= 0 ? c < ' ' || c == 0x7F : false; }, '?');
-  return line + (text.size() > longestQuote ? "..." : "");
+  return line + (text.size() > longest ? "..." : "");
 }
 
 json loadJsonFile(const std::string& path) {
@@ -144,7 +144,7 @@ json loadJsonFile(const std::string& path) {
 }
 
 void JsonNode::fail(const std::string& reason) const {
-  throw FileProblem{m_place, reason};
+  throw FileProblem{m_place.empty() ? "/" : m_place, reason};
 }
 
 void JsonNode::expectObject(std::initializer_list<std::string_view> keys, const char* complaint) const {

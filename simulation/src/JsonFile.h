@@ -22,8 +22,8 @@ struct FileProblem {
 // twice in one object.
 nlohmann::json loadJsonFile(const std::string& path);
 
-// Text of the file in a message: one line, not longer than a name.
-std::string printable(std::string_view text);
+// Text of the file as part of a message: one line, cut where it is too long.
+std::string printable(std::string_view text, std::size_t longest = 64);
 
 // A value of the file and its place. Every operation throws FileProblem when the value is not what is asked
 // for.

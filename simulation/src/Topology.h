@@ -37,7 +37,10 @@ public:
   // One round while running; a frame has come back, or was refused because the link is down.
   void step();
   // The link as the sending side has found it.
-  void seeLink() { m_seenLink = m_link; }
+  void seeLink() {
+    m_settled = m_settled && m_seenLink == m_link;
+    m_seenLink = m_link;
+  }
   bool linkSeen() const { return m_seenLink; }
 
   void state(ec_master_state_t& state);

@@ -1,0 +1,105 @@
+// A bench for the tests of the simulated master: slaves with a few entries, and the usual road to a cycle.
+#ifndef TESTS_SIMULATION_BENCH_H
+#define TESTS_SIMULATION_BENCH_H
+
+#include <ecrt.h>
+#include <ethercat_simulation/Simulation.h>
+
+#include <cerrno>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace bench {
+
+namespace sim = ethercat_simulation;
+
+constexpr std::uint32_t vendor = 0x00000E00;
+
+// Two output bytes on sync manager 2 (0x7000:01, :02) and two input bytes on 3 (0x6000:01, :02).
+inline sim::Slave twoWay(std::uint32_t product = 1) {
+  sim::Slave slave;
+  slave.vendorId = vendor;
+  slave.productCode = product;
+  slave.defaultMapping = {{2, sim::Direction::output, {{0x1600, {{0x7000, 1, 8}, {0x7000, 2, 8}}}}},
+                          {3, sim::Direction::input, {{0x1A00, {{0x6000, 1, 8}, {0x6000, 2, 8}}}}}};
+  return slave;
+}
+
+inline sim::Slave inputOnly(std::uint32_t product = 2) {
+  sim::Slave slave = twoWay(product);
+  slave.defaultMapping.erase(slave.defaultMapping.begin());
+  slave.model = sim::SlaveModel::counter;
+  return slave;
+}
+
+inline sim::Slave outputOnly(std::uint32_t product = 3) {
+  sim::Slave slave = twoWay(product);
+  slave.defaultMapping.pop_back();
+  return slave;
+}
+
+class Bench : public ::testing::Test {
+protected:
+  void SetUp() override {
+    sim::reset();
+    ::unsetenv("ETHERCAT_SIMULATION_BUS");
+  }
+  void TearDown() override { sim::reset(); }
+
+  sim::Bus& bus() { return sim::bus(0); }
+
+  void request() {
+    master = ecrt_request_master(0);
+    ASSERT_NE(master, nullptr);
+    domain = ecrt_master_create_domain(master);
+  }
+
+  int add(ec_domain_t* target, std::uint16_t position, std::uint32_t product, std::uint16_t index,
+          std::uint8_t subindex, unsigned int* offset, unsigned int* bit = nullptr) {
+    const ec_pdo_entry_reg_t rows[] = {{0, position, vendor, product, index, subindex, offset, bit}, {}};
+    return ecrt_domain_reg_pdo_entry_list(target, rows);
+  }
+
+  void receive() {
+    ecrt_master_receive(master);
+    ecrt_domain_process(domain);
+  }
+  void send() {
+    ecrt_domain_queue(domain);
+    ecrt_master_send(master);
+  }
+  void exchange(unsigned int cycles = 1) {
+    for (unsigned int i = 0; i < cycles; ++i) {
+      receive();
+      send();
+    }
+  }
+
+  std::uint32_t counter() const {
+    ec_domain_state_t state{};
+    ecrt_domain_state(domain, &state);
+    return state.working_counter;
+  }
+  ec_wc_state_t completeness() const {
+    ec_domain_state_t state{};
+    ecrt_domain_state(domain, &state);
+    return state.wc_state;
+  }
+  ec_master_state_t masterState() const {
+    ec_master_state_t state{};
+    ecrt_master_state(master, &state);
+    return state;
+  }
+  static ec_slave_config_state_t stateOf(const ec_slave_config_t* configuration) {
+    ec_slave_config_state_t state{};
+    ecrt_slave_config_state(configuration, &state);
+    return state;
+  }
+
+  ec_master_t* master = nullptr;
+  ec_domain_t* domain = nullptr;
+};
+
+} // namespace bench
+
+#endif

@@ -1,0 +1,183 @@
+#include "Bench.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <new>
+#include <thread>
+
+using namespace bench;
+
+static std::atomic<std::size_t> allocations{0};
+
+// Replaces the operator of the whole program, the simulation included.
+void* operator new(std::size_t size) {
+  ++allocations;
+  if (void* memory = std::malloc(size)) {
+    return memory;
+  }
+  throw std::bad_alloc();
+}
+void operator delete(void* memory) noexcept {
+  std::free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept {
+  std::free(memory);
+}
+
+namespace {
+
+class CycleTest : public Bench {
+protected:
+  // A two-way slave in OP: outputs at 0, inputs at 2.
+  void start() {
+    request();
+    ASSERT_EQ(add(domain, 0, 1, 0x7000, 1, &out), 0);
+    ASSERT_EQ(add(domain, 0, 1, 0x6000, 1, &in), 0);
+    ASSERT_EQ(ecrt_master_activate(master), 0);
+    image = ecrt_domain_data(domain);
+    ASSERT_NE(image, nullptr);
+    exchange(20);
+    ASSERT_EQ(bus().alState(0), 8);
+  }
+
+  unsigned int out = 0;
+  unsigned int in = 0;
+  std::uint8_t* image = nullptr;
+};
+
+TEST_F(CycleTest, OutputsReachTheSlaveAndTheFrameBringsInputsAndTheEchoOfOutputs) {
+  bus().addSlave(twoWay());
+  start();
+  receive();
+  image[out] = 0x5A;
+  send();
+  EXPECT_EQ(bus().outputs(0), (std::vector<std::uint8_t>{0x5A, 0}));
+  image[out] = 0x77; // written while the frame is on its way
+  receive();
+  EXPECT_EQ(image[out], 0x5A);
+  EXPECT_EQ(image[in], 0) << "the slave's mirror shows the frame before";
+  send();
+  receive();
+  EXPECT_EQ(image[in], 0x5A);
+  bus().setInputs(0, {0x11, 0x22});
+  exchange(2);
+  EXPECT_EQ(image[in + 1], 0x22);
+  EXPECT_EQ(bus().misuse().total(), 0U);
+}
+
+TEST_F(CycleTest, WorkingCountersWeighDirectionsPerDatagramAndMissALostSlave) {
+  for (const sim::Slave& slave : {twoWay(), outputOnly(), inputOnly()}) {
+    bus().addSlave(slave);
+  }
+  request();
+  ec_domain_t* outputs = ecrt_master_create_domain(master);
+  ec_domain_t* inputs = ecrt_master_create_domain(master);
+  unsigned int offset = 0;
+  ASSERT_EQ(add(domain, 0, 1, 0x7000, 1, &offset), 0);
+  ASSERT_EQ(add(domain, 0, 1, 0x6000, 1, &offset), 0);
+  ASSERT_EQ(add(domain, 1, 3, 0x7000, 1, &offset), 0);
+  ASSERT_EQ(add(domain, 2, 2, 0x6000, 1, &offset), 0);
+  ASSERT_EQ(add(outputs, 0, 1, 0x7000, 1, &offset), 0);
+  ASSERT_EQ(add(outputs, 1, 3, 0x7000, 1, &offset), 0);
+  ASSERT_EQ(add(inputs, 2, 2, 0x6000, 1, &offset), 0);
+  ASSERT_EQ(ecrt_master_activate(master), 0);
+  EXPECT_EQ(ecrt_domain_data(inputs) - ecrt_domain_data(domain), 12);
+  std::vector<std::uint32_t> seen;
+  const auto cycle = [&](unsigned int count) {
+    for (unsigned int i = 0; i < count; ++i) {
+      receive();
+      seen.clear();
+      for (ec_domain_t* each : {domain, outputs, inputs}) {
+        ecrt_domain_process(each);
+        ec_domain_state_t state{};
+        ecrt_domain_state(each, &state);
+        seen.push_back(state.working_counter);
+        ecrt_domain_queue(each);
+      }
+      ecrt_master_send(master);
+    }
+  };
+  cycle(20);
+  EXPECT_THAT(seen, ::testing::ElementsAre(3 + 2 + 1, 2, 1));
+  EXPECT_EQ(completeness(), EC_WC_COMPLETE);
+  const std::uint8_t before = *ecrt_domain_data(inputs);
+  cycle(3);
+  EXPECT_EQ(*ecrt_domain_data(inputs), static_cast<std::uint8_t>(before + 3)) << "one count for each frame";
+  *ecrt_domain_data(outputs) = 0x44;
+  ecrt_master_receive(master);
+  EXPECT_EQ(*ecrt_domain_data(outputs), 0x44) << "LWR is not copied back";
+  bus().setResponding(1, false);
+  cycle(2);
+  EXPECT_THAT(seen, ::testing::ElementsAre(4, 1, 1));
+  EXPECT_EQ(completeness(), EC_WC_INCOMPLETE);
+  EXPECT_EQ(masterState().slaves_responding, 3U);
+}
+
+TEST_F(CycleTest, ProcessSumsWhatHasBeenReceivedSinceTheLastQueue) {
+  bus().addSlave(twoWay());
+  start();
+  receive();
+  ecrt_domain_queue(domain);
+  ecrt_domain_queue(domain);
+  ecrt_domain_process(domain);
+  EXPECT_EQ(counter(), 0U) << "queued, not received";
+  ecrt_master_send(master);
+  receive();
+  EXPECT_EQ(counter(), 3U) << "queued twice is sent once";
+  exchange(0);
+  receive();
+  EXPECT_EQ(counter(), 3U) << "nothing new: the old result";
+  bus().dropFrames(1);
+  send();
+  receive();
+  EXPECT_EQ(completeness(), EC_WC_ZERO);
+  send();
+  receive();
+  EXPECT_EQ(completeness(), EC_WC_COMPLETE);
+}
+
+TEST_F(CycleTest, AFrameIsFoundAfterItsLatencyUnlessItsDatagramIsSentAnewOrTimesOut) {
+  using namespace std::chrono_literals;
+  bus().addSlave(twoWay());
+  start();
+  receive();
+  bus().setFrameTimeout(1h);
+  bus().setFrameLatency(50ms);
+  send();
+  receive();
+  EXPECT_EQ(counter(), 0U) << "still on its way";
+  std::this_thread::sleep_for(51ms);
+  receive();
+  EXPECT_EQ(counter(), 3U);
+  send();
+  std::this_thread::sleep_for(51ms);
+  ecrt_domain_queue(domain);
+  receive();
+  EXPECT_EQ(counter(), 0U) << "the old frame belongs to nobody";
+  bus().setFrameTimeout(0ns);
+  send();
+  receive();
+  std::this_thread::sleep_for(51ms);
+  receive();
+  EXPECT_EQ(counter(), 0U) << "given up before it came";
+}
+
+TEST_F(CycleTest, TheCycleAllocatesNothingNotEvenWhileItScansAndClimbs) {
+  bus().addSlave(twoWay());
+  bus().addSlave(inputOnly());
+  start();
+  ec_slave_config_t* configuration = ecrt_master_slave_config(master, 0, 0, vendor, 1);
+  bus().removeSlave(0);
+  bus().insertSlave(0, twoWay());
+  const std::size_t before = allocations;
+  for (int i = 0; i < 50; ++i) {
+    exchange();
+    masterState();
+    counter();
+    stateOf(configuration);
+  }
+  EXPECT_EQ(allocations, before);
+  EXPECT_EQ(bus().alState(0), 8);
+}
+
+} // namespace
