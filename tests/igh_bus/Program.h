@@ -30,9 +30,8 @@ inline std::string scratch(const std::string& name, const std::string& text = ""
   return path;
 }
 
-// `signal` is sent after `delay`, when given; `bus` becomes ETHERCAT_SIMULATION_BUS.
-inline Outcome runProgram(std::vector<std::string> command, int signal = 0,
-                          std::chrono::milliseconds delay = {}, const std::string& bus = "") {
+// `signal`, when given, is sent once the program has printed "Period"; `bus` becomes ETHERCAT_SIMULATION_BUS.
+inline Outcome runProgram(std::vector<std::string> command, int signal = 0, const std::string& bus = "") {
   const std::string out = scratch("out");
   const std::string err = scratch("err");
   const pid_t child = fork();
@@ -50,7 +49,9 @@ inline Outcome runProgram(std::vector<std::string> command, int signal = 0,
     _exit(127);
   }
   if (signal != 0) {
-    std::this_thread::sleep_for(delay);
+    for (int i = 0; i < 2000 && readFile(out).find("Period") == std::string::npos; ++i)
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    std::this_thread::sleep_for(std::chrono::milliseconds(200)); // well into the cycles
     kill(child, signal);
   }
   int status = 0;
@@ -61,10 +62,9 @@ inline Outcome runProgram(std::vector<std::string> command, int signal = 0,
   return outcome;
 }
 
-inline Outcome ighBus(std::vector<std::string> arguments, int signal = 0,
-                      std::chrono::milliseconds delay = {}, const std::string& bus = "") {
+inline Outcome ighBus(std::vector<std::string> arguments, int signal = 0) {
   arguments.insert(arguments.begin(), IGH_BUS_PROGRAM);
-  return runProgram(std::move(arguments), signal, delay, bus);
+  return runProgram(std::move(arguments), signal);
 }
 
 inline std::string machine(const std::string& file) {

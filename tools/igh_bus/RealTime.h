@@ -23,8 +23,8 @@ private:
   static std::atomic<bool> s_requested;
 };
 
-// Processor, priority and locked memory for the calling thread. What the system refuses gets one line on
-// standard error, and the program goes on without it.
+// Exact timers, processor, priority and locked memory for the calling thread. What the system refuses gets
+// one line on standard error, and the program goes on without it.
 void becomeRealTime(const std::optional<int>& priority, const std::optional<int>& cpu);
 
 // Wakes the caller at fixed times of CLOCK_MONOTONIC.

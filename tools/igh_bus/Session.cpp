@@ -18,23 +18,6 @@ void countCallback(void* callbacks) {
 
 } // namespace
 
-void ErrorCounts::count(int code) {
-  const auto place = static_cast<std::size_t>(code);
-  if (code < 0 || place >= total.size())
-    return;
-  const bool first = total[place]++ == 0;
-  if (first || lastCycle[place] + 1 < cycle)
-    streak[place] = 1;
-  else if (lastCycle[place] + 1 == cycle)
-    ++streak[place];
-  lastCycle[place] = cycle;
-}
-
-bool ErrorCounts::lasting(int code, std::uint64_t cycles) const {
-  const auto place = static_cast<std::size_t>(code);
-  return total[place] != 0 && lastCycle[place] + 1 == cycle && streak[place] >= cycles;
-}
-
 Session::Session(const RunOptions& options) : m_options(options) {
   try {
     bringUp();

@@ -2,24 +2,12 @@
 #ifndef IGH_BUS_SESSION_H
 #define IGH_BUS_SESSION_H
 
+#include "ErrorCounts.h"
 #include "Options.h"
 
 #include <igh_master.h>
 
-#include <array>
-
 namespace igh_bus {
-
-// What the error callback counts; it does nothing else.
-struct ErrorCounts {
-  std::array<std::uint64_t, 6> total{};     // by error code
-  std::array<std::uint64_t, 6> lastCycle{}; // the latest cycle that raised it
-  std::array<std::uint64_t, 6> streak{};    // how many cycles in a row did, up to that one
-  std::uint64_t cycle = 0;                  // the running cycle, kept by the loop
-  void count(int code);
-  // True when the last `cycles` cycles of the loop all raised this error.
-  bool lasting(int code, std::uint64_t cycles) const;
-};
 
 class Session {
 public:

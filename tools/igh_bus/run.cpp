@@ -57,7 +57,8 @@ void loop(const RunOptions& options, Session& session, Pacemaker& pacemaker, Cli
   const bool terminal = isatty(STDOUT_FILENO) != 0;
   const std::uint64_t cyclesPerSecond = (1000000000 + options.periodNs - 1) / options.periodNs;
   while (session.cycles() < options.cycles && pacemaker.wait()) {
-    climb.note(session.cycles(), session.exchange());
+    const auto cycle = session.cycles();
+    climb.note(cycle, session.exchange());
     if (terminal && session.cycles() % cyclesPerSecond == 0)
       printProgress(options, session, climb.state());
   }
