@@ -37,6 +37,7 @@ void CEthercatMaster::destroyMasterData() {
 void CEthercatMaster::clearAllSlaveObject() {
   m_pPdoEntryRegs.reset();
   m_uiPdoEntryCount = 0;
+  m_uiImageSize = 0; // an image that is still mapped is that of the old slaves
   m_vecSlaves.clear();
   m_vecPdoEntryNames.clear();
   m_pdoInfo.clear();
