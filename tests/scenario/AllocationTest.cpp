@@ -1,0 +1,104 @@
+// The cycle allocates nothing: every allocation of the process is counted while a thread asks for it.
+#include "Fixture.h"
+
+#include <cstddef>
+
+#if defined(__SANITIZE_ADDRESS__)
+#define WITH_ASAN 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define WITH_ASAN 1
+#endif
+#endif
+
+namespace {
+
+thread_local bool counting = false;
+thread_local unsigned int allocations = 0;
+
+void count() {
+  allocations += counting ? 1U : 0U;
+}
+
+} // namespace
+
+#ifdef WITH_ASAN
+extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*)(const volatile void*, std::size_t),
+                                                         void (*)(const volatile void*));
+namespace {
+[[maybe_unused]] const int hooks = __sanitizer_install_malloc_and_free_hooks(
+    [](const volatile void*, std::size_t) { count(); }, [](const volatile void*) {});
+} // namespace
+#else
+// These stand before the C library's own for every library of the process; operator new ends here as well.
+extern "C" {
+void* __libc_malloc(std::size_t size);
+void* __libc_calloc(std::size_t number, std::size_t size);
+void* __libc_realloc(void* memory, std::size_t size);
+
+void* malloc(std::size_t size) {
+  count();
+  return __libc_malloc(size);
+}
+void* calloc(std::size_t number, std::size_t size) {
+  count();
+  return __libc_calloc(number, size);
+}
+void* realloc(void* memory, std::size_t size) {
+  count();
+  return __libc_realloc(memory, size);
+}
+}
+#endif
+
+namespace scenario {
+namespace {
+
+struct Cycle {
+  std::uint32_t in;
+  std::uint32_t out;
+  double sum = 0;
+};
+
+void readAndWrite(void* data) {
+  Cycle& cycle = *static_cast<Cycle*>(data);
+  double read = 0;
+  igh_master_pdo_recv(0, cycle.in, &read);
+  cycle.sum += read;
+  igh_master_pdo_send(0, cycle.out, cycle.sum);
+}
+
+TEST_F(Scenario, ThousandExchangesAllocateNothingAlsoAfterHandlesChanged) {
+  for (const bool exchangeMode : {false, true}) {
+    ethercat_simulation::reset();
+    build({byteIo, {0x70, {{"A", "UINT"}, {"B", "DINT"}}, {{"C", "INT"}}}}, {0, 100000});
+    igh_master_set_exchange_mode(0, exchangeMode);
+    bringUp();
+    Cycle data{handle(0, "In", true), handle(0, "Out", false)};
+    cycleUntil(8);
+    bus().setInputs(0, {1});
+    for (int change = 0; change < 4; ++change) { // created and destroyed while active
+      if (change == 3) {
+        igh_master_destroy_pdo_info(0, 2, false);
+      } else {
+        handle(1, std::string(1, static_cast<char>('A' + change)), change == 2);
+      }
+      counting = true;
+      for (int i = 0; i < 250; ++i) {
+        igh_master_exchange(0, readAndWrite, &data);
+        igh_master_pdo_send(0, data.out, i);
+      }
+      counting = false;
+    }
+    EXPECT_EQ(allocations, 0U) << (exchangeMode ? "exchange" : "normal") << " mode";
+    EXPECT_GT(data.sum, 900.0);
+    capture([] { igh_master_uninitialize(0); });
+  }
+  counting = true;
+  delete new int(1);
+  counting = false;
+  EXPECT_GT(allocations, 0U); // the counter counts
+}
+
+} // namespace
+} // namespace scenario
