@@ -25,7 +25,7 @@ inline std::string readFile(const std::string& path) {
 }
 
 inline std::string scratch(const std::string& name, const std::string& text = "") {
-  const std::string path = testing::TempDir() + "igh_bus_" + std::to_string(getpid()) + "_" + name;
+  std::string path = testing::TempDir() + "igh_bus_" + std::to_string(getpid()) + "_" + name;
   std::ofstream(path, std::ios::binary) << text;
   return path;
 }
@@ -37,6 +37,7 @@ inline Outcome runProgram(std::vector<std::string> command, int signal = 0, cons
   const pid_t child = fork();
   if (child == 0) {
     std::vector<char*> arguments;
+    arguments.reserve(command.size() + 1);
     for (auto& word : command)
       arguments.push_back(word.data());
     arguments.push_back(nullptr);

@@ -125,6 +125,7 @@ TEST(Run, CountsErrorsByTheirKindAndToleratesThoseOfABusWithoutProcessData) {
   const auto outcome = ighBus({"run", "--eni", machine("coupler.xml"), "--cycles", "50"});
   EXPECT_EQ(outcome.status, 0) << outcome.err;
   EXPECT_THAT(outcome.out, testing::ContainsRegex("working counter incomplete +[1-9][0-9]\n"));
+  EXPECT_THAT(outcome.out, HasSubstr("No slave has process data"));
 }
 
 TEST(Run, EndsInOrderOnASignal) {

@@ -95,7 +95,7 @@ void printProgress(const RunOptions& options, const Session& session, std::uint3
 
 void printResults(const RunOptions& options, const Session& session, const Pacemaker& pacemaker,
                   const Climb& climb) {
-  std::printf("%" PRIu64 " cycles, %" PRIu64 " of them with process data\n", session.cycles(),
+  std::printf("%" PRIu64 " cycles, the callback ran in %" PRIu64 " of them\n", session.cycles(),
               session.callbacks());
   climb.print();
   printWatched(options, session);

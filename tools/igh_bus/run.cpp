@@ -108,12 +108,16 @@ Status run(const RunOptions& options) {
   Pacemaker pacemaker(options.periodNs);
   loop(options, session, pacemaker, climb);
 
+  const bool processData = hasProcessData(slaves);
   printResults(options, session, pacemaker, climb);
+  if (!processData)
+    std::printf(
+        "\nNo slave has process data: the working counter counts as incomplete in every cycle in OP.\n");
   if (StopSignals::requested()) {
     std::printf("\nEnded by a signal.\n");
     return success;
   }
-  const auto reason = judge(session, climb, hasProcessData(slaves));
+  const auto reason = judge(session, climb, processData);
   if (!reason.empty())
     throw Failure(busError, reason);
   return success;
