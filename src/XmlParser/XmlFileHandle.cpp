@@ -46,6 +46,9 @@ void copyAttributes(xmlNode const* element, XmlText& text, std::vector<NodeAttri
     ++count;
     prefixed = prefixed || attribute->ns != nullptr;
   }
+  if (count == 0) {
+    return;
+  }
   attributes.resize(count);
   auto copy = attributes.begin();
   for (xmlAttr const* attribute = element->properties; attribute != nullptr; attribute = attribute->next) {
@@ -88,7 +91,8 @@ _XmlNode* xml_file_handle::xml_copy_tree_private(xmlNode const* element, XmlText
 
 _XmlNode* xml_file_handle::xml_paser_node_private(xmlNode const* element, _XmlNode* parent,
                                                   _XmlNode* previous, XmlText& text) {
-  auto node = std::make_unique<_XmlNode>();
+  auto const destroy = [this](_XmlNode* copy) { nodes.destroy(copy); };
+  std::unique_ptr<_XmlNode, decltype(destroy)> node(nodes.create(), destroy);
   node->name = characters(element->name);
   text.readTrimmed(element->children, node->value);
   copyAttributes(element, text, node->attributes);
@@ -116,7 +120,7 @@ void xml_file_handle::xml_remove_node_private(_XmlNode* node) noexcept {
       last->nextSibling = next;
       next = node->firstChild;
     }
-    delete node;
+    nodes.destroy(node);
     node = next;
   }
 }

@@ -2,6 +2,7 @@
 #define XMLPARSER_XMLFILEHANDLE_H
 
 #include "File/File.h"
+#include "XmlParser/XmlNodePool.h"
 #include "XmlParser/XmlParser.h"
 #include "XmlParser/XmlText.h"
 
@@ -32,6 +33,9 @@ public:
   _XmlNode* root = nullptr; /* owned */
   int mode = FILE_MODE_READ;
   std::string fileName;
+
+private:
+  XmlNodePool nodes;
 };
 
 #endif

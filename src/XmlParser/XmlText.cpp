@@ -9,7 +9,6 @@
 
 namespace {
 
-constexpr std::string_view trimmedCharacters = " \t\n\r\v";
 constexpr std::size_t endless = std::numeric_limits<std::size_t>::max();
 
 /* libxml2 itself gives up at 40 entities inside each other. */
@@ -28,12 +27,22 @@ char const* characters(xmlChar const* text) {
   return text != nullptr ? reinterpret_cast<char const*>(text) : "";
 }
 
-std::string_view trimEnd(std::string_view text) {
-  return text.substr(0, text.find_last_not_of(trimmedCharacters) + 1);
+bool isBlank(char character) {
+  return character == ' ' || (character >= '\t' && character <= '\r' && character != '\f');
 }
 
-std::string_view trimStart(std::string_view text) {
-  return text.substr(std::min(text.find_first_not_of(trimmedCharacters), text.size()));
+std::string_view trimEnd(std::string_view text) {
+  while (!text.empty() && isBlank(text.back())) {
+    text.remove_suffix(1);
+  }
+  return text;
+}
+
+char const* skipBlanks(char const* text) {
+  while (isBlank(*text)) {
+    ++text;
+  }
+  return text;
 }
 
 std::size_t addSaturating(std::size_t left, std::size_t right) {
@@ -57,7 +66,7 @@ void XmlText::read(xmlNode const* list, std::string& text) {
 
 void XmlText::readTrimmed(xmlNode const* list, std::string& text) {
   if (list != nullptr && list->next == nullptr && isText(list)) {
-    text = trimEnd(trimStart(characters(list->content)));
+    text = trimEnd(skipBlanks(characters(list->content)));
     return;
   }
   collect(list, true);
@@ -99,8 +108,8 @@ void XmlText::appendReference(xmlNode const* reference, bool trim) {
 /* Blanks in front of the first text never get in, so that an element with many children does not collect the
  * white space between them. */
 void XmlText::append(xmlChar const* piece, bool trim) {
-  std::string_view const text = characters(piece);
-  collected += trim && collected.empty() ? trimStart(text) : text;
+  char const* text = characters(piece);
+  collected += trim && collected.empty() ? skipBlanks(text) : text;
 }
 
 /* One for the visit and the bytes of text, of this node alone. */

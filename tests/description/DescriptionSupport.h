@@ -2,6 +2,12 @@
 
 #include "ENIObject/ENIObject.h"
 
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -13,36 +19,90 @@ struct Message {
   bool operator==(Message const& other) const { return level == other.level && text == other.text; }
 };
 
-/* A sink that keeps what it is offered, until the next test clears it. */
-std::vector<Message>& messages();
-bool capture(unsigned int level, char const* text);
+/* What the sink was offered, until load() or a test clears it. */
+inline std::vector<Message>& messages() {
+  static std::vector<Message> all;
+  return all;
+}
+
+inline bool capture(unsigned int level, char const* text) {
+  messages().push_back({level, text});
+  return true;
+}
 
 /* Messages of level 0 and 2: what is wrong with a file. */
-std::vector<Message> complaints();
+inline std::vector<Message> complaints() {
+  std::vector<Message> found;
+  for (Message const& message : messages()) {
+    if (message.level == 0 || message.level == 2) {
+      found.push_back(message);
+    }
+  }
+  return found;
+}
 
 /* A file in the temporary folder, deleted with the object. */
 class TemporaryFile {
 public:
-  explicit TemporaryFile(std::string const& content);
-  ~TemporaryFile();
+  explicit TemporaryFile(std::string const& text) : m_path("/tmp/description_test.XXXXXX") {
+    close(mkstemp(m_path.data()));
+    std::ofstream(m_path, std::ios::binary) << text;
+  }
+  ~TemporaryFile() { unlink(path()); }
   TemporaryFile(TemporaryFile const&) = delete;
   TemporaryFile& operator=(TemporaryFile const&) = delete;
 
   char const* path() const { return m_path.c_str(); }
-  std::string content() const;
+  std::string content() const {
+    std::ifstream file(m_path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+  }
 
 private:
   std::string m_path;
 };
 
 /* A whole file around the children of its Descriptions element; vendor 2. */
-std::string description(std::string const& content);
-std::string device(std::string const& product, std::string const& revision, std::string const& content);
+inline std::string description(std::string const& content) {
+  return "<EtherCATInfo Version=\" 1.6\n\"><Vendor><Id>#x2</Id><Name>Maker</Name></Vendor><Descriptions>" +
+         content + "</Descriptions></EtherCATInfo>";
+}
+
+inline std::string device(std::string const& product, std::string const& revision,
+                          std::string const& content) {
+  return "<Device><Type ProductCode=\"" + product + "\" RevisionNo=\"" + revision + "\">T</Type>" + content +
+         "</Device>";
+}
 
 /* Loads `xml` from a file and gives the result; the messages start afresh. */
-bool load(CMasterENIObject& store, std::string const& xml);
+inline bool load(CMasterENIObject& store, std::string const& xml) {
+  messages().clear();
+  TemporaryFile const file(xml);
+  return store.insertENIFile(file.path(), false) != 0;
+}
 
-/* The entries as "sync/pdo index:subindex bits type name", in flat order. */
-std::vector<std::string> entriesOf(CSlaveENIObject const* slave);
+/* "sync/pdo index:subindex bits type name" in flat order. */
+inline std::vector<std::string> entriesOf(CSlaveENIObject const* slave) {
+  std::vector<std::string> rows;
+  unsigned int position = 0;
+  for (ec_sync_info_t const* sync = slave->getSlaveSyncInfo(); sync->index != 0xff; ++sync) {
+    for (unsigned int pdo = 0; pdo < sync->n_pdos; ++pdo) {
+      for (unsigned int entry = 0; entry < sync->pdos[pdo].n_entries; ++entry, ++position) {
+        char name[200];
+        char type[50];
+        unsigned long nameSize = sizeof(name);
+        unsigned long typeSize = sizeof(type);
+        slave->getPDOEntryName(position, name, nameSize);
+        slave->getPDOEntryDataType(position, type, typeSize);
+        char row[400];
+        ec_pdo_entry_info_t const& info = sync->pdos[pdo].entries[entry];
+        std::snprintf(row, sizeof(row), "%d/%X %X:%d %d %s %s", sync->index, sync->pdos[pdo].index,
+                      info.index, info.subindex, info.bit_length, type, name);
+        rows.emplace_back(row);
+      }
+    }
+  }
+  return rows;
+}
 
 } // namespace description_test

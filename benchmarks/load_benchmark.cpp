@@ -1,0 +1,256 @@
+// Loading a description file beside libxml2 reading the same file and doing nothing with it, in one program.
+//
+//   load_benchmark [--esi FILE]...     every file also ten times as long, its devices repeated with new
+//   product codes
+//
+// A file that resembles a real one is generated; the environment variable IGH_MASTER_ESI_DIR names a folder
+// of more. The two take turns, and medians are compared, so that a drifting clock of the machine does not
+// show.
+#include "ENIObject/ENIObject.h"
+
+#include <algorithm>
+#include <benchmark/benchmark.h>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <libxml/parser.h>
+#include <stdexcept>
+#include <string>
+#include <unistd.h>
+#include <utility>
+#include <vector>
+
+namespace {
+
+constexpr int BATCH = 6;
+constexpr int BATCH_WARM_UP = 2;
+
+bool swallow(unsigned int, char const*) {
+  return true;
+}
+
+std::string readFile(std::filesystem::path const& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// Deletes the generated files at the end.
+class Folder {
+public:
+  Folder() : m_path("/tmp/load_benchmark.XXXXXX") {
+    if (mkdtemp(m_path.data()) == nullptr) {
+      throw std::runtime_error("cannot make a folder in /tmp");
+    }
+  }
+  ~Folder() { std::filesystem::remove_all(m_path); }
+  Folder(Folder const&) = delete;
+  Folder& operator=(Folder const&) = delete;
+
+  std::string write(std::string const& name, std::string const& content) const {
+    std::string path = m_path + "/" + name;
+    std::ofstream(path, std::ios::binary) << content;
+    return path;
+  }
+
+private:
+  std::string m_path;
+};
+
+std::string formatted(char const* format, ...) __attribute__((format(printf, 1, 2)));
+std::string formatted(char const* format, ...) {
+  char text[400];
+  va_list arguments;
+  va_start(arguments, format);
+  std::vsnprintf(text, sizeof(text), format, arguments);
+  va_end(arguments);
+  return text;
+}
+
+std::string generatedPdos(char const* element, unsigned int index, unsigned int sync) {
+  std::string pdos;
+  for (unsigned int pdo = 0; pdo < 8; ++pdo) {
+    pdos += formatted("        <%s Fixed=\"1\" Sm=\"%u\">\n", element, sync);
+    pdos += formatted("          <Index>#x%04X</Index>\n          <Name>Channel group</Name>\n", index + pdo);
+    for (unsigned int entry = 1; entry <= 16; ++entry) {
+      pdos += formatted("          <Entry>\n            <Index>#x%04X</Index>\n", 0x7000 + pdo);
+      pdos += formatted("            <SubIndex>%u</SubIndex>\n            <BitLen>16</BitLen>\n", entry);
+      pdos += formatted("            <Name>Channel value %u</Name>\n            <DataType>INT</DataType>\n",
+                        16 * pdo + entry);
+      pdos += "          </Entry>\n";
+    }
+    pdos += formatted("        </%s>\n", element);
+  }
+  return pdos;
+}
+
+// Most of a real file is the object dictionary, which is read past.
+std::string generatedDictionary() {
+  std::string objects = "        <Profile>\n          <Dictionary>\n            <Objects>\n";
+  for (unsigned int object = 0; object < 700; ++object) {
+    objects += formatted("              <Object>\n                <Index>#x%04X</Index>\n", 0x2000 + object);
+    objects +=
+        formatted("                <Name>Parameter %u</Name>\n                <Type>UDINT</Type>\n", object);
+    objects += "                <BitSize>32</BitSize>\n                <Info>\n"
+               "                  <DefaultData>00000000</DefaultData>\n                </Info>\n"
+               "                <Flags>\n                  <Access>rw</Access>\n                </Flags>\n"
+               "              </Object>\n";
+  }
+  return objects + "            </Objects>\n          </Dictionary>\n        </Profile>\n";
+}
+
+std::string generatedFile() {
+  std::string devices;
+  for (unsigned int product = 1; product <= 3; ++product) {
+    devices +=
+        formatted("      <Device Physics=\"YY\">\n        <Type ProductCode=\"#x%X\" RevisionNo=\"#x10\">"
+                  "Terminal</Type>\n",
+                  product);
+    devices +=
+        "        <Name LcId=\"1033\">A terminal with many channels</Name>\n" + generatedDictionary() +
+        generatedPdos("RxPdo", 0x1600, 2) + generatedPdos("TxPdo", 0x1A00, 3) +
+        "        <Dc>\n          <OpMode>\n            <Name>DC</Name>\n            <AssignActivate>#x300"
+        "</AssignActivate>\n          </OpMode>\n        </Dc>\n      </Device>\n";
+  }
+  return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<EtherCATInfo Version=\"1.6\">\n  <Vendor>\n    "
+         "<Id>#xB0B</Id>\n"
+         "    <Name>Generated</Name>\n  </Vendor>\n  <Descriptions>\n    <Devices>\n" +
+         devices + "    </Devices>\n  </Descriptions>\n</EtherCATInfo>\n";
+}
+
+std::string withNewProductCodes(std::string devices, unsigned int copy) {
+  std::string const attribute = "ProductCode=\"";
+  unsigned int product = copy << 20;
+  for (std::size_t at = devices.find(attribute); at != std::string::npos; at = devices.find(attribute, at)) {
+    at += attribute.size();
+    devices.replace(at, devices.find('"', at) - at, std::to_string(++product));
+  }
+  return devices;
+}
+
+std::string tenfold(std::string const& xml) {
+  std::string const opening = "<Devices>";
+  std::size_t const start = xml.find(opening) + opening.size();
+  std::size_t const end = xml.find("</Devices>");
+  std::string const devices = xml.substr(start, end - start);
+  std::string all = xml.substr(0, end);
+  for (unsigned int copy = 1; all.size() < 10 * xml.size(); ++copy) {
+    all += withNewProductCodes(devices, copy);
+  }
+  return all + xml.substr(end);
+}
+
+double processorSeconds() {
+  timespec time{};
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
+double readOnly(std::string const& path) {
+  double const start = processorSeconds();
+  xmlDoc* document = xmlParseFile(path.c_str());
+  xmlFreeDoc(document);
+  return processorSeconds() - start;
+}
+
+double load(std::string const& path) {
+  CMasterENIObject store(swallow);
+  double const start = processorSeconds();
+  if (store.insertENIFile(path.c_str(), false) == 0) {
+    throw std::runtime_error("cannot load " + path);
+  }
+  return processorSeconds() - start;
+}
+
+double median(std::vector<double> values) {
+  auto const middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+  std::nth_element(values.begin(), middle, values.end());
+  return *middle;
+}
+
+double runBatch(double (*run)(std::string const&), std::string const& path, std::vector<double>& all) {
+  std::vector<double> times;
+  times.reserve(BATCH);
+  for (int i = 0; i < BATCH; ++i) {
+    times.push_back(run(path));
+  }
+  times.erase(times.begin(), times.begin() + BATCH_WARM_UP);
+  all.insert(all.end(), times.begin(), times.end());
+  return median(times);
+}
+
+void compare(benchmark::State& state, std::string const& path) {
+  std::vector<double> loads;
+  std::vector<double> reads;
+  for ([[maybe_unused]] auto _ : state) {
+    runBatch(readOnly, path, reads);
+    state.SetIterationTime(runBatch(load, path, loads));
+  }
+  double const megabytes = static_cast<double>(std::filesystem::file_size(path)) / 1e6;
+  state.counters["MB"] = megabytes;
+  state.counters["load_MB_per_s"] = megabytes / median(loads);
+  state.counters["libxml2_MB_per_s"] = megabytes / median(reads);
+  state.counters["ratio"] = median(loads) / median(reads);
+}
+
+// Takes the program's own arguments out of the list.
+std::vector<std::string> filesGiven(int& argc, char** argv) {
+  std::vector<std::string> files;
+  int kept = 1;
+  for (int i = 1; i < argc; ++i) {
+    if (std::strcmp(argv[i], "--esi") == 0 && i + 1 < argc) {
+      files.emplace_back(argv[++i]);
+    } else {
+      argv[kept++] = argv[i];
+    }
+  }
+  argc = kept;
+  char const* folder = std::getenv("IGH_MASTER_ESI_DIR");
+  if (folder != nullptr && std::filesystem::is_directory(folder)) {
+    for (auto const& file : std::filesystem::directory_iterator(folder)) {
+      if (file.path().extension() == ".xml") {
+        files.push_back(file.path().string());
+      }
+    }
+  }
+  return files;
+}
+
+void registerInput(std::string const& name, std::string const& path) {
+  benchmark::RegisterBenchmark(name.c_str(), compare, path)
+      ->UseManualTime()
+      ->MinTime(1)
+      ->Unit(benchmark::kMillisecond);
+}
+
+void registerInputs(Folder const& folder, std::vector<std::string> const& files) {
+  for (std::string const& file : files) {
+    std::string const name = std::filesystem::path(file).filename().string();
+    registerInput(name, file);
+    registerInput(name + " x10", folder.write("tenfold_" + name, tenfold(readFile(file))));
+  }
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+  try {
+    Folder const folder;
+    std::vector<std::string> files = filesGiven(argc, argv);
+    files.insert(files.begin(), folder.write("generated.xml", generatedFile()));
+    registerInputs(folder, files);
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
+      return 2;
+    }
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+  } catch (std::exception const& exception) {
+    std::fprintf(stderr, "load_benchmark: %s\n", exception.what());
+    return 1;
+  }
+}
