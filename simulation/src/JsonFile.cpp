@@ -38,36 +38,48 @@ std::string readAll(const std::string& path) {
   return text;
 }
 
-// Follows the parser through the document. The parser itself keeps the last of two equal keys and accepts any
-// depth.
-class Follower {
+FileProblem malformed(const std::string& text, std::size_t position, std::string_view reason) {
+  const std::size_t end = std::min(text.size(), position > 0 ? position - 1 : 0);
+  const auto stop = text.begin() + static_cast<std::ptrdiff_t>(end);
+  const auto line = 1 + std::count(text.begin(), stop, '\n');
+  const std::size_t lineStart = end == 0 ? std::string::npos : text.rfind('\n', end - 1);
+  const std::size_t column = lineStart == std::string::npos ? end + 1 : end - lineStart;
+  // The parser's sentence goes on with the text read so far, which may be all of the file.
+  for (const char* prefix : {"] ", ": "}) { // its own name, and the place once more
+    const std::size_t prefixEnd = reason.find(prefix);
+    reason.remove_prefix(prefixEnd == std::string_view::npos ? 0 : prefixEnd + 2);
+  }
+  reason = reason.substr(0, reason.find("; last read"));
+  return {std::to_string(line) + ":" + std::to_string(column), printable(reason, longestReason)};
+}
+
+// Goes through the document before it is built: the parser itself keeps the last of two equal keys and
+// accepts any depth, and its callbacks cost a walk through all elder siblings each.
+class Checker final : public json::json_sax_t {
 public:
-  bool operator()(json::parse_event_t event, const json& parsed) {
-    switch (event) {
-    case json::parse_event_t::object_start:
-    case json::parse_event_t::array_start:
-      if (m_levels.size() == deepestNesting) {
-        throw FileProblem{place(), "is nested too deeply"};
-      }
-      m_levels.emplace_back();
-      m_levels.back().isArray = event == json::parse_event_t::array_start;
-      break;
-    case json::parse_event_t::key:
-      m_levels.back().key = parsed.get_ref<const std::string&>();
-      if (!m_levels.back().keys.insert(m_levels.back().key).second) {
-        throw FileProblem{place(), "stands there twice"};
-      }
-      break;
-    case json::parse_event_t::object_end:
-    case json::parse_event_t::array_end:
-      m_levels.pop_back();
-      finishElement();
-      break;
-    case json::parse_event_t::value:
-      finishElement();
-      break;
+  explicit Checker(const std::string& text) : m_text(text) {}
+
+  bool null() override { return finishElement(); }
+  bool boolean(bool /*value*/) override { return finishElement(); }
+  bool number_integer(number_integer_t /*value*/) override { return finishElement(); }
+  bool number_unsigned(number_unsigned_t /*value*/) override { return finishElement(); }
+  bool number_float(number_float_t /*value*/, const string_t& /*text*/) override { return finishElement(); }
+  bool string(string_t& /*value*/) override { return finishElement(); }
+  bool binary(binary_t& /*value*/) override { return finishElement(); }
+  bool start_object(std::size_t /*size*/) override { return enter(false); }
+  bool end_object() override { return leave(); }
+  bool start_array(std::size_t /*size*/) override { return enter(true); }
+  bool end_array() override { return leave(); }
+  bool key(string_t& name) override {
+    m_levels.back().key = name;
+    if (!m_levels.back().keys.insert(name).second) {
+      throw FileProblem{place(), "stands there twice"};
     }
     return true;
+  }
+  bool parse_error(std::size_t position, const std::string& /*token*/,
+                   const json::exception& error) override {
+    throw malformed(m_text, position, error.what());
   }
 
 private:
@@ -78,10 +90,23 @@ private:
     std::set<std::string> keys;
   };
 
-  void finishElement() {
+  bool enter(bool isArray) {
+    if (m_levels.size() == deepestNesting) {
+      throw FileProblem{place(), "is nested too deeply"};
+    }
+    m_levels.emplace_back();
+    m_levels.back().isArray = isArray;
+    return true;
+  }
+  bool leave() {
+    m_levels.pop_back();
+    return finishElement();
+  }
+  bool finishElement() {
     if (!m_levels.empty()) {
       ++m_levels.back().index;
     }
+    return true;
   }
   std::string place() const {
     std::string text;
@@ -91,22 +116,9 @@ private:
     return text;
   }
 
+  const std::string& m_text;
   std::vector<Level> m_levels;
 };
-
-FileProblem malformed(const std::string& text, const json::parse_error& error) {
-  const std::size_t end = std::min(text.size(), error.byte > 0 ? error.byte - 1 : 0);
-  const auto stop = text.begin() + static_cast<std::ptrdiff_t>(end);
-  const auto line = 1 + std::count(text.begin(), stop, '\n');
-  const std::size_t lineStart = end == 0 ? std::string::npos : text.rfind('\n', end - 1);
-  const std::size_t column = lineStart == std::string::npos ? end + 1 : end - lineStart;
-  // The parser's sentence goes on with the text read so far, which may be all of the file.
-  std::string_view reason = error.what();
-  const std::size_t afterPlace = reason.find(": ");
-  reason.remove_prefix(afterPlace == std::string_view::npos ? 0 : afterPlace + 2);
-  reason = reason.substr(0, reason.find("; last read"));
-  return {std::to_string(line) + ":" + std::to_string(column), printable(reason, longestReason)};
-}
 
 // False unless the whole text is one number of at most 64 bits.
 bool parseNumber(const std::string& text, std::uint64_t* number) {
@@ -132,15 +144,9 @@ std::string printable(std::string_view text, std::size_t longest) {
 
 json loadJsonFile(const std::string& path) {
   const std::string text = readAll(path);
-  Follower follower;
-  try {
-    return json::parse(
-        text, [&](int, json::parse_event_t event, const json& parsed) { return follower(event, parsed); });
-  } catch (const json::parse_error& error) {
-    throw malformed(text, error);
-  } catch (const json::exception&) {
-    throw FileProblem{"", "holds a number that is too large"};
-  }
+  Checker checker(text);
+  json::sax_parse(text, &checker);
+  return json::parse(text);
 }
 
 void JsonNode::fail(const std::string& reason) const {

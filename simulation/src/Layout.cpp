@@ -4,6 +4,7 @@
 
 namespace {
 
+// NOLINTBEGIN(bugprone-sizeof-expression): the size of a pointer member is meant
 #define LAYOUT(type, size, alignment)                                                                        \
   static_assert(sizeof(type) == (size) && alignof(type) == (alignment), #type)
 #define AT(type, field, offset, size)                                                                        \
@@ -79,6 +80,7 @@ AT(ec_master_link_state_t, slaves_responding, 0, 4);
 LAYOUT(ec_slave_config_state_t, 4, 4);
 AT(ec_slave_config_state_t, position, 2, 2);
 
+// NOLINTEND(bugprone-sizeof-expression)
 #undef LAYOUT
 #undef AT
 

@@ -73,6 +73,7 @@ void Master::clearConfiguration() {
   m_handles.clear();
   m_topology.forgetConfigurations();
   m_domains.clear();
+  m_places.clear();
   m_configurations.clear();
   std::vector<std::uint8_t>().swap(m_image);
 }
@@ -89,21 +90,19 @@ ec_slave_config_t* Master::createConfiguration(std::uint16_t alias, std::uint16_
 
 SlaveConfiguration* Master::configuration(std::uint16_t alias, std::uint16_t position, std::uint32_t vendorId,
                                           std::uint32_t productCode) {
-  for (const auto& known : m_configurations) {
-    if (known->isAt(alias, position)) {
-      if (known->describes(vendorId, productCode)) {
-        return known.get();
-      }
-      std::fprintf(stderr, "Slave %u:%u of master %u was configured as another type before.\n",
-                   static_cast<unsigned int>(alias), static_cast<unsigned int>(position), m_index);
-      return nullptr;
-    }
+  SlaveConfiguration*& place = m_places[static_cast<std::uint32_t>(alias) << 16U | position];
+  if (place == nullptr) {
+    m_configurations.push_back(
+        std::make_unique<SlaveConfiguration>(*this, alias, position, vendorId, productCode));
+    place = m_configurations.back().get();
+    m_topology.attach(*place);
+    place->loadDefaultMapping();
+  } else if (!place->describes(vendorId, productCode)) {
+    std::fprintf(stderr, "Slave %s of master %u was configured as another type before.\n",
+                 place->place().c_str(), m_index);
+    return nullptr;
   }
-  m_configurations.push_back(
-      std::make_unique<SlaveConfiguration>(*this, alias, position, vendorId, productCode));
-  m_topology.attach(*m_configurations.back());
-  m_configurations.back()->loadDefaultMapping();
-  return m_configurations.back().get();
+  return place;
 }
 
 ec_domain_t* Master::createDomain() {

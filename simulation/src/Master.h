@@ -9,6 +9,8 @@
 #include "Recorder.h"
 #include "Topology.h"
 
+#include <unordered_map>
+
 namespace ethercat_simulation {
 
 class Master final : public Bus {
@@ -82,6 +84,7 @@ private:
   unsigned int m_index;
   Recorder m_recorder;
   Configurations m_configurations;
+  std::unordered_map<std::uint32_t, SlaveConfiguration*> m_places; // by alias and position
   Topology m_topology{m_configurations};
   std::vector<std::unique_ptr<Domain>> m_domains;
   std::vector<std::uint8_t> m_image; // all domains back to back

@@ -30,9 +30,6 @@ public:
         m_productCode(productCode) {}
 
   Master& master() const { return m_owner; }
-  bool isAt(std::uint16_t alias, std::uint16_t position) const {
-    return m_alias == alias && m_position == position;
-  }
   bool describes(std::uint32_t vendorId, std::uint32_t productCode) const {
     return m_vendorId == vendorId && m_productCode == productCode;
   }

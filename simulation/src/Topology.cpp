@@ -11,6 +11,9 @@ void Topology::insert(std::size_t position, const Slave& slave) {
   const std::size_t place = std::min(position, m_wire.size());
   m_wire.insert(m_wire.begin() + static_cast<std::ptrdiff_t>(place), m_units.back().get());
   m_list.reserve(m_wire.capacity()); // a scan in the cycle must not allocate
+  if (m_drive == Drive::nobody && m_link) {
+    m_units.back()->settle();
+  }
   changed();
 }
 
@@ -46,9 +49,6 @@ void Topology::setScanCycles(unsigned int cycles) {
 void Topology::changed() {
   wake();
   m_rescan = true;
-  if (m_drive == Drive::nobody) {
-    scanNow();
-  }
 }
 
 void Topology::scanNow() {
@@ -63,6 +63,8 @@ void Topology::scanNow() {
 }
 
 void Topology::drive(Drive drive) {
+  // Nobody sees the list while nobody holds the master, so it is enough to scan at both ends of that time.
+  const bool free = m_drive == Drive::nobody || drive == Drive::nobody;
   m_drive = drive;
   wake();
   if (drive == Drive::running) {
@@ -72,7 +74,7 @@ void Topology::drive(Drive drive) {
     return;
   }
   m_seenLink = m_link;
-  if (drive == Drive::nobody || m_scanLeft > 0) {
+  if ((free && m_rescan) || m_scanLeft > 0) {
     m_scanLeft = 0;
     scanNow();
   }

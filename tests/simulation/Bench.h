@@ -13,6 +13,9 @@ namespace bench {
 
 namespace sim = ethercat_simulation;
 
+// Calls of operator new so far in the whole program, the simulation included.
+std::size_t allocations();
+
 constexpr std::uint32_t vendor = 0x00000E00;
 
 // Two output bytes on sync manager 2 (0x7000:01, :02) and two input bytes on 3 (0x6000:01, :02).

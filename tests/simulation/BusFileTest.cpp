@@ -65,6 +65,7 @@ TEST_F(BusFileTest, ABadFileGivesOneLineAndNoBus) {
        "1:1: syntax error while parsing value - unexpected end of input; expected '[', '{', or a literal"},
       {"{\n \"slaves\": [,]}",
        "2:13: syntax error while parsing value - unexpected ','; expected '[', '{', or a literal"},
+      {"[1e999]", "1:6: number overflow parsing '1e999'"},
       {"[]", "/: must be an object"},
       {"{}", "/: neither \"masters\" nor \"slaves\" is there"},
       {R"({"masters":[],"slaves":[]})", "/slaves: contradicts or is unknown beside \"masters\""},

@@ -1,28 +1,8 @@
 #include "Bench.h"
 
-#include <atomic>
-#include <cstdlib>
-#include <new>
 #include <thread>
 
 using namespace bench;
-
-static std::atomic<std::size_t> allocations{0};
-
-// Replaces the operator of the whole program, the simulation included.
-void* operator new(std::size_t size) {
-  ++allocations;
-  if (void* memory = std::malloc(size)) {
-    return memory;
-  }
-  throw std::bad_alloc();
-}
-void operator delete(void* memory) noexcept {
-  std::free(memory);
-}
-void operator delete(void* memory, std::size_t) noexcept {
-  std::free(memory);
-}
 
 namespace {
 
@@ -169,14 +149,14 @@ TEST_F(CycleTest, TheCycleAllocatesNothingNotEvenWhileItScansAndClimbs) {
   ec_slave_config_t* configuration = ecrt_master_slave_config(master, 0, 0, vendor, 1);
   bus().removeSlave(0);
   bus().insertSlave(0, twoWay());
-  const std::size_t before = allocations;
+  const std::size_t before = allocations();
   for (int i = 0; i < 50; ++i) {
     exchange();
     masterState();
     counter();
     stateOf(configuration);
   }
-  EXPECT_EQ(allocations, before);
+  EXPECT_EQ(allocations(), before);
   EXPECT_EQ(bus().alState(0), 8);
 }
 
