@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstring>
 
 namespace {
 
@@ -18,7 +19,8 @@ template <class READER> std::string readText(READER reader) {
   }
   std::string text(size, '\0');
   reader(text.data(), size);
-  return text.c_str();
+  text.resize(std::strlen(text.c_str()));
+  return text;
 }
 
 } // namespace
