@@ -1,4 +1,4 @@
-// A bus, the description file that matches it and the library between them; every test drives the exported
+// A bus, the description file that matches it, and the library between them, driven through its exported
 // functions.
 #pragma once
 
@@ -17,10 +17,11 @@ namespace scenario {
 using ethercat_simulation::Bus;
 using ethercat_simulation::bus;
 using ethercat_simulation::Call;
+using Bytes = std::vector<std::uint8_t>;
 
 struct Field {
-  std::string name;
-  std::string type = ""; // empty: a gap
+  std::string name; // "gap…": an entry with index 0
+  std::string type;
   unsigned int bits = 0; // 0: as wide as the type
 };
 
@@ -38,31 +39,16 @@ inline const Device byteIo{0x10, {{"Out", "USINT"}}, {{"In", "USINT"}}};
 inline const Device switcher{0x99, {}, {}, "", false};
 
 ethercat_simulation::Slave slaveOf(const Device& device);
-
-struct Printed {
-  std::string out;
-  std::string err;
-};
-// Everything that reaches the two descriptors meanwhile.
-Printed capture(const std::function<void()>& run);
-
-// Target of the error callback; recording allocates nothing.
-class Errors {
-public:
-  static void record(unsigned int device, unsigned int slave, int code, void* errors);
-  // "device/slave/code" of each, * for the master as a whole, and forgets them.
-  std::string take();
-
-private:
-  std::array<std::array<unsigned int, 3>, 256> m_list{};
-  std::size_t m_count = 0;
-};
+// Runs it and compares everything that reaches the two descriptors meanwhile.
+void expectPrint(const std::string& out, const std::string& err, const std::function<void()>& run);
+void quietly(const std::function<void()>& run);
 
 struct MasterOptions {
   std::uint16_t id = 0;
   std::uint32_t period = 1000000;
   bool enableDc = false;
   bool syncToReferenceClock = false;
+  bool exchangeMode = false;
 };
 
 class Scenario : public testing::Test {
@@ -70,25 +56,28 @@ protected:
   Scenario();
   // Ends every master and demands that the library misused no handle and kept the order of calls.
   ~Scenario() override;
+  void startOver(); // for the next round of a test on new masters
 
   // Bus and description file from one source; the master is initialised and has the file.
   void build(const std::vector<Device>& devices, const MasterOptions& options = {});
   bool describe(const std::vector<Device>& devices, std::uint16_t id = 0);
-  // scan, configure, activate
-  Printed bringUp(std::uint16_t id = 0);
-  void start(const std::vector<Device>& devices, const MasterOptions& options = {});
+  void bringUp(std::uint16_t id = 0); // scan, configure, activate
+  void start(const std::vector<Device>& devices, const MasterOptions& options = {});     // build and bring up
+  void startInOp(const std::vector<Device>& devices, const MasterOptions& options = {}); // and cycle until OP
   void cycle(unsigned int count = 1, std::uint16_t id = 0);
-  void cycleWith(const std::function<void()>& callback, std::uint16_t id = 0);
+  void cycleWith(const std::function<void()>& callback);
   void cycleUntil(std::uint32_t state, std::uint16_t id = 0);
-  std::string errorsOf(unsigned int cycles);
+  // "device/slave/code" of each error in these cycles, * for the master as a whole.
+  std::string errorsOf(unsigned int cycles, std::uint16_t id = 0);
 
   std::uint32_t handle(std::uint32_t slave, const std::string& name, bool read, std::uint16_t id = 0);
+  void send(std::uint32_t slave, const std::string& name, double value, std::uint16_t id = 0);
   double value(std::uint32_t handle, std::uint16_t id = 0);
-  // Names of the traced calls without the prefix; and one call in full.
+  // Names of the traced calls without the prefix; all traced calls of one kind in full, one a line.
   std::string calls(Bus& of = bus());
-  std::string callText(Call call, Bus& of = bus());
+  std::string callTexts(Call call, Bus& of = bus());
 
-  Errors errors;
+  std::string errors;
   std::set<std::uint16_t> masters{0};
   bool outOfOrderExpected = false;
 };
