@@ -36,6 +36,9 @@ bool swallow(unsigned int, char const*) {
 
 std::string readFile(std::filesystem::path const& path) {
   std::ifstream file(path, std::ios::binary);
+  if (!file) {
+    throw std::runtime_error("cannot read " + path.string());
+  }
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
@@ -136,6 +139,9 @@ std::string tenfold(std::string const& xml) {
   std::string const opening = "<Devices>";
   std::size_t const start = xml.find(opening) + opening.size();
   std::size_t const end = xml.find("</Devices>");
+  if (end == std::string::npos || end < start) {
+    throw std::runtime_error("a file without a Devices element cannot be made longer");
+  }
   std::string const devices = xml.substr(start, end - start);
   std::string all = xml.substr(0, end);
   for (unsigned int copy = 1; all.size() < 10 * xml.size(); ++copy) {
