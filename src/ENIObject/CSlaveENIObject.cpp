@@ -1,5 +1,7 @@
 #include "ENIObject/CSlaveENIObject.h"
 
+#include "XmlParser/XmlParser.h"
+
 #include <cstring>
 #include <utility>
 
@@ -117,13 +119,5 @@ bool CSlaveENIObject::getPDOEntryDataType(unsigned int position, char* buffer, u
 }
 
 bool CSlaveENIObject::getBaseStringFromSTLString(std::string const& text, char* buffer, unsigned long& size) {
-  unsigned long const needed = text.size() + 1;
-  if (buffer != nullptr) {
-    if (size < needed) {
-      return false;
-    }
-    std::memcpy(buffer, text.c_str(), needed);
-  }
-  size = needed;
-  return true;
+  return xml_copy_string(text, buffer, size);
 }

@@ -109,6 +109,8 @@ private:
   };
 
   CSlaveENIObject* descriptionOf(unsigned int slave) const; // null also for a slave out of range
+  bool writeSlotValue(unsigned int slave, unsigned int (CSlaveENIObject::*getter)() const,
+                      unsigned int* out) const;
 
   // Scan
   void readSlaves();

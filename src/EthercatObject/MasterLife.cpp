@@ -107,29 +107,24 @@ CSlaveENIObject* CEthercatMaster::descriptionOf(unsigned int slave) const {
   return slave < m_vecSlaves.size() ? m_vecSlaves[slave]->getENIObject() : nullptr;
 }
 
-bool CEthercatMaster::getSlaveSlotNumber(unsigned int slave, unsigned int* slotNumber) const {
+bool CEthercatMaster::writeSlotValue(unsigned int slave, unsigned int (CSlaveENIObject::*getter)() const,
+                                     unsigned int* out) const {
   const CSlaveENIObject* const description = descriptionOf(slave);
   if (description == nullptr) {
     return false;
   }
-  writeIfWanted(slotNumber, description->getSlotNumber());
+  writeIfWanted(out, (description->*getter)());
   return true;
+}
+
+bool CEthercatMaster::getSlaveSlotNumber(unsigned int slave, unsigned int* slotNumber) const {
+  return writeSlotValue(slave, &CSlaveENIObject::getSlotNumber, slotNumber);
 }
 
 bool CEthercatMaster::getSlaveSlotIndexIncrement(unsigned int slave, unsigned int* increment) const {
-  const CSlaveENIObject* const description = descriptionOf(slave);
-  if (description == nullptr) {
-    return false;
-  }
-  writeIfWanted(increment, description->getSlotIndexIncrement());
-  return true;
+  return writeSlotValue(slave, &CSlaveENIObject::getSlotIndexIncrement, increment);
 }
 
 bool CEthercatMaster::getSlaveSlotPdoIncrement(unsigned int slave, unsigned int* increment) const {
-  const CSlaveENIObject* const description = descriptionOf(slave);
-  if (description == nullptr) {
-    return false;
-  }
-  writeIfWanted(increment, description->getSlotPdoIncrement());
-  return true;
+  return writeSlotValue(slave, &CSlaveENIObject::getSlotPdoIncrement, increment);
 }

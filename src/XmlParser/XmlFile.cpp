@@ -4,8 +4,10 @@
 #include "XmlParser/XmlText.h"
 
 #include <libxml/parser.h>
+#include <sys/stat.h>
 
 #include <cstdio>
+#include <cstring>
 #include <exception>
 #include <memory>
 #include <optional>
@@ -18,9 +20,15 @@ struct FreeDocument {
   void operator()(xmlDoc* document) const { xmlFreeDoc(document); }
 };
 
+/* A pipe would hold the caller until somebody writes to it. */
+bool isPipe(char const* path) {
+  struct stat status {};
+  return stat(path, &status) == 0 && S_ISFIFO(status.st_mode);
+}
+
 std::optional<unsigned long> openedLength(char const* path, int mode) {
   CFile file;
-  if (!file.open(path, mode)) {
+  if (isPipe(path) || !file.open(path, mode)) {
     return std::nullopt;
   }
   return file.getLength();
@@ -28,7 +36,9 @@ std::optional<unsigned long> openedLength(char const* path, int mode) {
 
 /* Null when the file is no well-formed document or a hostile one. */
 _XmlNode* readTree(xml_file_handle& handle, char const* path, unsigned long length) {
-  std::unique_ptr<xmlDoc, FreeDocument> const document(xmlParseFile(path));
+  /* libxml2 takes the name "-" for the standard input. */
+  char const* const name = std::strcmp(path, "-") == 0 ? "./-" : path;
+  std::unique_ptr<xmlDoc, FreeDocument> const document(xmlParseFile(name));
   xmlNode const* rootElement = document ? xmlDocGetRootElement(document.get()) : nullptr;
   if (rootElement == nullptr) {
     return nullptr;

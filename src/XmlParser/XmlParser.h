@@ -61,6 +61,9 @@ bool xml_file_get_attribute_value(char const* name, _XmlNode const* node, char* 
 bool xml_file_get_node_value(_XmlNode const* node, char* buffer, unsigned long& size);
 bool xml_file_get_node_name(_XmlNode const* node, char* buffer, unsigned long& size);
 
+/* The size protocol itself, for any text. */
+bool xml_copy_string(std::string const& text, char* buffer, unsigned long& size);
+
 /* The children of one name as a range for a for loop: one step per sibling. */
 class xml_children {
 public:

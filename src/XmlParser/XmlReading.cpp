@@ -5,18 +5,6 @@
 
 namespace {
 
-bool copyString(std::string const& text, char* buffer, unsigned long& size) {
-  unsigned long const needed = text.size() + 1;
-  if (buffer != nullptr) {
-    if (size < needed) {
-      return false;
-    }
-    std::memcpy(buffer, text.c_str(), needed);
-  }
-  size = needed;
-  return true;
-}
-
 NodeAttribute const* findAttribute(int index, _XmlNode const* node) {
   if (index < 0 || index >= xml_file_get_attribute_count(node)) {
     return nullptr;
@@ -37,6 +25,18 @@ NodeAttribute const* findAttribute(char const* name, _XmlNode const* node) {
 }
 
 } // namespace
+
+bool xml_copy_string(std::string const& text, char* buffer, unsigned long& size) {
+  unsigned long const needed = text.size() + 1;
+  if (buffer != nullptr) {
+    if (size < needed) {
+      return false;
+    }
+    std::memcpy(buffer, text.c_str(), needed);
+  }
+  size = needed;
+  return true;
+}
 
 int xml_file_get_child_count(_XmlNode const* node, char const* name) {
   int count = 0;
@@ -64,24 +64,24 @@ int xml_file_get_attribute_count(_XmlNode const* node) {
 
 bool xml_file_get_attribute_name(int index, _XmlNode const* node, char* buffer, unsigned long& size) {
   NodeAttribute const* attribute = findAttribute(index, node);
-  return attribute != nullptr && copyString(attribute->name, buffer, size);
+  return attribute != nullptr && xml_copy_string(attribute->name, buffer, size);
 }
 
 bool xml_file_get_attribute_value_by_index(int index, _XmlNode const* node, char* buffer,
                                            unsigned long& size) {
   NodeAttribute const* attribute = findAttribute(index, node);
-  return attribute != nullptr && copyString(attribute->value, buffer, size);
+  return attribute != nullptr && xml_copy_string(attribute->value, buffer, size);
 }
 
 bool xml_file_get_attribute_value(char const* name, _XmlNode const* node, char* buffer, unsigned long& size) {
   NodeAttribute const* attribute = findAttribute(name, node);
-  return attribute != nullptr && copyString(attribute->value, buffer, size);
+  return attribute != nullptr && xml_copy_string(attribute->value, buffer, size);
 }
 
 bool xml_file_get_node_value(_XmlNode const* node, char* buffer, unsigned long& size) {
-  return node != nullptr && copyString(node->value, buffer, size);
+  return node != nullptr && xml_copy_string(node->value, buffer, size);
 }
 
 bool xml_file_get_node_name(_XmlNode const* node, char* buffer, unsigned long& size) {
-  return node != nullptr && copyString(node->name, buffer, size);
+  return node != nullptr && xml_copy_string(node->name, buffer, size);
 }
