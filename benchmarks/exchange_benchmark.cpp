@@ -85,10 +85,11 @@ public:
   HandLoop(unsigned int slaves, const std::vector<sim::SyncManager>& managers)
       : m_master(ecrt_request_master(HAND_BUS)) {
     m_domain = ecrt_master_create_domain(m_master);
-    for (std::uint16_t position = 0; position < slaves; ++position) {
-      m_configs.push_back(ecrt_master_slave_config(m_master, 0, position, VENDOR, PRODUCT));
+    for (unsigned int position = 0; position < slaves; ++position) {
+      m_configs.push_back(
+          ecrt_master_slave_config(m_master, 0, static_cast<std::uint16_t>(position), VENDOR, PRODUCT));
       for (const sim::SyncManager& manager : managers) {
-        registerEntries(position, manager);
+        registerEntries(static_cast<std::uint16_t>(position), manager);
       }
     }
     ecrt_master_activate(m_master);
@@ -216,7 +217,7 @@ void exchangeBesideHandLoop(benchmark::State& state) {
   std::vector<double> handNs;
   std::vector<double> bareNs;
   constexpr unsigned int BATCH = 200;
-  for (auto _ : state) {
+  while (state.KeepRunning()) {
     libraryNs.push_back(nanosecondsPerCycle(BATCH, [&] { library.cycle(); }));
     handNs.push_back(nanosecondsPerCycle(BATCH, [&] { hand.cycle<true>(); }));
     bareNs.push_back(nanosecondsPerCycle(BATCH, [&] { hand.cycle<false>(); }));
@@ -243,7 +244,7 @@ void readAndWriteByHandle(benchmark::State& state) {
   const bool read = state.range(0) != 0;
   size_t next = read ? 8 : 0; // of a slave's 16 entries the first half are outputs
   double value = 0;
-  for (auto _ : state) {
+  while (state.KeepRunning()) {
     if (read) {
       benchmark::DoNotOptimize(igh_master_pdo_recv(LIBRARY_BUS, handles[next], &value));
     } else {

@@ -3,17 +3,16 @@
 using namespace scenario;
 
 TEST_F(Scenario, CallsOfACycleComeInOrderInBothModes) {
+  const std::string receive = "master_receive domain_process domain_state";
+  const std::string checksAndSend =
+      "slave_config_state slave_config_state master_link_state master_state domain_queue master_send";
   for (const bool exchangeMode : {false, true}) {
     startInOp({byteIo, byteIo}, {0, 1000000, false, false, exchangeMode});
     bus().setTracing(true);
     std::string beforeCallback;
     cycleWith([&] { beforeCallback = calls(); });
-    const std::string receive = "master_receive domain_process domain_state";
-    const std::string checks = "slave_config_state slave_config_state master_link_state master_state";
-    const std::string send = "domain_queue master_send";
-    EXPECT_EQ(calls(),
-              exchangeMode ? checks + " " + send + " " + receive : receive + " " + checks + " " + send);
-    EXPECT_EQ(beforeCallback, exchangeMode ? calls() : receive + " " + checks);
+    EXPECT_EQ(calls(), exchangeMode ? checksAndSend + " " + receive : receive + " " + checksAndSend);
+    EXPECT_THAT(beforeCallback, testing::EndsWith(exchangeMode ? "domain_state" : "master_state"));
     startOver();
   }
 }

@@ -31,7 +31,7 @@ struct Device {
   std::uint32_t productCode = 0;
   std::vector<Field> outputs = {};
   std::vector<Field> inputs = {};
-  std::string extra = ""; // more XML inside the Device element
+  std::string extra = {}; // more XML inside the Device element
   bool described = true;
 };
 
