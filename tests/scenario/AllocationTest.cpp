@@ -12,6 +12,7 @@ thread_local unsigned int allocations = 0;
 
 #if !defined(__SANITIZE_ADDRESS__) // the sanitizer has its own allocator
 // These stand before the C library's own for every library of the process; operator new ends here as well.
+#pragma GCC visibility push(default)
 extern "C" {
 void* __libc_malloc(std::size_t size);
 void* __libc_calloc(std::size_t number, std::size_t size);
@@ -27,6 +28,7 @@ void* realloc(void* memory, std::size_t size) {
   return allocations += counting ? 1U : 0U, __libc_realloc(memory, size);
 }
 }
+#pragma GCC visibility pop
 #endif
 
 using namespace scenario;

@@ -3,15 +3,16 @@
 using namespace scenario;
 
 TEST_F(Scenario, CallsOfACycleComeInOrderInBothModes) {
-  const std::string receive = "master_receive domain_process domain_state";
-  const std::string checksAndSend =
-      "slave_config_state slave_config_state master_link_state master_state domain_queue master_send";
+  const std::string receive = " master_receive domain_process domain_state";
+  const std::string rest =
+      " slave_config_state slave_config_state master_link_state master_state domain_queue master_send";
+  const std::array<std::string, 2> order{receive + rest, rest + receive};
   for (const bool exchangeMode : {false, true}) {
     startInOp({byteIo, byteIo}, {0, 1000000, false, false, exchangeMode});
     bus().setTracing(true);
     std::string beforeCallback;
     cycleWith([&] { beforeCallback = calls(); });
-    EXPECT_EQ(calls(), exchangeMode ? checksAndSend + " " + receive : receive + " " + checksAndSend);
+    EXPECT_EQ(' ' + calls(), order.at(exchangeMode ? 1 : 0));
     EXPECT_THAT(beforeCallback, testing::EndsWith(exchangeMode ? "domain_state" : "master_state"));
     startOver();
   }
