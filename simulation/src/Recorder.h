@@ -51,8 +51,8 @@ private:
 
   static constexpr When whenOf(Call call) {
     switch (call) {
-    case Call::slaveConfig:
-    case Call::configPdos:
+    // Not the configuration of slaves: after a change of the bus, an application scans and configures on the
+    // active master before it activates anew.
     case Call::configDc:
     case Call::createDomain:
     case Call::regPdoEntryList:

@@ -79,7 +79,7 @@ protected:
 
   std::string errors;
   std::set<std::uint16_t> masters{0};
-  bool outOfOrderExpected = false;
+  std::uint64_t outOfOrderExpected = 0;
 };
 
 } // namespace scenario
