@@ -21,7 +21,7 @@ TEST_F(Scenario, RescanVoidsHandlesAndForgetsTheirKeys) {
   EXPECT_EQ(value(0), 0.0);
   expectPrint("ecrt_master_deactivate\nslave 1 do not config\n", "",
               [] { EXPECT_FALSE(igh_master_active(0)); });
-  cycle(1); // no domain and no configurations: only what needs neither is called
+  cycle(1);               // no domain and no configurations: only what needs neither is called
   outOfOrderExpected = 2; // receive and send, just now
   igh_master_config_all_slave(0);
   EXPECT_TRUE(igh_master_active(0));
