@@ -125,7 +125,7 @@ IGH_MASTER_API bool igh_master_set_exchange_mode(uint16_t id, bool exchangeMode)
 IGH_MASTER_API bool igh_master_set_error_callback(uint16_t id, igh_master_error_callback callback,
                                                   void* userData);
 
-/* Writes the exchange period in ns. Any thread. Result 0 for a null pointer. */
+/* Writes the exchange period in ns. Cycle. Result 0 for a null pointer. */
 IGH_MASTER_API bool igh_master_get_period(uint16_t id, uint32_t* period);
 
 /* Writes by how many ns the master's time has been moved to follow the reference clock (a signed value in an
@@ -142,11 +142,11 @@ IGH_MASTER_API bool igh_master_append_eni(uint16_t id, const char* path);
  * before a scan. `state` must not be null: it is not checked. Cycle. Result 1. */
 IGH_MASTER_API bool igh_master_get_state(uint16_t id, uint32_t* state);
 
-/* Makes every further exchange print one line and do nothing, until the next activation. Any thread.
+/* Makes every further exchange print one line and do nothing, until the next activation. Cycle.
  * Result 1. */
 IGH_MASTER_API bool igh_master_request_terminate(uint16_t id);
 
-/* 1 once igh_master_request_terminate was called since the last activation. Any thread. */
+/* 1 once igh_master_request_terminate was called since the last activation. Cycle. */
 IGH_MASTER_API bool igh_master_is_request_terminate(uint16_t id);
 
 /* Sets the last error to 0. Cycle. Result 1. */

@@ -13,17 +13,6 @@ struct DestroyHandle {
   void operator()(xml_file_handle* handle) const { xml_file_destroy(handle); }
 };
 
-std::string nodeName(_XmlNode const* node) {
-  unsigned long size = 0;
-  if (!xml_file_get_node_name(node, nullptr, size)) {
-    return {};
-  }
-  std::string name(size, '\0');
-  xml_file_get_node_name(node, name.data(), size);
-  name.resize(size - 1);
-  return name;
-}
-
 std::string trimmed(std::string const& text) {
   constexpr char const* blanks = " \t\n\r\v";
   std::size_t const first = text.find_first_not_of(blanks);
@@ -40,14 +29,15 @@ CMasterENIObject::~CMasterENIObject() {
 }
 
 unsigned int CMasterENIObject::insertENIFile(char const* path, bool replace) {
-  auto previous = m_mapVendor;
+  /* A file that fails has added nothing, so only a replacement needs the way back. */
+  std::map<unsigned int, _VendorENIObject> previous;
   if (replace) {
-    m_mapVendor.clear();
+    previous.swap(m_mapVendor);
   }
   m_ulPlacementBudget = placementBudget;
   std::unique_ptr<xml_file_handle, DestroyHandle> const handle(xml_file_create());
   unsigned int const result = resolveFile(handle.get(), path);
-  if (result == 0) {
+  if (result == 0 && replace) {
     m_mapVendor.swap(previous);
   }
   return result;
@@ -60,7 +50,7 @@ unsigned int CMasterENIObject::resolveFile(xml_file_handle* handle, char const* 
     return 0;
   }
   _XmlNode* root = xml_file_get_root(handle);
-  if (nodeName(root) != "EtherCATInfo") {
+  if (root == nullptr || root->name != "EtherCATInfo") {
     reportMessage(m_pfnLog, 0, "Can't find EthercatInfo Node in xml-file!");
     return 0;
   }

@@ -126,6 +126,7 @@ private:
   bool registerProcessData();
   bool imageIsMissing() const;
   unsigned int measureImage() const;
+  unsigned char* readImageAddress() const;
   void setUpDistributedClocks();
   static unsigned long long readEthercatTimeNs(); // real time, since 2000-01-01
   void resetCycleState();
@@ -163,7 +164,8 @@ private:
   unsigned long long m_ullCycleCounter = 0;
   bool m_bEnableDc;
   bool m_bSyncToReferenceClock;
-  unsigned int m_uiDcSettleCycles = 100;
+  static constexpr unsigned int DC_SETTLE_CYCLES = 100;
+  unsigned int m_uiDcSettleCycles = DC_SETTLE_CYCLES;
   bool m_bDcDebug = false;
   unsigned long long m_ullApplicationTimeNs = 0; // since 2000-01-01
   _DC_STATE m_dc;
@@ -173,7 +175,6 @@ private:
   unsigned char* m_pDomainData = nullptr;
   unsigned int m_uiImageSize = 0;       // bytes of the image that registered entries are known to reach
   bool m_bReservationActivated = false; // the present reservation has been activated before
-  bool m_bEntriesRegistered = false;    // the last registration handed over at least one entry
   unsigned int m_uiMasterState = 0;     // AL states of the previous cycle, ORed
   std::unique_ptr<CMasterENIObject> m_pENIObject;
   std::vector<std::unique_ptr<CEthercatSlave>> m_vecSlaves;

@@ -15,6 +15,7 @@ public:
   static CEthercatMasterManager* getUniqueEthercatMasterManager() { return m_pUniqueEthercatMasterManager; }
   static void destroyUniqueEthercatMasterManager();
 
+  virtual ~CEthercatMasterManager() = default;
   virtual bool createEthercatMaster(unsigned short id, unsigned int period, bool enableDc,
                                     bool syncToReferenceClock);
   virtual CEthercatMaster* findEthercatMaster(unsigned short id);
@@ -25,11 +26,9 @@ public:
   CEthercatMasterManager(const CEthercatMasterManager&) = delete;
   CEthercatMasterManager& operator=(const CEthercatMasterManager&) = delete;
 
-protected:
-  explicit CEthercatMasterManager(LOG_FUNCTION log) : m_pfnLog(log) {}
-  virtual ~CEthercatMasterManager() = default;
-
 private:
+  explicit CEthercatMasterManager(LOG_FUNCTION log) : m_pfnLog(log) {}
+
   static CEthercatMasterManager* m_pUniqueEthercatMasterManager;
 
   LOG_FUNCTION m_pfnLog;

@@ -33,16 +33,27 @@ _PDO_ENTRY_OFFSET* CEthercatSlave::getPdoEntryOffset(unsigned int entry) const {
 
 bool CEthercatSlave::configEthercatSlave() {
   ec_master_t* const master = m_pEthercatMaster->getMasterCore();
-  m_pSlaveConfig = master == nullptr ? nullptr
-                                     : ecrt_master_slave_config(master, static_cast<uint16_t>(m_uiAlias),
-                                                                static_cast<uint16_t>(m_uiPosition),
-                                                                m_uiVendorId, m_uiProductCode);
-  const ec_sync_info_t* const layout = m_pENIObject == nullptr ? nullptr : m_pENIObject->getSlaveSyncInfo();
-  if (m_pSlaveConfig == nullptr || ecrt_slave_config_pdos(m_pSlaveConfig, EC_END, layout) != 0) {
-    std::fputs("Failed to configure PDOs.\n", stderr);
-    return false;
+  dropConfiguration();
+  m_bConfigurationWanted = true;
+  if (master != nullptr) {
+    m_pSlaveConfig =
+        ecrt_master_slave_config(master, static_cast<uint16_t>(m_uiAlias),
+                                 static_cast<uint16_t>(m_uiPosition), m_uiVendorId, m_uiProductCode);
   }
-  return true;
+  if (m_pSlaveConfig != nullptr) {
+    const ec_sync_info_t* const layout = m_pENIObject == nullptr ? nullptr : m_pENIObject->getSlaveSyncInfo();
+    m_bLayoutTaken = ecrt_slave_config_pdos(m_pSlaveConfig, EC_END, layout) == 0;
+  }
+  if (!m_bLayoutTaken) {
+    std::fputs("Failed to configure PDOs.\n", stderr);
+  }
+  return m_bLayoutTaken;
+}
+
+void CEthercatSlave::dropConfiguration() {
+  m_pSlaveConfig = nullptr;
+  m_bConfigurationWanted = false;
+  m_bLayoutTaken = false;
 }
 
 bool CEthercatSlave::initEthercatSlaveDC(unsigned int period) {

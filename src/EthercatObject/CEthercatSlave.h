@@ -31,7 +31,11 @@ public:
   // error, when either is refused; without a configuration nothing is handed over.
   bool configEthercatSlave();
   // For after a deactivation, which frees the configuration behind our back.
-  void dropConfiguration() { m_pSlaveConfig = nullptr; }
+  void dropConfiguration();
+  // The application has asked for a configuration, though the platform may have refused it.
+  bool isConfigurationWanted() const { return m_bConfigurationWanted; }
+  // The platform took the description's sync managers; otherwise its own defaults for the slave are in force.
+  bool isLayoutTaken() const { return m_bLayoutTaken; }
   // Period in ns. True when the description has an operation mode "DC" that switches the clock on.
   bool initEthercatSlaveDC(unsigned int period);
   bool setAsReferenceClock();
@@ -59,6 +63,8 @@ private:
   unsigned int m_uiRevisionCode;
   CEthercatMaster* m_pEthercatMaster;
   ec_slave_config_t* m_pSlaveConfig = nullptr;
+  bool m_bConfigurationWanted = false;
+  bool m_bLayoutTaken = false;
   CSlaveENIObject* m_pENIObject;
   std::unique_ptr<_PDO_ENTRY_OFFSET[]> m_pPdoEntryOffsets;
   [[maybe_unused]] LOG_FUNCTION m_pfnLog; // kept with the slave; nothing here has a text for it yet

@@ -1,12 +1,14 @@
 // Configuration of the slaves, activation and deactivation.
 #include "EthercatObject/CEthercatMaster.h"
 
+#include <cstdint>
 #include <cstdio>
 #include <ctime>
 
 namespace {
 
-constexpr unsigned int DC_SETTLE_CYCLES = 100;
+// The lowest address that Linux maps for a program (vm.mmap_min_addr).
+constexpr std::uintptr_t FIRST_MAPPED_ADDRESS = 65536;
 
 } // namespace
 
@@ -50,10 +52,11 @@ bool CEthercatMaster::active() {
   return m_bActive;
 }
 
-// The platform has freed the configurations on deactivation, so every slave that had one needs a new one.
+// The platform has freed the configurations on deactivation, so every slave that had one needs a new one. One
+// that was refused may be granted now: until the deactivation, slaves of an earlier scan kept their places.
 void CEthercatMaster::reconfigureSlaves() {
   for (const auto& slave : m_vecSlaves) {
-    if (slave->getSlaveCore() != nullptr) {
+    if (slave->isConfigurationWanted()) {
       slave->configEthercatSlave();
     }
   }
@@ -88,10 +91,21 @@ bool CEthercatMaster::activateOnce() {
   m_bActive = ecrt_master_activate(m_pMaster) == 0;
   if (m_bActive) {
     m_bReservationActivated = true;
-    m_pDomainData = ecrt_domain_data(m_pDomain);
+    m_pDomainData = readImageAddress();
     m_uiImageSize = measureImage();
   }
   return true;
+}
+
+// Without an image the platform answers null plus the place of the domain, which is not 0 when a failed
+// activation has left another domain in front of it.
+unsigned char* CEthercatMaster::readImageAddress() const {
+  unsigned char* const address = ecrt_domain_data(m_pDomain);
+  return reinterpret_cast<std::uintptr_t>(address) < FIRST_MAPPED_ADDRESS ? nullptr : address;
+}
+
+bool CEthercatMaster::imageIsMissing() const {
+  return m_bActive && m_uiImageSize > 0 && m_pDomainData == nullptr;
 }
 
 // Patched releases of the platform map no process image on the second activation of one reservation, and

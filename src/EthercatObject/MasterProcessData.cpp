@@ -88,7 +88,7 @@ void CEthercatMaster::destroyPdoInfo(unsigned int id, bool read) {
     return;
   }
   m_pdoInfo.release(id, read);
-  m_bArrangementStale = true;
+  m_bArrangementStale = m_bArrangementStale || m_pdoInfo.find(id) != nullptr;
 }
 
 bool CEthercatMaster::readPdo(unsigned int id, double* value) {

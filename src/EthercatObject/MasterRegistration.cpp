@@ -7,7 +7,6 @@
 // A row with index 0 (a gap) ends the platform's list, so each run of rows between gaps is handed over on its
 // own, the gap serving as its terminator.
 bool CEthercatMaster::registerProcessData() {
-  m_bEntriesRegistered = false;
   unsigned int begin = 0;
   bool handedOver = false;
   while (begin < m_uiPdoEntryCount) {
@@ -23,18 +22,13 @@ bool CEthercatMaster::registerProcessData() {
     }
     begin = end + 1;
   }
-  m_bEntriesRegistered = handedOver;
   // Without any entry the platform still gets its one, empty list.
   return handedOver || ecrt_domain_reg_pdo_entry_list(m_pDomain, &m_pPdoEntryRegs[m_uiPdoEntryCount]) == 0;
 }
 
-bool CEthercatMaster::imageIsMissing() const {
-  return m_bActive && m_bEntriesRegistered && m_pDomainData == nullptr;
-}
-
 // Bytes up to the end of the last registered entry. An entry whose type is wider than its bits must not be
 // copied beyond them. The platform places an object that is mapped twice where it stands first, so the first
-// length counts.
+// length counts. Of a slave that refused its layout only the start of each entry is known.
 unsigned int CEthercatMaster::measureImage() const {
   unsigned int imageBits = 0;
   for (const auto& slave : m_vecSlaves) {
@@ -52,7 +46,8 @@ unsigned int CEthercatMaster::measureImage() const {
             continue;
           }
           const unsigned int object = static_cast<unsigned int>(entry.index) << 8U | entry.subindex;
-          const unsigned int length = firstLength.emplace(object, entry.bit_length).first->second;
+          const unsigned int bits = slave->isLayoutTaken() ? entry.bit_length : 1;
+          const unsigned int length = firstLength.emplace(object, bits).first->second;
           const _PDO_ENTRY_OFFSET* const place = slave->getPdoEntryOffset(entryNumber);
           imageBits = std::max(imageBits, place->offset * 8 + place->bitPosition + length);
         }

@@ -20,18 +20,33 @@ struct FreeDocument {
   void operator()(xmlDoc* document) const { xmlFreeDoc(document); }
 };
 
-/* A pipe would hold the caller until somebody writes to it. */
-bool isPipe(char const* path) {
+/* A pipe or a terminal would hold the caller until somebody writes to it. */
+bool mayBlock(char const* path) {
   struct stat status {};
-  return stat(path, &status) == 0 && S_ISFIFO(status.st_mode);
+  return stat(path, &status) == 0 && !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode);
 }
 
-std::optional<unsigned long> openedLength(char const* path, int mode) {
+/* libxml2 would unpack gzip and xz, a thousandfold and more. */
+bool isCompressed(CFile& file) {
+  char start[6] = {};
+  file.read(start, sizeof(start));
+  return std::memcmp(start, "\x1f\x8b", 2) == 0 || std::memcmp(start,
+                                                               "\xfd"
+                                                               "7zXZ",
+                                                               6) == 0;
+}
+
+struct OpenedFile {
+  unsigned long length;
+  bool compressed;
+};
+
+std::optional<OpenedFile> openedFile(char const* path, int mode) {
   CFile file;
-  if (isPipe(path) || !file.open(path, mode)) {
+  if (mayBlock(path) || !file.open(path, mode)) {
     return std::nullopt;
   }
-  return file.getLength();
+  return OpenedFile{file.getLength(), isCompressed(file)};
 }
 
 /* Null when the file is no well-formed document or a hostile one. */
@@ -52,14 +67,14 @@ _XmlNode* readTree(xml_file_handle& handle, char const* path, unsigned long leng
 }
 
 bool openDocument(xml_file_handle& handle, char const* path, int mode) {
-  std::optional<unsigned long> const length = openedLength(path, mode);
-  if (!length) {
+  std::optional<OpenedFile> const file = openedFile(path, mode);
+  if (!file) {
     std::printf("Open file error,the file maybe not exist:%s\n", path);
     return false;
   }
   std::string fileName = path;
-  if (*length != 0) {
-    handle.root = readTree(handle, path, *length);
+  if (file->length != 0) {
+    handle.root = file->compressed ? nullptr : readTree(handle, path, file->length);
     if (handle.root == nullptr) {
       std::printf("Parser xml error:%s\n", path);
       return false;

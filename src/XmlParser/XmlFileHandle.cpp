@@ -28,12 +28,13 @@ xmlNode const* nextElement(xmlNode const* node) {
 }
 
 /* A value is looked up by local name, so of attributes that differ in their prefix only, all have the value
- * of the first. */
-void shareValuesOfEqualNames(std::vector<NodeAttribute>& attributes) {
+ * of the first. What that adds to the document is charged like an expansion. */
+void shareValuesOfEqualNames(std::vector<NodeAttribute>& attributes, XmlText& text) {
   std::unordered_map<std::string_view, NodeAttribute const*> first;
   for (NodeAttribute& attribute : attributes) {
     auto const [known, isNew] = first.emplace(attribute.name, &attribute);
     if (!isNew) {
+      text.charge(known->second->value.size());
       attribute.value = known->second->value;
     }
   }
@@ -57,7 +58,7 @@ void copyAttributes(xmlNode const* element, XmlText& text, std::vector<NodeAttri
     ++copy;
   }
   if (prefixed) {
-    shareValuesOfEqualNames(attributes);
+    shareValuesOfEqualNames(attributes, text);
   }
 }
 

@@ -73,17 +73,20 @@ void XmlText::readTrimmed(xmlNode const* list, std::string& text) {
   text = trimEnd(collected);
 }
 
+void XmlText::charge(std::size_t bytes) {
+  if (bytes > budget) {
+    throw XmlExpansionRefused("the document expands too far");
+  }
+  budget -= bytes;
+}
+
 void XmlText::collect(xmlNode const* list, bool trim) {
   collected.clear();
   for (xmlNode const* node = list; node != nullptr; node = node->next) {
     if (isText(node)) {
       append(node->content, trim);
     } else if (node->type == XML_ENTITY_REF_NODE) {
-      std::size_t const cost = expansionCost(node, 0);
-      if (cost > budget) {
-        throw XmlExpansionRefused("entities expand too far");
-      }
-      budget -= cost;
+      charge(expansionCost(node, 0));
       appendReference(node, trim);
     }
   }

@@ -8,7 +8,7 @@
 #include <string>
 #include <unordered_map>
 
-/* The document's entities would expand to far more than the document. */
+/* The tree would be far larger than the document. */
 struct XmlExpansionRefused : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
@@ -24,6 +24,9 @@ public:
    * Throws XmlExpansionRefused. */
   void read(xmlNode const* list, std::string& text);
   void readTrimmed(xmlNode const* list, std::string& text);
+
+  /* Counts bytes that the tree holds beyond the file. Throws XmlExpansionRefused when they are too many. */
+  void charge(std::size_t bytes);
 
 private:
   void collect(xmlNode const* list, bool trim);
