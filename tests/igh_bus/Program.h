@@ -1,10 +1,10 @@
 // Runs a program of this project and keeps what it printed and how it ended.
-#ifndef TESTS_IGH_BUS_PROGRAM_H
-#define TESTS_IGH_BUS_PROGRAM_H
+#pragma once
 
 #include <chrono>
 #include <cstdio>
 #include <fstream>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <iterator>
 #include <string>
@@ -37,13 +37,10 @@ inline Outcome runProgram(std::vector<std::string> command, int signal = 0, cons
   const pid_t child = fork();
   if (child == 0) {
     std::vector<char*> arguments;
-    arguments.reserve(command.size() + 1);
     for (auto& word : command)
       arguments.push_back(word.data());
     arguments.push_back(nullptr);
-    unsetenv("ETHERCAT_SIMULATION_BUS");
-    if (!bus.empty())
-      setenv("ETHERCAT_SIMULATION_BUS", bus.c_str(), 1);
+    bus.empty() ? unsetenv("ETHERCAT_SIMULATION_BUS") : setenv("ETHERCAT_SIMULATION_BUS", bus.c_str(), 1);
     if (!std::freopen(out.c_str(), "w", stdout) || !std::freopen(err.c_str(), "w", stderr))
       _exit(126);
     execv(arguments[0], arguments.data());
@@ -73,18 +70,10 @@ inline std::string machine(const std::string& file) {
 }
 
 // The command on all of the example machine's descriptions, with its bus file.
-inline std::vector<std::string> onMachine(const std::string& command,
-                                          const std::vector<std::string>& more = {}) {
-  std::vector<std::string> words{command,
-                                 "--eni",
-                                 machine("coupler.xml"),
-                                 machine("terminals.xml"),
-                                 machine("modular_head.xml"),
-                                 machine("servo_drive.xml"),
-                                 "--bus",
-                                 machine("machine.json")};
+inline std::vector<std::string> onMachine(const std::string& command, const std::vector<std::string>& more) {
+  std::vector<std::string> words{command, "--bus", machine("machine.json"), "--eni"};
+  for (const char* file : {"coupler.xml", "terminals.xml", "modular_head.xml", "servo_drive.xml"})
+    words.push_back(machine(file));
   words.insert(words.end(), more.begin(), more.end());
   return words;
 }
-
-#endif

@@ -1,7 +1,6 @@
 #include "Program.h"
 
 #include <csignal>
-#include <gmock/gmock.h>
 
 using testing::HasSubstr;
 using testing::MatchesRegex;

@@ -1,14 +1,7 @@
 // Wrong command lines and files: exit status 2 and exactly one line on standard error.
 #include "Program.h"
 
-#include <gmock/gmock.h>
-
 namespace {
-
-struct Case {
-  const char* reason;
-  std::vector<std::string> arguments;
-};
 
 TEST(Usage, AWrongCommandLineGetsOneLineAndStatusTwo) {
   const auto notJson = scratch("not.json", "{ \"slaves\": [ oops");
@@ -21,7 +14,7 @@ TEST(Usage, AWrongCommandLineGetsOneLineAndStatusTwo) {
     more.insert(more.begin(), {"run", "--eni", drive});
     return more;
   };
-  const Case cases[] = {
+  const std::pair<std::string, std::vector<std::string>> cases[] = {
       {"describe, scan or run", {}},
       {"not expected", {"fly"}},
       {"FILE", {"describe"}},
@@ -49,21 +42,19 @@ TEST(Usage, AWrongCommandLineGetsOneLineAndStatusTwo) {
       {"no description",
        {"run", "--eni", machine("coupler.xml"), "--bus", machine("machine.json"), "--watch", "5:X"}},
       {"/nowhere.json", run({"--bus", "/nowhere.json"})},
-      {notJson.c_str(), run({"--bus", notJson})},
-      {contradiction.c_str(), run({"--bus", contradiction})},
+      {notJson, run({"--bus", notJson})},
+      {contradiction, run({"--bus", contradiction})},
       {"No such file", {"run", "--eni", "/nowhere.xml"}},
       {"directory", {"scan", "--eni", "/tmp"}},
       {"line 1", {"scan", "--eni", notXml}},
       {"Can't find EthercatInfo Node", {"scan", "--eni", otherRoot}},
   };
   for (const auto& [reason, arguments] : cases) {
+    SCOPED_TRACE(testing::PrintToString(arguments));
     const auto outcome = ighBus(arguments);
-    std::string line;
-    for (const auto& word : arguments)
-      line += word + " ";
-    EXPECT_EQ(outcome.status, 2) << line << outcome.err;
-    EXPECT_THAT(outcome.err, testing::HasSubstr(reason)) << line;
-    EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << line << outcome.err;
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_THAT(outcome.err, testing::HasSubstr(reason));
+    EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
   }
   for (const auto& path : {notJson, contradiction, notXml, otherRoot})
     std::remove(path.c_str());
