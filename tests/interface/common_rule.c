@@ -2,6 +2,7 @@
 #include "igh_master.h"
 
 #include <stdio.h>
+#include <string.h>
 
 static int failures = 0;
 
@@ -50,16 +51,38 @@ static void expectRefusals(uint16_t id) {
   EXPECT(number == 77 && offset == 77 && error == 77 && value > 76 && info.time == 77);
 }
 
-int main(void) {
+static void expectPeriodRange(void) {
   uint32_t period = 0;
-  expectRefusals(0); /* no registry yet */
   EXPECT(!igh_master_initialize_ex(1, 99999, true, false));
+  EXPECT(!igh_master_initialize_ex(1, 4000000001u, true, false));
+  EXPECT(!igh_master_initialize(1, 0, false));
   expectRefusals(1);
-  EXPECT(igh_master_initialize(1, 1000000, false));
-  EXPECT(igh_master_initialize_ex(1, 2000000, true, false));
-  EXPECT(igh_master_get_period(1, &period) && period == 1000000);
-  expectRefusals(2); /* a registry, another id */
+  EXPECT(igh_master_initialize_ex(1, 100000, false, false) && igh_master_uninitialize(1));
+  EXPECT(igh_master_initialize(1, 4000000000u, false));
+  EXPECT(igh_master_initialize(1, 1000000, true));
+  EXPECT(igh_master_get_period(1, &period) && period == 4000000000u);
+}
+
+int main(void) {
+  static const char line[] = "Ethercat exchange period should between 100000 and 4000000000.\n";
+  const size_t length = sizeof line - 1;
+  char output[4 * sizeof line] = "";
+  FILE* file;
+  if (!freopen("common_rule.out", "w", stdout))
+    return 2;
+  expectRefusals(0);   /* no registry yet */
+  expectPeriodRange(); /* leaves master 1 */
+  expectRefusals(2);   /* a registry, another id */
   EXPECT(igh_master_uninitialize(1));
   expectRefusals(1); /* the registry is gone again */
+  fclose(stdout);
+
+  file = fopen("common_rule.out", "r");
+  if (!file)
+    return 2;
+  EXPECT(fread(output, 1, sizeof output, file) == 3 * length);
+  EXPECT(!memcmp(output, line, length) && !memcmp(output + length, line, length));
+  EXPECT(!memcmp(output + 2 * length, line, length));
+  fclose(file);
   return failures ? 1 : 0;
 }
