@@ -161,6 +161,12 @@ int ecrt_slave_config_pdos(ec_slave_config_t* sc, unsigned int n_syncs, const ec
 /* Set-up. Cycle and shift times in ns; assign_activate 0 switches the distributed clock of the slave off. */
 void ecrt_slave_config_dc(ec_slave_config_t* sc, uint16_t assign_activate, uint32_t sync0_cycle,
                           int32_t sync0_shift, uint32_t sync1_cycle, int32_t sync1_shift);
+/* Set-up. A request for one entry of the slave's object dictionary; size in bytes. Null on failure. */
+ec_sdo_request_t* ecrt_slave_config_create_sdo_request(ec_slave_config_t* sc, uint16_t index,
+                                                       uint8_t subindex, size_t size);
+/* Set-up. The same for a whole object by complete access; patched releases only. */
+ec_sdo_request_t* ecrt_slave_config_create_sdo_request_complete(ec_slave_config_t* sc, uint16_t index,
+                                                                size_t size);
 /* Any. */
 void ecrt_slave_config_state(const ec_slave_config_t* sc, ec_slave_config_state_t* state);
 
@@ -177,6 +183,19 @@ void ecrt_domain_process(ec_domain_t* domain);
 void ecrt_domain_queue(ec_domain_t* domain);
 /* Any: the working counter as of the last ecrt_domain_process. */
 void ecrt_domain_state(const ec_domain_t* domain, ec_domain_state_t* state);
+
+/* Any, while not busy. Longest wait in the slave's queue in ms, 0 for no limit. */
+void ecrt_sdo_request_timeout(ec_sdo_request_t* req, uint32_t timeout);
+/* Any. After a successful read each call copies the data into the buffer again and sets the data size. */
+ec_request_state_t ecrt_sdo_request_state(ec_sdo_request_t* req);
+/* Any, while not busy. */
+void ecrt_sdo_request_read(ec_sdo_request_t* req);
+/* Any, while not busy. Sends as many bytes as the data size says: fewer than created after a short read. */
+void ecrt_sdo_request_write(ec_sdo_request_t* req);
+/* Any. The buffer, not initialised; null for a size of 0. */
+uint8_t* ecrt_sdo_request_data(ec_sdo_request_t* req);
+/* Any. Bytes. */
+size_t ecrt_sdo_request_data_size(const ec_sdo_request_t* req);
 
 /* Ends set-up. 0 or a negative error number. */
 int ecrt_master_activate(ec_master_t* master);

@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <cctype>
 #include <set>
 
 namespace ethercat_simulation {
@@ -70,6 +71,67 @@ std::vector<SyncManager> readSyncManagers(const JsonNode& node) {
   return managers;
 }
 
+// "01 02 FF": pairs of hexadecimal digits, with or without blanks between them.
+std::vector<std::uint8_t> readBytes(const JsonNode& node) {
+  std::vector<std::uint8_t> bytes;
+  const std::string text = node.text();
+  const auto isHex = [&](std::size_t place) {
+    return place < text.size() && std::isxdigit(static_cast<unsigned char>(text[place])) != 0;
+  };
+  for (std::size_t place = 0; place < text.size();) {
+    if (text[place] == ' ') {
+      ++place;
+      continue;
+    }
+    if (!isHex(place) || !isHex(place + 1)) {
+      node.fail("must be pairs of hexadecimal digits");
+    }
+    bytes.push_back(static_cast<std::uint8_t>(std::stoul(text.substr(place, 2), nullptr, 16)));
+    place += 2;
+  }
+  return bytes;
+}
+
+std::vector<std::uint8_t> readValue(const JsonNode& node) {
+  const JsonNode type = node.at("type");
+  const std::string name = type.text();
+  const std::size_t width = name == "USINT" ? 1 : name == "UINT" ? 2 : name == "UDINT" ? 4 : 0;
+  if (width == 0) {
+    type.fail("must be \"USINT\", \"UINT\" or \"UDINT\"");
+  }
+  const auto value = node.get<std::uint32_t>("value", 0, limit32 >> 8 * (4 - width));
+  std::vector<std::uint8_t> bytes;
+  for (std::size_t i = 0; i < width; ++i) {
+    bytes.push_back(static_cast<std::uint8_t>(value >> 8 * i));
+  }
+  return bytes;
+}
+
+Object readObject(const JsonNode& node) {
+  node.expectObject({"index", "subindex", "bytes", "value", "type", "read_only"});
+  Object object;
+  object.index = node.get<std::uint16_t>("index", 0, limit16);
+  object.subindex = node.get<std::uint8_t>("subindex", 0, limit8, 0);
+  if (node.has("bytes") == node.has("value")) {
+    node.fail("must have either \"bytes\", or \"value\" and \"type\"");
+  }
+  object.bytes = node.has("bytes") ? readBytes(node.at("bytes")) : readValue(node);
+  object.readOnly = node.has("read_only") && node.at("read_only").flag();
+  return object;
+}
+
+std::vector<Object> readObjects(const JsonNode& node) {
+  std::vector<Object> objects;
+  std::set<std::pair<std::uint16_t, std::uint8_t>> places;
+  for (const JsonNode& element : node.elements()) {
+    objects.push_back(readObject(element));
+    if (!places.insert({objects.back().index, objects.back().subindex}).second) {
+      element.fail("another object of the slave has this index and subindex");
+    }
+  }
+  return objects;
+}
+
 SlaveModel readModel(const JsonNode& node) {
   const std::string name = node.text();
   if (name != "loopback" && name != "counter") {
@@ -80,7 +142,7 @@ SlaveModel readModel(const JsonNode& node) {
 
 Slave readSlave(const JsonNode& node) {
   node.expectObject({"vendor_id", "product_code", "revision", "serial", "alias", "name", "model",
-                     "distributed_clocks", "sync_managers"});
+                     "distributed_clocks", "sync_managers", "objects"});
   Slave slave;
   slave.vendorId = node.get<std::uint32_t>("vendor_id", 0, limit32);
   slave.productCode = node.get<std::uint32_t>("product_code", 0, limit32);
@@ -98,6 +160,9 @@ Slave readSlave(const JsonNode& node) {
   }
   if (node.has("sync_managers")) {
     slave.defaultMapping = readSyncManagers(node.at("sync_managers"));
+  }
+  if (node.has("objects")) {
+    slave.objects = readObjects(node.at("objects"));
   }
   return slave;
 }
@@ -123,6 +188,7 @@ BusPlan readMaster(const JsonNode& node) {
   plan.place = node.place().empty() ? "/slaves" : node.place();
   plan.climbCycles = node.get("climb_cycles", 1, mostCycles, plan.climbCycles);
   plan.scanCycles = node.get("scan_cycles", 1, mostCycles, plan.scanCycles);
+  plan.sdoCycles = node.get("sdo_cycles", 1, mostCycles, plan.sdoCycles);
   plan.frameLatency =
       std::chrono::microseconds(node.get<std::int64_t>("frame_latency_us", 0, longestLatency, 0));
   if (node.has("reactivation_unmapped")) {
@@ -134,7 +200,8 @@ BusPlan readMaster(const JsonNode& node) {
 
 std::vector<BusPlan> readMasters(const JsonNode& root) {
   if (!root.has("masters")) {
-    root.expectObject({"climb_cycles", "scan_cycles", "frame_latency_us", "reactivation_unmapped", "slaves"});
+    root.expectObject(
+        {"climb_cycles", "scan_cycles", "sdo_cycles", "frame_latency_us", "reactivation_unmapped", "slaves"});
     if (!root.has("slaves")) {
       root.fail("neither \"masters\" nor \"slaves\" is there");
     }
@@ -144,8 +211,8 @@ std::vector<BusPlan> readMasters(const JsonNode& root) {
   std::vector<BusPlan> plans;
   std::set<unsigned int> indexes;
   for (const JsonNode& element : root.at("masters").elements()) {
-    element.expectObject(
-        {"index", "climb_cycles", "scan_cycles", "frame_latency_us", "reactivation_unmapped", "slaves"});
+    element.expectObject({"index", "climb_cycles", "scan_cycles", "sdo_cycles", "frame_latency_us",
+                          "reactivation_unmapped", "slaves"});
     const auto index = element.get<unsigned int>("index", 0, limit16);
     if (!indexes.insert(index).second) {
       element.at("index").fail("another master has this index");
@@ -174,6 +241,7 @@ std::string readBusFile(const std::string& path, std::vector<BusPlan>& plans) {
 void BusPlan::build(Bus& bus) const {
   bus.setClimbCycles(climbCycles);
   bus.setScanCycles(scanCycles);
+  bus.setSdoCycles(sdoCycles);
   bus.setFrameLatency(frameLatency);
   bus.setReactivationUnmapped(reactivationUnmapped);
   for (const Slave& slave : slaves) {

@@ -12,6 +12,7 @@ struct BusPlan {
   unsigned int index = 0;
   unsigned int climbCycles = 2;
   unsigned int scanCycles = 5;
+  unsigned int sdoCycles = 3;
   std::chrono::microseconds frameLatency{0};
   bool reactivationUnmapped = true;
   std::vector<Slave> slaves;

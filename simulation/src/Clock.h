@@ -1,38 +1,49 @@
-// The time calls. The reference clock is ideal: it shows the application time of the frame that read it.
+// The time calls and the clock of the reference slave: ideal, or free-running on the real time.
 #ifndef ETHERCAT_SIMULATION_CLOCK_H
 #define ETHERCAT_SIMULATION_CLOCK_H
 
 #include "Datagram.h"
 
-#include <cerrno>
+#include <random>
 
 namespace ethercat_simulation {
 
 class Clock {
 public:
-  void setApplicationTime(std::uint64_t time) { m_applicationTime = time; }
-  void queueRead() { m_read.queue(); }
-  void transmit(const Flight& flight) {
-    if (m_read.is(TravelState::queued)) {
-      m_read.depart(flight);
-      m_sentTime = m_applicationTime;
-    }
-  }
-  void fail() { m_read.fail(); }
-  void land(Moment timeout) { m_read.arrive(timeout); }
+  // Control side.
+  void runFree(const ReferenceClock& plan);
+  void setOffsetCycles(unsigned int cycles) { m_offsetCycles = cycles; }
+  std::uint64_t referenceTime() const; // without jitter
 
-  // 0, or -EIO when the frame that reads the clock has not come back.
-  int referenceTime(std::uint32_t& time) const {
-    if (!m_read.is(TravelState::received)) {
-      return -EIO;
-    }
-    time = static_cast<std::uint32_t>(m_sentTime);
-    return 0;
-  }
+  // Activation and deactivation.
+  void start();
+  void stop();
+
+  void setApplicationTime(std::uint64_t time) { m_applicationTime = time; }
+  void queueReferenceSync() { m_syncQueued = offsetsKnown(); }
+  void queueRead();
+  void transmit(const Flight& flight);
+  void fail() { m_read.fail(); }
+  void land(Moment timeout);
+
+  // 0, -EAGAIN while the offsets are not known, or -EIO when the frame that reads the clock has not come
+  // back.
+  int referenceTime(std::uint32_t& time) const;
 
 private:
+  bool offsetsKnown() const { return m_receives >= m_offsetCycles; }
+  std::uint64_t latch();
+
+  bool m_free = false;
+  ReferenceClock m_plan;
+  std::minstd_rand m_random;
+  std::int64_t m_started = 0;    // real time
+  std::int64_t m_correction = 0; // by synchronising to the master
+  unsigned int m_offsetCycles = 0;
+  unsigned int m_receives = 0; // since activation
   std::uint64_t m_applicationTime = 0;
   std::uint64_t m_sentTime = 0;
+  bool m_syncQueued = false;
   Travel m_read;
 };
 

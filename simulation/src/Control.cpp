@@ -1,6 +1,8 @@
 // The control side of a master: orders for its parts, and what they have to tell.
 #include "Master.h"
 
+#include <algorithm>
+
 namespace ethercat_simulation {
 
 unsigned int Master::addSlave(const Slave& slave) {
@@ -22,6 +24,18 @@ void Master::setFrameTimeout(std::chrono::nanoseconds timeout) {
 
 void Master::setScanCycles(unsigned int cycles) {
   m_topology.setScanCycles(cycles);
+}
+
+void Master::setSdoCycles(unsigned int exchanges) {
+  m_sdoCycles = std::max(exchanges, 1U);
+}
+
+void Master::setReferenceClock(const ReferenceClock& clock) {
+  m_clock.runFree(clock);
+}
+
+void Master::setClockOffsetCycles(unsigned int cycles) {
+  m_clock.setOffsetCycles(cycles);
 }
 
 void Master::dropFrames(unsigned int count) {
@@ -50,6 +64,11 @@ void Master::setMaximumState(unsigned int position, std::uint8_t alState) {
     unit->setMaximumState(alState);
     m_topology.wake();
   }
+}
+
+bool Master::setSdoFault(unsigned int position, std::uint16_t index, std::uint8_t subindex, SdoFault fault) {
+  SlaveUnit* unit = m_topology.onWire(position);
+  return unit != nullptr && unit->dictionary().setFault(index, subindex, fault);
 }
 
 void Master::removeSlave(unsigned int position) {
@@ -106,6 +125,19 @@ void Master::setInputs(unsigned int position, const std::vector<std::uint8_t>& b
   if (SlaveUnit* unit = m_topology.onWire(position)) {
     unit->pinInputs(bytes);
   }
+}
+
+std::vector<std::uint8_t> Master::objectValue(unsigned int position, std::uint16_t index,
+                                              std::uint8_t subindex) const {
+  const SlaveUnit* unit = m_topology.onWire(position);
+  const auto* value = unit != nullptr ? unit->dictionary().value(index, subindex) : nullptr;
+  return value != nullptr ? *value : std::vector<std::uint8_t>();
+}
+
+bool Master::setObjectValue(unsigned int position, std::uint16_t index, std::uint8_t subindex,
+                            const std::vector<std::uint8_t>& bytes) {
+  SlaveUnit* unit = m_topology.onWire(position);
+  return unit != nullptr && unit->dictionary().setValue(index, subindex, bytes);
 }
 
 std::uint64_t Master::callCount(Call call) const {

@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <cstdarg>
+#include <cstddef>
 #include <cstring>
 #include <fcntl.h>
 #include <mutex>
@@ -18,6 +19,10 @@ namespace ethercat_simulation {
 namespace {
 
 constexpr unsigned long moduleRequest = 0x8008A400UL;
+constexpr unsigned long registerRead = 0xC018A412UL;
+constexpr unsigned long registerWrite = 0x4018A413UL;
+constexpr unsigned long registerExchange = 0xC018A45DUL;
+constexpr unsigned long stateRequest = 0x4004A40BUL;
 constexpr std::uint32_t moduleMagic = 36;
 
 struct ModuleInfo {
@@ -26,8 +31,26 @@ struct ModuleInfo {
 };
 static_assert(sizeof(ModuleInfo) == 8, "record of the device");
 
+struct RegisterRequest {
+  std::uint16_t position;
+  std::uint8_t emergency; // a write goes by position on the wire, and nobody looks whether it was answered
+  std::uint16_t address;
+  std::uint64_t size;
+  std::uint8_t* data;
+};
+static_assert(sizeof(RegisterRequest) == 24 && offsetof(RegisterRequest, address) == 4 &&
+                  offsetof(RegisterRequest, size) == 8 && offsetof(RegisterRequest, data) == 16,
+              "record of the device");
+
+struct StateRequest {
+  std::uint16_t position;
+  std::uint8_t state;
+};
+static_assert(sizeof(StateRequest) == 4 && offsetof(StateRequest, state) == 2, "record of the device");
+
 struct OpenFile {
   Master* master; // null after a reset
+  bool writable;
 };
 
 // Program threads open and close files of their own through the wraps, so this table is locked.
@@ -86,7 +109,7 @@ int openDevice(unsigned int index, const char* path, int flags) {
   }
   if (descriptor >= 0) {
     const std::lock_guard<std::mutex> lock(tableMutex);
-    table()[descriptor] = {master};
+    table()[descriptor] = {master, (flags & O_ACCMODE) != O_RDONLY};
     master->countDeviceFile(1);
   }
   const int error = errno;
@@ -127,20 +150,68 @@ int closeDevice(int descriptor, Master* master) {
   return result;
 }
 
-// 0 or a positive error number. Registers and state requests will be answered here as well.
-int serve(unsigned long request, void* record) {
-  if (request != moduleRequest) {
-    return ENOTTY;
-  }
-  if (record == nullptr) {
-    return EFAULT;
-  }
+// Each serve... gives 0 or a positive error number.
+int serveModule(void* record) {
   const ModuleInfo info{moduleMagic, Registry::instance().count()};
   std::memcpy(record, &info, sizeof info);
   return 0;
 }
 
-int controlDevice(int descriptor, Master* master, unsigned long request, void* record) {
+int serveRegisters(Master& master, unsigned long request, const void* record) {
+  RegisterRequest access{};
+  std::memcpy(&access, record, sizeof access);
+  if (access.size == 0) {
+    return 0;
+  }
+  if (access.data == nullptr) {
+    return EFAULT;
+  }
+  if (access.size > EscRegisters::space) {
+    return EIO;
+  }
+  if (request == registerRead) {
+    return master.readRegisters(access.position, access.address, access.data, access.size);
+  }
+  const std::vector<std::uint8_t> written(access.data, access.data + access.size);
+  int error = 0;
+  if (request == registerExchange) {
+    error = master.readRegisters(access.position, access.address, access.data, access.size);
+  }
+  if (error == 0) {
+    error = master.writeRegisters(access.position, access.address, written.data(), written.size());
+  }
+  return access.emergency != 0 ? 0 : error;
+}
+
+int serveState(Master& master, const void* record) {
+  StateRequest wish{};
+  std::memcpy(&wish, record, sizeof wish);
+  return master.requestState(wish.position, wish.state);
+}
+
+int serve(const OpenFile& file, unsigned long request, void* record) {
+  const bool writes = request == registerWrite || request == registerExchange || request == stateRequest;
+  if (!writes && request != moduleRequest && request != registerRead) {
+    return ENOTTY;
+  }
+  if (writes && !file.writable) {
+    return EPERM;
+  }
+  if (record == nullptr) {
+    return EFAULT;
+  }
+  switch (request) {
+  case moduleRequest:
+    return serveModule(record);
+  case stateRequest:
+    return serveState(*file.master, record);
+  default:
+    return serveRegisters(*file.master, request, record);
+  }
+}
+
+int controlDevice(int descriptor, const OpenFile& file, unsigned long request, void* record) {
+  Master* master = file.master;
   if (master == nullptr) {
     return failed(ENODEV);
   }
@@ -149,7 +220,7 @@ int controlDevice(int descriptor, Master* master, unsigned long request, void* r
   int ordered = 0;
   if (master->recorder().shallFail(Call::deviceIoctl, &ordered)) {
     result = orderedFailure(ordered);
-  } else if (const int error = serve(request, record)) {
+  } else if (const int error = serve(file, request, record)) {
     result = failed(error);
   }
   const int error = errno;
@@ -209,7 +280,7 @@ int __wrap_ioctl(int descriptor, unsigned long request, ...) {
   va_end(arguments);
   ethercat_simulation::OpenFile file{};
   return ethercat_simulation::lookUp(descriptor, &file)
-             ? ethercat_simulation::controlDevice(descriptor, file.master, request, record)
+             ? ethercat_simulation::controlDevice(descriptor, file, request, record)
              : ::ioctl(descriptor, request, record);
 }
 

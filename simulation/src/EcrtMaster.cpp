@@ -124,10 +124,14 @@ void ecrt_master_application_time(ec_master_t* master, uint64_t app_time) {
                  [&](const Master&) { return std::to_string(app_time); });
 }
 
-// The ideal reference clock needs no correction.
 void ecrt_master_sync_reference_clock(ec_master_t* master) {
-  invoke<Master>(
-      Call::syncReferenceClock, master, Nothing{}, [](const Master&) { return Nothing{}; }, NoArguments());
+  const auto work = [](Master& held) {
+    if (held.hasReferenceClock()) {
+      held.clock().queueReferenceSync();
+    }
+    return Nothing{};
+  };
+  invoke<Master>(Call::syncReferenceClock, master, Nothing{}, work, NoArguments());
 }
 
 void ecrt_master_sync_slave_clocks(ec_master_t* master) {

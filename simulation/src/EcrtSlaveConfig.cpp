@@ -62,6 +62,33 @@ void ecrt_slave_config_dc(ec_slave_config_t* sc, uint16_t assign_activate, uint3
       });
 }
 
+ec_sdo_request_t* ecrt_slave_config_create_sdo_request(ec_slave_config_t* sc, uint16_t index,
+                                                       uint8_t subindex, size_t size) {
+  const SdoPlace place{index, subindex, false};
+  return invoke<SlaveConfiguration, ec_sdo_request_t*>(
+      Call::createSdoRequest, sc, nullptr,
+      [&](SlaveConfiguration& configuration) {
+        return configuration.master().createSdoRequest(configuration, place, size);
+      },
+      [&](const SlaveConfiguration& configuration) {
+        return configuration.place() + ", " + hexText(index, 4) + ":" + hexText(subindex, 2).substr(2) +
+               ", " + std::to_string(size);
+      });
+}
+
+ec_sdo_request_t* ecrt_slave_config_create_sdo_request_complete(ec_slave_config_t* sc, uint16_t index,
+                                                                size_t size) {
+  const SdoPlace place{index, 0, true};
+  return invoke<SlaveConfiguration, ec_sdo_request_t*>(
+      Call::createSdoRequestComplete, sc, nullptr,
+      [&](SlaveConfiguration& configuration) {
+        return configuration.master().createSdoRequest(configuration, place, size);
+      },
+      [&](const SlaveConfiguration& configuration) {
+        return configuration.place() + ", " + hexText(index, 4) + ", " + std::to_string(size);
+      });
+}
+
 void ecrt_slave_config_state(const ec_slave_config_t* sc, ec_slave_config_state_t* state) {
   const auto work = [&](const SlaveConfiguration& configuration) {
     configuration.state(*state);

@@ -13,8 +13,9 @@ namespace ethercat_simulation {
 class Master;
 class SlaveConfiguration;
 class Domain;
+class SdoRequest;
 
-enum class HandleKind : std::uint8_t { master, slaveConfiguration, domain };
+enum class HandleKind : std::uint8_t { master, slaveConfiguration, domain, sdoRequest };
 
 template <class Object> constexpr HandleKind kindOf();
 template <> constexpr HandleKind kindOf<Master>() {
@@ -25,6 +26,9 @@ template <> constexpr HandleKind kindOf<SlaveConfiguration>() {
 }
 template <> constexpr HandleKind kindOf<Domain>() {
   return HandleKind::domain;
+}
+template <> constexpr HandleKind kindOf<SdoRequest>() {
+  return HandleKind::sdoRequest;
 }
 
 struct Handle {

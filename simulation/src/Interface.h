@@ -17,6 +17,7 @@ constexpr std::size_t datagramCapacity = 1486; // bytes of process data
 
 constexpr std::uint8_t stateInit = EC_AL_STATE_INIT;
 constexpr std::uint8_t statePreop = EC_AL_STATE_PREOP;
+constexpr std::uint8_t stateBoot = 3; // on the bus, not in <ecrt.h>
 constexpr std::uint8_t stateSafeop = EC_AL_STATE_SAFEOP;
 constexpr std::uint8_t stateOp = EC_AL_STATE_OP;
 

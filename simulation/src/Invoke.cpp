@@ -40,8 +40,17 @@ std::string resultText(const ec_domain_t* result) {
   return handle == nullptr ? "NULL" : std::to_string(static_cast<const Domain*>(handle->object)->number());
 }
 
+std::string resultText(const ec_sdo_request_t* result) {
+  const Handle* handle = Handles::instance().find(result);
+  return handle == nullptr ? "NULL" : static_cast<const SdoRequest*>(handle->object)->place();
+}
+
+std::string resultText(ec_request_state_t result) {
+  return std::to_string(static_cast<int>(result));
+}
+
 std::string resultText(const std::uint8_t* result) {
-  return result == nullptr ? "NULL" : "image";
+  return result == nullptr ? "NULL" : "memory";
 }
 
 std::string placeText(const ec_slave_config_t* configuration) {

@@ -43,6 +43,8 @@ std::string resultText(int result);
 std::string resultText(std::size_t result);
 std::string resultText(const ec_slave_config_t* result);
 std::string resultText(const ec_domain_t* result);
+std::string resultText(const ec_sdo_request_t* result);
+std::string resultText(ec_request_state_t result);
 std::string resultText(const std::uint8_t* result);
 std::string placeText(const ec_slave_config_t* configuration);
 std::string hexText(std::uint32_t value, int digits);
@@ -78,6 +80,7 @@ struct NoArguments {
   std::string operator()(const Master&) const { return {}; }
   std::string operator()(const SlaveConfiguration& configuration) const { return configuration.place(); }
   std::string operator()(const Domain& domain) const { return std::to_string(domain.number()); }
+  std::string operator()(const SdoRequest& request) const { return request.place(); }
 };
 
 } // namespace ethercat_simulation

@@ -46,6 +46,7 @@ int Master::activate() {
     domain->build(m_image.data(), start, imageIsMapped());
     start += domain->size();
   }
+  m_clock.start();
   m_active = true;
   m_activatedBefore = true;
   m_topology.drive(Topology::Drive::running);
@@ -62,7 +63,7 @@ void Master::deactivate() {
     m_active = false;
     m_topology.drive(Topology::Drive::held);
   }
-  m_clock = Clock();
+  m_clock.stop();
   m_stateMachine = Travel();
 }
 
@@ -71,6 +72,7 @@ void Master::clearConfiguration() {
     Handles::instance().kill(handle);
   }
   m_handles.clear();
+  m_hasSdoRequests = false;
   m_topology.forgetConfigurations();
   m_domains.clear();
   m_places.clear();
@@ -111,6 +113,14 @@ ec_domain_t* Master::createDomain() {
   return static_cast<ec_domain_t*>(m_handles.back());
 }
 
+ec_sdo_request_t* Master::createSdoRequest(SlaveConfiguration& configuration, const SdoPlace& place,
+                                           std::size_t size) {
+  SdoRequest& request = configuration.createSdoRequest(place, size);
+  m_hasSdoRequests = true;
+  m_handles.push_back(Handles::instance().create(request, *this));
+  return static_cast<ec_sdo_request_t*>(m_handles.back());
+}
+
 bool Master::hasReferenceClock() const {
   for (std::size_t i = 0; i < m_topology.wireSize(); ++i) {
     if (m_topology.onWire(i)->identity().distributedClocks) {
@@ -124,6 +134,7 @@ Flight Master::makeFlight() {
   Flight flight{++m_framesSent, m_framesToDrop > 0, m_latency > 0, 0, 0};
   if (flight.lost) {
     --m_framesToDrop;
+    m_topology.countLostFrame();
   }
   if (flight.timed) {
     flight.sent = now();
@@ -164,6 +175,14 @@ void Master::refuseQueued() {
   m_stateMachine.fail();
 }
 
+void Master::stepSdoRequests() {
+  if (m_hasSdoRequests) {
+    for (const auto& configuration : m_configurations) {
+      configuration->stepSdoRequests(m_sdoCycles);
+    }
+  }
+}
+
 void Master::receive() {
   for (const auto& domain : m_domains) {
     for (Datagram& datagram : domain->datagrams()) {
@@ -176,6 +195,7 @@ void Master::receive() {
   if (m_stateMachine.arrive(m_timeout) || refused) {
     m_stateMachine.settle();
     m_topology.step();
+    stepSdoRequests();
   }
 }
 

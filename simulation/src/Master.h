@@ -34,6 +34,13 @@ public:
   SlaveConfiguration* configuration(std::uint16_t alias, std::uint16_t position, std::uint32_t vendorId,
                                     std::uint32_t productCode);
   ec_domain_t* createDomain();
+  ec_sdo_request_t* createSdoRequest(SlaveConfiguration& configuration, const SdoPlace& place,
+                                     std::size_t size);
+
+  // Device file. 0 or a positive error number; answered at once, also while the master is active.
+  int readRegisters(std::size_t position, std::uint16_t address, std::uint8_t* data, std::size_t size) const;
+  int writeRegisters(std::size_t position, std::uint16_t address, const std::uint8_t* data, std::size_t size);
+  int requestState(std::size_t position, std::uint8_t state);
 
   // Cycle.
   void receive();
@@ -51,11 +58,16 @@ public:
   void setFrameLatency(std::chrono::nanoseconds latency) override;
   void setFrameTimeout(std::chrono::nanoseconds timeout) override;
   void setScanCycles(unsigned int cycles) override;
+  void setSdoCycles(unsigned int exchanges) override;
+  void setReferenceClock(const ReferenceClock& clock) override;
+  void setClockOffsetCycles(unsigned int cycles) override;
   void dropFrames(unsigned int count) override;
   void setLinkUp(bool up) override;
   void setErrorFlag(unsigned int position, bool set) override;
   void setResponding(unsigned int position, bool responding) override;
   void setMaximumState(unsigned int position, std::uint8_t alState) override;
+  bool setSdoFault(unsigned int position, std::uint16_t index, std::uint8_t subindex,
+                   SdoFault fault) override;
   void removeSlave(unsigned int position) override;
   void insertSlave(unsigned int position, const Slave& slave) override;
   void setReactivationUnmapped(bool unmapped) override;
@@ -69,6 +81,15 @@ public:
   std::uint64_t framesSent() const override;
   std::vector<std::uint8_t> outputs(unsigned int position) const override;
   void setInputs(unsigned int position, const std::vector<std::uint8_t>& bytes) override;
+  std::vector<std::uint8_t> objectValue(unsigned int position, std::uint16_t index,
+                                        std::uint8_t subindex) const override;
+  bool setObjectValue(unsigned int position, std::uint16_t index, std::uint8_t subindex,
+                      const std::vector<std::uint8_t>& bytes) override;
+  std::vector<std::uint8_t> registers(unsigned int position, std::uint16_t address,
+                                      std::size_t size) const override;
+  void setRegisters(unsigned int position, std::uint16_t address,
+                    const std::vector<std::uint8_t>& bytes) override;
+  std::uint64_t referenceTime() const override;
   std::uint64_t callCount(Call call) const override;
   void setTracing(bool on) override;
   const std::vector<TraceEntry>& trace() const override;
@@ -76,7 +97,9 @@ public:
   const Misuse& misuse() const override;
 
 private:
+  EscRegisters::Live liveRegisters(const SlaveUnit& unit, std::size_t position) const;
   void clearConfiguration();
+  void stepSdoRequests();
   bool imageIsMapped() const;
   Flight makeFlight();
   void refuseQueued();
@@ -91,12 +114,14 @@ private:
   Clock m_clock;
   Travel m_stateMachine; // the frame that carries the master's own datagrams
   void* m_handle = nullptr;
-  std::vector<void*> m_handles; // of configurations and domains
+  std::vector<void*> m_handles; // of configurations, domains and SDO requests
 
   bool m_active = false;
   bool m_activatedBefore = false; // on this reservation
   bool m_reactivationUnmapped = true;
   bool m_imageNeverMapped = false;
+  bool m_hasSdoRequests = false;
+  unsigned int m_sdoCycles = 3;
   std::uint64_t m_framesSent = 0;
   unsigned int m_framesToDrop = 0;
   Moment m_latency = 0;

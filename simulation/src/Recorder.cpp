@@ -32,6 +32,14 @@ constexpr std::array<const char*, callKinds> callNames{
     "ecrt_master_sync_slave_clocks",
     "ecrt_master_reference_clock_time",
     "ecrt_master_select_reference_clock",
+    "ecrt_slave_config_create_sdo_request",
+    "ecrt_slave_config_create_sdo_request_complete",
+    "ecrt_sdo_request_timeout",
+    "ecrt_sdo_request_state",
+    "ecrt_sdo_request_read",
+    "ecrt_sdo_request_write",
+    "ecrt_sdo_request_data",
+    "ecrt_sdo_request_data_size",
     "open",
     "close",
     "ioctl",
@@ -45,7 +53,7 @@ const char* callName(Call call) {
 
 void Recorder::orderFailure(Call call, int result, unsigned int after) {
   m_orders[static_cast<std::size_t>(call)].push_back({result, after});
-  m_armed |= 1U << static_cast<unsigned int>(call);
+  m_armed |= std::uint64_t{1} << static_cast<unsigned int>(call);
 }
 
 bool Recorder::takeOrder(Call call, int* result) {
@@ -57,7 +65,7 @@ bool Recorder::takeOrder(Call call, int* result) {
   *result = orders.front().result;
   orders.pop_front();
   if (orders.empty()) {
-    m_armed &= ~(1U << static_cast<unsigned int>(call));
+    m_armed &= ~(std::uint64_t{1} << static_cast<unsigned int>(call));
   }
   return true;
 }
@@ -66,6 +74,11 @@ void Recorder::addOutOfOrder(Call call, bool active) {
   ++m_misuse.outOfOrder;
   addLine(std::string(callName(call)) + " was called while the master was " +
           (active ? "active." : "not active."));
+}
+
+void Recorder::addBusyRequest(Call call) {
+  ++m_misuse.outOfOrder;
+  addLine(std::string(callName(call)) + " was called while the request was busy.");
 }
 
 void Recorder::addDeadHandle(Call call, bool isNull) {

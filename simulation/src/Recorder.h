@@ -32,6 +32,7 @@ public:
       addOutOfOrder(call, active);
     }
   }
+  void addBusyRequest(Call call);
   void addDeadHandle(Call call, bool isNull);
   void addForeignHandle(Call call);
   const Misuse& misuse() const { return m_misuse; }
@@ -55,6 +56,8 @@ private:
     // active master before it activates anew.
     case Call::configDc:
     case Call::createDomain:
+    case Call::createSdoRequest:
+    case Call::createSdoRequestComplete:
     case Call::regPdoEntryList:
     case Call::activate:
       return When::setUp;
@@ -76,8 +79,8 @@ private:
   void addLine(const std::string& line);
 
   std::array<std::uint64_t, callKinds> m_counts{};
-  std::uint32_t m_armed = 0; // one bit per call with orders waiting
-  static_assert(callKinds <= 32, "one bit each");
+  std::uint64_t m_armed = 0; // one bit per call with orders waiting
+  static_assert(callKinds <= 64, "one bit each");
   std::array<std::deque<Order>, callKinds> m_orders;
   Misuse m_misuse;
   bool m_tracing = false;

@@ -4,6 +4,7 @@
 #ifndef ETHERCAT_SIMULATION_SLAVE_CONFIGURATION_H
 #define ETHERCAT_SIMULATION_SLAVE_CONFIGURATION_H
 
+#include "SdoRequest.h"
 #include "SlaveUnit.h"
 
 #include <array>
@@ -49,6 +50,11 @@ public:
   // -EOVERFLOW.
   int registerEntry(std::uint16_t index, std::uint8_t subindex, Domain& domain, unsigned int* bitPosition);
 
+  SdoRequest& createSdoRequest(const SdoPlace& place, std::size_t size) {
+    return m_sdoRequests.add(*this, place, size);
+  }
+  void stepSdoRequests(unsigned int exchanges) { m_sdoRequests.step(m_unit, exchanges); }
+
   // Activation: makes room for the bytes of every sync manager.
   void allocateProcessData();
   // The slave has been told its FMMUs; from now on it answers in this configuration's name.
@@ -87,6 +93,7 @@ private:
   unsigned int m_ringPosition = 0;
   std::array<SyncManagerPlan, syncManagerCount> m_plans;
   std::vector<Fmmu> m_fmmus;
+  SdoQueue m_sdoRequests;
 
   SlaveUnit* m_answering = nullptr;
   std::vector<std::uint8_t> m_outputs;

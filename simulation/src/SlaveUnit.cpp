@@ -6,12 +6,24 @@
 
 namespace ethercat_simulation {
 
+namespace {
+
+bool isState(std::uint8_t state) {
+  return state == stateInit || state == statePreop || state == stateBoot || state == stateSafeop ||
+         state == stateOp;
+}
+
+} // namespace
+
 std::uint8_t SlaveUnit::wantedState() const {
+  if (m_restart && m_attached != nullptr) {
+    return stateInit;
+  }
+  if (m_requested != 0) {
+    return stepTowards(m_requested);
+  }
   if (m_attached == nullptr) {
     return statePreop;
-  }
-  if (m_restart) {
-    return stateInit;
   }
   switch (m_state) {
   case stateInit:
@@ -21,6 +33,36 @@ std::uint8_t SlaveUnit::wantedState() const {
   default:
     return stateOp;
   }
+}
+
+// Down in one go, up one state at a time; BOOT is reached from INIT only and left to it only.
+std::uint8_t SlaveUnit::stepTowards(std::uint8_t state) const {
+  const bool boot = m_state == stateBoot || state == stateBoot;
+  if (!isState(state) || (state <= m_state && !boot)) {
+    return state;
+  }
+  switch (m_state) {
+  case stateInit:
+    return state == stateBoot ? stateBoot : statePreop;
+  case statePreop:
+    return boot ? stateInit : stateSafeop;
+  default:
+    return state == m_state ? state : boot ? stateInit : stateOp;
+  }
+}
+
+void SlaveUnit::request(std::uint8_t state) {
+  m_requested = state;
+  m_faulty = false;
+  m_refused = false;
+  m_wait = 0;
+}
+
+void SlaveUnit::setResponding(bool responding) {
+  if (m_responding && !responding) {
+    m_registers.count(EscRegisters::pdiError);
+  }
+  m_responding = responding;
 }
 
 bool SlaveUnit::step(unsigned int climbCycles, unsigned int stagger) {
@@ -36,7 +78,8 @@ bool SlaveUnit::step(unsigned int climbCycles, unsigned int stagger) {
   if (--m_wait > 0) {
     return true;
   }
-  if (wanted > m_maximumState) {
+  const bool needsConfiguration = wanted >= stateSafeop && m_attached == nullptr;
+  if (wanted > m_maximumState || !isState(wanted) || needsConfiguration) {
     m_refused = true;
   } else {
     enter(wanted);
@@ -56,6 +99,7 @@ void SlaveUnit::enter(std::uint8_t state) {
 
 void SlaveUnit::settle() {
   m_state = std::min(statePreop, m_maximumState);
+  m_requested = 0;
   m_restart = false;
   m_refused = false;
   m_busy = false;

@@ -2,7 +2,8 @@
 #ifndef ETHERCAT_SIMULATION_SLAVE_UNIT_H
 #define ETHERCAT_SIMULATION_SLAVE_UNIT_H
 
-#include "Interface.h"
+#include "EscRegisters.h"
+#include "ObjectDictionary.h"
 
 namespace ethercat_simulation {
 
@@ -10,7 +11,7 @@ class SlaveConfiguration;
 
 class SlaveUnit {
 public:
-  explicit SlaveUnit(const Slave& identity) : m_identity(identity) {}
+  explicit SlaveUnit(const Slave& identity) : m_identity(identity), m_dictionary(identity.objects) {}
 
   const Slave& identity() const { return m_identity; }
   std::uint8_t state() const { return m_state; }
@@ -18,7 +19,13 @@ public:
   bool hasError() const { return m_faulty || m_refused; }
   bool operational() const { return m_state == stateOp && !m_restart; }
   // Its process data are in use: sync managers and FMMUs are written, and somebody is there to answer.
-  bool exchanges() const { return m_state >= stateSafeop && m_present && m_responding; }
+  bool exchanges() const { return m_state >= stateSafeop && responding(); }
+  bool responding() const { return m_present && m_responding; }
+  bool hasMailbox() const { return m_state != stateInit && !hasError(); }
+  ObjectDictionary& dictionary() { return m_dictionary; }
+  const ObjectDictionary& dictionary() const { return m_dictionary; }
+  EscRegisters& registers() { return m_registers; }
+  const EscRegisters& registers() const { return m_registers; }
   bool takesOutputs() const { return m_state == stateOp; }
 
   // The configuration that the last scan attached, and the one whose FMMUs the slave carries. They differ
@@ -33,12 +40,15 @@ public:
   void restart() {
     m_restart = true;
     m_refused = false;
+    m_requested = 0;
   }
+  // Asked for by the user: holds until the next restart or settling, and clears the error flag.
+  void request(std::uint8_t state);
   // Back to PREOP at once: the master stopped, or scans a slave that has just been switched on.
   void settle();
 
   void setFaulty(bool faulty) { m_faulty = faulty; }
-  void setResponding(bool responding) { m_responding = responding; }
+  void setResponding(bool responding);
   void setMaximumState(std::uint8_t state);
   void unplug() { m_present = false; }
 
@@ -51,11 +61,15 @@ public:
 
 private:
   std::uint8_t wantedState() const;
+  std::uint8_t stepTowards(std::uint8_t state) const;
   void enter(std::uint8_t state);
 
   Slave m_identity;
+  ObjectDictionary m_dictionary;
+  EscRegisters m_registers;
   std::uint8_t m_state = stateInit;
   std::uint8_t m_maximumState = stateOp;
+  std::uint8_t m_requested = 0; // by the user, 0 for none
   bool m_present = true;
   bool m_responding = true;
   bool m_faulty = false;  // error flag set from the control side

@@ -21,11 +21,35 @@ void Topology::remove(std::size_t position) {
   if (position < m_wire.size()) {
     m_wire[position]->unplug();
     m_wire.erase(m_wire.begin() + static_cast<std::ptrdiff_t>(position));
+    if (position > 0) {
+      m_wire[position - 1]->registers().count(EscRegisters::lostLink + 1);
+    }
+    if (position < m_wire.size()) {
+      m_wire[position]->registers().count(EscRegisters::lostLink);
+    }
     changed();
   }
 }
 
+void Topology::request(SlaveUnit& unit, std::uint8_t state) {
+  unit.request(state);
+  wake();
+  while (m_drive != Drive::running && unit.step(1, 0)) {
+  }
+}
+
+void Topology::countLostFrame() {
+  std::uint16_t counter = EscRegisters::invalidFrame;
+  for (SlaveUnit* unit : m_wire) {
+    unit->registers().count(counter);
+    counter = EscRegisters::forwardedError;
+  }
+}
+
 void Topology::setLink(bool up) {
+  if (m_link && !up && !m_wire.empty()) {
+    m_wire.front()->registers().count(EscRegisters::lostLink);
+  }
   m_link = up;
   wake();
   if (m_drive == Drive::running) {

@@ -22,6 +22,14 @@ public:
   SlaveUnit* onWire(std::size_t position) const {
     return position < m_wire.size() ? m_wire[position] : nullptr;
   }
+  // As the master found them at its last scan.
+  SlaveUnit* listed(std::size_t position) const {
+    return position < m_list.size() ? m_list[position] : nullptr;
+  }
+  // Asks a slave for an AL state: taken while running by rounds, otherwise at once.
+  void request(SlaveUnit& unit, std::uint8_t state);
+  // A frame broke on its way to the first slave.
+  void countLostFrame();
   void setLink(bool up);
   bool link() const { return m_link; }
   void setClimbCycles(unsigned int cycles);

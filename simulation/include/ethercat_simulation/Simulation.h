@@ -41,6 +41,24 @@ struct SyncManager {
   std::vector<Pdo> pdos;
 };
 
+// One entry of a slave's object dictionary.
+struct Object {
+  std::uint16_t index = 0;
+  std::uint8_t subindex = 0;
+  std::vector<std::uint8_t> bytes;
+  bool readOnly = false;
+};
+
+// What becomes of the transfers of one object; for complete access the lowest subindex of the object tells.
+enum class SdoFault {
+  none,
+  abort,
+  timeOut,     // no answer: ERROR after ten times the cycles of a transfer
+  shortAnswer, // reads give one byte less than the object has
+  longAnswer,  // reads give one byte more
+  busyForEver, // holds up the later requests of the slave as well
+};
+
 struct Slave {
   std::uint32_t vendorId = 0;
   std::uint32_t productCode = 0;
@@ -51,6 +69,9 @@ struct Slave {
   SlaveModel model = SlaveModel::loopback;
   bool distributedClocks = true;           // has a clock that can serve as reference
   std::vector<SyncManager> defaultMapping; // what the slave offers without configuration
+  // Reached by SDO requests. Complete access transfers subindex 0, padded to 16 bits, and then the others in
+  // their order; writes must have the length of the object.
+  std::vector<Object> objects;
 };
 
 // Every call that can be traced or made to fail. Device calls are open, close and ioctl of /dev/EtherCAT<n>.
@@ -80,6 +101,14 @@ enum class Call {
   syncSlaveClocks,
   referenceClockTime,
   selectReferenceClock,
+  createSdoRequest,
+  createSdoRequestComplete,
+  sdoTimeout,
+  sdoState,
+  sdoRead,
+  sdoWrite,
+  sdoData,
+  sdoDataSize,
   deviceOpen,
   deviceClose,
   deviceIoctl,
@@ -97,9 +126,20 @@ struct TraceEntry {
 struct Misuse {
   std::uint64_t deadHandle = 0;    // a handle that deactivation or release has freed, or a null handle
   std::uint64_t foreignHandle = 0; // a handle of another master, or no handle of this simulation at all
-  std::uint64_t outOfOrder = 0;    // set-up call while active, cycle call while inactive, and the like
+  std::uint64_t outOfOrder = 0;    // set-up call while active, cycle call while inactive, a
+                                   // transfer started while the request is busy, and the like
   std::vector<std::string> lines;  // one sentence for each of the first 100
   std::uint64_t total() const { return deadHandle + foreignHandle + outOfOrder; }
+};
+
+// The clock of the reference slave, free-running on CLOCK_REALTIME: at activation it is offsetNs ahead of the
+// real time (ns since 2000) and gains driftPpm from then on; each reading scatters by up to jitterNs to both
+// sides. ecrt_master_sync_reference_clock sets it to the application time with the next frame.
+struct ReferenceClock {
+  std::int64_t offsetNs = 0;
+  double driftPpm = 0;
+  std::uint32_t jitterNs = 0;
+  std::uint32_t seed = 1;
 };
 
 // One simulated master with its bus. Lives until reset(); references stay valid until then.
@@ -120,7 +160,22 @@ public:
   // Cycles for which scan_busy stays set after the topology changed while active (default 5).
   virtual void setScanCycles(unsigned int cycles) = 0;
 
-  // Faults.
+  // Exchanges that an SDO transfer takes from its turn in the slave's queue (at least 1; default 3). A slave
+  // has one transfer at a time, in the order in which the requests were created, and none while it climbs.
+  // A request that has waited for its turn longer than its time-out ends in ERROR; a cycle counts as 1 ms.
+  // Requests move by cycling only, also before activation.
+  virtual void setSdoCycles(unsigned int exchanges) = 0;
+  // Without this the reference clock is ideal: it shows the application time of the frame that read it.
+  virtual void setReferenceClock(const ReferenceClock& clock) = 0;
+  // Receives after activation during which the reference time is not known yet (-EAGAIN; default 0).
+  virtual void setClockOffsetCycles(unsigned int cycles) = 0;
+
+  // Faults. Those of the line count up in the slaves' error counters, registers 0x0300 to 0x0313:
+  //   lost frame     invalid frame at port 0 of the first slave (0x0300), forwarded error at the others
+  //                  (0x0308)
+  //   link down      lost link at port 0 of the first slave (0x0310)
+  //   removed slave  lost link at the ports that faced it (0x0311 before it, 0x0310 behind it)
+  //   silent slave   its own PDI error counter (0x030D), once each time it falls silent
   virtual void dropFrames(unsigned int count) = 0; // the next count sent frames never come back
   virtual void setLinkUp(bool up) = 0;
   virtual void setErrorFlag(unsigned int position, bool set) = 0;
@@ -128,7 +183,10 @@ public:
                              bool responding) = 0; // silent slave: WC short, still listed
   virtual void setMaximumState(unsigned int position,
                                std::uint8_t alState) = 0; // climbs no further; falls back
-  virtual void removeSlave(unsigned int position) = 0;    // later slaves move up
+  // False when the slave has no such object.
+  virtual bool setSdoFault(unsigned int position, std::uint16_t index, std::uint8_t subindex,
+                           SdoFault fault) = 0;
+  virtual void removeSlave(unsigned int position) = 0; // later slaves move up
   virtual void insertSlave(unsigned int position, const Slave& slave) = 0;
   // Like the real master, a second activation on one reservation leaves the image unmapped (default true).
   virtual void setReactivationUnmapped(bool unmapped) = 0;
@@ -150,6 +208,19 @@ public:
   virtual std::vector<std::uint8_t> outputs(unsigned int position) const = 0;
   // Pins the slave's input bytes (all input sync managers in order) instead of its model; empty: model again.
   virtual void setInputs(unsigned int position, const std::vector<std::uint8_t>& bytes) = 0;
+  // Value of an object; empty when there is none. Setting may change the length; false when there is none.
+  virtual std::vector<std::uint8_t> objectValue(unsigned int position, std::uint16_t index,
+                                                std::uint8_t subindex) const = 0;
+  virtual bool setObjectValue(unsigned int position, std::uint16_t index, std::uint8_t subindex,
+                              const std::vector<std::uint8_t>& bytes) = 0;
+  // Registers of the slave as the device file shows them, and any of them set, counters included. Live ones
+  // (type, station address, AL status, system time) keep showing the state of the slave.
+  virtual std::vector<std::uint8_t> registers(unsigned int position, std::uint16_t address,
+                                              std::size_t size) const = 0;
+  virtual void setRegisters(unsigned int position, std::uint16_t address,
+                            const std::vector<std::uint8_t>& bytes) = 0;
+  // What the reference clock shows now without jitter, ns since 2000-01-01.
+  virtual std::uint64_t referenceTime() const = 0;
   virtual std::uint64_t callCount(Call call) const = 0;
   // Tracing allocates; it is off by default so that a cycle stays free of allocations.
   virtual void setTracing(bool on) = 0;

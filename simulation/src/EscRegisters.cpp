@@ -1,0 +1,83 @@
+#include "EscRegisters.h"
+
+#include <algorithm>
+
+namespace ethercat_simulation {
+
+namespace {
+
+constexpr std::size_t type = 0x0000;
+constexpr std::size_t stationAddress = 0x0010;
+constexpr std::size_t alStatus = 0x0130;
+constexpr std::size_t systemTime = 0x0910;
+constexpr std::uint8_t alErrorBit = 0x10;
+
+// Bytes of a register, laid over the part of a read that covers it.
+class Overlay {
+public:
+  Overlay(std::size_t address, std::uint8_t* data, std::size_t size)
+      : m_address(address), m_data(data), m_size(size) {}
+  void put(std::size_t place, std::uint64_t value, std::size_t width) {
+    for (std::size_t i = 0; i < width; ++i) {
+      if (place + i >= m_address && place + i < m_address + m_size) {
+        m_data[place + i - m_address] = static_cast<std::uint8_t>(value >> 8 * i);
+      }
+    }
+  }
+
+private:
+  std::size_t m_address;
+  std::uint8_t* m_data;
+  std::size_t m_size;
+};
+
+bool onlyTells(std::size_t address) {
+  return address < stationAddress || (address >= alStatus && address < alStatus + 6) ||
+         (address >= systemTime && address < systemTime + 8);
+}
+
+} // namespace
+
+void EscRegisters::read(std::uint16_t address, std::uint8_t* data, std::size_t size, const Live& live) const {
+  for (std::size_t i = 0; i < size; ++i) {
+    const std::size_t place = address + i;
+    data[i] = isCounter(place)          ? m_counters[place - firstCounter]
+              : place < m_memory.size() ? m_memory[place]
+                                        : std::uint8_t{0};
+  }
+  Overlay overlay(address, data, size);
+  overlay.put(type, 0x03010304, 4); // type, revision, build
+  overlay.put(stationAddress, live.stationAddress, 2);
+  overlay.put(alStatus, live.alState | (live.alError ? alErrorBit : 0U), 2);
+  if (live.hasClock) {
+    overlay.put(systemTime, live.systemTime, 8);
+  }
+}
+
+void EscRegisters::write(std::uint16_t address, const std::uint8_t* data, std::size_t size) {
+  for (std::size_t i = 0; i < size; ++i) {
+    const std::size_t place = address + i;
+    if (isCounter(place)) {
+      m_counters[place - firstCounter] = 0;
+    } else if (!onlyTells(place)) {
+      store(place, data[i]);
+    }
+  }
+}
+
+void EscRegisters::set(std::uint16_t address, const std::vector<std::uint8_t>& bytes) {
+  for (std::size_t i = 0; i < bytes.size() && holds(address, i + 1); ++i) {
+    if (isCounter(address + i)) {
+      m_counters[address + i - firstCounter] = bytes[i];
+    } else {
+      store(address + i, bytes[i]);
+    }
+  }
+}
+
+void EscRegisters::store(std::size_t address, std::uint8_t value) {
+  m_memory.resize(std::max(m_memory.size(), address + 1));
+  m_memory[address] = value;
+}
+
+} // namespace ethercat_simulation

@@ -1,0 +1,50 @@
+// The objects of one slave, as its mailbox gives and takes them.
+#ifndef ETHERCAT_SIMULATION_OBJECT_DICTIONARY_H
+#define ETHERCAT_SIMULATION_OBJECT_DICTIONARY_H
+
+#include "Interface.h"
+
+namespace ethercat_simulation {
+
+// What a transfer is about.
+struct SdoPlace {
+  std::uint16_t index;
+  std::uint8_t subindex; // 0 for complete access
+  bool complete;
+};
+
+class ObjectDictionary {
+public:
+  explicit ObjectDictionary(const std::vector<Object>& objects);
+
+  // Null when there is no such object.
+  const std::vector<std::uint8_t>* value(std::uint16_t index, std::uint8_t subindex) const;
+  bool setValue(std::uint16_t index, std::uint8_t subindex, const std::vector<std::uint8_t>& bytes);
+  bool setFault(std::uint16_t index, std::uint8_t subindex, SdoFault fault);
+  SdoFault fault(const SdoPlace& place) const;
+
+  // False: abort. Up to `capacity` bytes go to `answer`; *length is what the slave has to say.
+  bool upload(const SdoPlace& place, std::uint8_t* answer, std::size_t capacity, std::size_t* length) const;
+  bool download(const SdoPlace& place, const std::uint8_t* data, std::size_t size);
+
+private:
+  struct Item {
+    Object object;
+    SdoFault fault = SdoFault::none;
+    // Bytes in a transfer of the whole object.
+    std::size_t span() const {
+      return object.subindex == 0 && object.bytes.size() == 1 ? 2 : object.bytes.size();
+    }
+  };
+
+  std::size_t firstAt(std::uint16_t index, std::uint8_t subindex) const;
+  const Item* find(std::uint16_t index, std::uint8_t subindex) const;
+  Item* find(std::uint16_t index, std::uint8_t subindex);
+  bool accepts(const SdoPlace& place, std::size_t first, std::size_t size) const;
+
+  std::vector<Item> m_items; // by index and subindex
+};
+
+} // namespace ethercat_simulation
+
+#endif
