@@ -222,6 +222,96 @@ IGH_MASTER_API bool igh_master_pdo_recv(uint16_t id, uint32_t handle, double* va
  * a handle that is unknown or not writable. */
 IGH_MASTER_API bool igh_master_pdo_send(uint16_t id, uint32_t handle, double value);
 
+/* ---- SDO requests ------------------------------------------------------------------------------ */
+
+/* SDO transfers run beside the process data, one step of one request per exchange, from PREOP on. A request
+ * is created once, then armed for each transfer; `done` turns true in the exchange that ends it. A transfer
+ * that fails is retried in every cycle, without limit, while the other requests wait: keep a deadline of your
+ * own, and destroy the request's users of that direction to withdraw it. Requests are lost with the next
+ * scan; activating again renews them. */
+
+/* Create a request, or share the one that exists for the same slave, index, sub-index and access; type, size
+ * and time-out are those of the first creation. Set-up. slave      0 to 254 size       bytes (raw forms), at
+ * least 1;  count  elements of `type` (typed forms) timeoutMs  longest wait in the slave's queue, 0 for no
+ * limit; a running transfer has the master's own limit of 1 s read       true: a user that reads; false: a
+ * user that writes handle     receives the handle; 0xFFFFFFFF when the master refuses the request The
+ * _complete form transfers a whole object by complete access, sub-index 0 first. Result 0 for a null pointer,
+ * a slave out of range, a size of 0, an unknown type or a count whose bytes exceed 32 bits (with "Unexpected
+ * Sdo size." on standard error), or a refused request, for instance of a slave that was not configured (with
+ * a line there). */
+IGH_MASTER_API bool igh_master_create_raw_sdo_request(uint16_t id, uint32_t slave, uint16_t index,
+                                                      uint8_t subindex, uint32_t size, int32_t timeoutMs,
+                                                      bool read, uint32_t* handle);
+IGH_MASTER_API bool igh_master_create_raw_sdo_request_complete(uint16_t id, uint32_t slave, uint16_t index,
+                                                               uint32_t size, int32_t timeoutMs, bool read,
+                                                               uint32_t* handle);
+IGH_MASTER_API bool igh_master_create_sdo_request_ex(uint16_t id, uint32_t slave, uint16_t index,
+                                                     uint8_t subindex, ETHERCAT_DATA_TYPE type,
+                                                     uint32_t count, int32_t timeoutMs, bool read,
+                                                     uint32_t* handle);
+/* igh_master_create_sdo_request_ex with a count of 1. */
+IGH_MASTER_API bool igh_master_create_sdo_request(uint16_t id, uint32_t slave, uint16_t index,
+                                                  uint8_t subindex, ETHERCAT_DATA_TYPE type,
+                                                  int32_t timeoutMs, bool read, uint32_t* handle);
+
+/* Takes one user of the given direction away. With its last user a direction's armed transfer is withdrawn;
+ * the handle dies with the last user of both. Set-up. */
+IGH_MASTER_API void igh_master_destroy_sdo_request(uint16_t id, uint32_t handle, bool read);
+
+/* Arm a read. `data` or `values` receives the result, and must stay valid, like `done`, until *done is true
+ * or the direction's last user is destroyed. `done` may be null; it is cleared first. The size (count) must
+ * be the request's. The raw form delivers bytes and needs a raw request: of a typed one it delivers nothing,
+ * although *done turns true. The _ex form delivers doubles; elements of a type without conversion read as 0.
+ * Cycle. Result 0 for an unknown handle, a null buffer, a transfer that is pending already, or, with a line
+ * on standard output, a handle without readers or a size that does not match. */
+IGH_MASTER_API bool igh_master_raw_sdo_recv(uint16_t id, uint32_t handle, void* data, uint32_t size,
+                                            bool* done);
+IGH_MASTER_API bool igh_master_sdo_recv_ex(uint16_t id, uint32_t handle, double* values, uint32_t count,
+                                           bool* done);
+/* igh_master_sdo_recv_ex with a count of 1. */
+IGH_MASTER_API bool igh_master_sdo_recv(uint16_t id, uint32_t handle, double* value, bool* done);
+
+/* Arm a write of data that is copied at once; `done` must stay valid as above. Cycle. Results as for reads;
+ * also 0 for a type without conversion (with the elements before it already taken over). */
+IGH_MASTER_API bool igh_master_raw_sdo_send(uint16_t id, uint32_t handle, const void* data, uint32_t size,
+                                            bool* done);
+IGH_MASTER_API bool igh_master_sdo_send_ex(uint16_t id, uint32_t handle, const double* values, uint32_t count,
+                                           bool* done);
+/* igh_master_sdo_send_ex with a count of 1. */
+IGH_MASTER_API bool igh_master_sdo_send(uint16_t id, uint32_t handle, double value, bool* done);
+
+/* Lets this request be served next, as soon as the transfer in service is done. Cycle. Result 0 for a handle
+ * beyond the table or while another request is waiting to be served next. */
+IGH_MASTER_API bool igh_master_process_sdo_immediately(uint16_t id, uint32_t handle);
+
+/* ---- ESC registers ----------------------------------------------------------------------------- */
+
+/* These calls go to the master's device file and block until the slave's state machine has served them: while
+ * the master is active that needs exchanges to go on in another thread. Never call them from the cycle; a
+ * call that waits while cycling has stopped waits for ever. `slave` is the ring position. */
+
+/* Reads `size` bytes from register `address` into `data`, which is zeroed first. Result 1, also when the
+ * access failed: then a line on standard error tells. Does nothing when the device file is not open or for a
+ * null buffer with a size. */
+IGH_MASTER_API bool igh_master_read_esc_reg(uint16_t id, uint16_t slave, uint16_t address, uint8_t* data,
+                                            uint32_t size);
+
+/* Writes `size` ZERO bytes to register `address`, whatever `data` holds, and zeroes `data`: this function can
+ * clear registers and nothing else. A line on standard output or error tells the outcome. Result 1, as above.
+ */
+IGH_MASTER_API bool igh_master_write_esc_reg(uint16_t id, uint16_t slave, uint16_t address, uint8_t* data,
+                                             uint32_t size);
+
+/* Clears the error counters 0x0300 to 0x0313 of one slave, or of every slave of the scan. A line for each
+ * tells the outcome. The first gives 0 when the write failed, the second always 1. */
+IGH_MASTER_API bool igh_master_clear_esc_error_regs(uint16_t id, uint16_t slave);
+IGH_MASTER_API bool igh_master_clear_all_esc_error_regs(uint16_t id);
+
+/* Asks for an AL state of one slave: 1 INIT, 2 PREOP, 3 BOOT, 4 SAFEOP, 8 OP; the value is not checked.
+ * Returns before the slave has changed; its error flag is cleared. Result 0, with a line on standard error,
+ * when refused. */
+IGH_MASTER_API bool igh_master_request_esc_state(uint16_t id, uint16_t slave, uint8_t state);
+
 /* ---- Diagnostics ------------------------------------------------------------------------------- */
 
 /* Prints a timing record to standard output under `label` (null: "Communication detail"). Set-up; `info` null
@@ -233,6 +323,10 @@ IGH_MASTER_API bool igh_master_output_comm_diag_info(uint16_t id, const char* la
  * copies nothing. Cycle. Result 1. */
 IGH_MASTER_API bool igh_master_get_comm_diag_info(uint16_t id, uint32_t index,
                                                   _ETHERCAT_COMM_DIAG_INFO* info);
+
+/* Prints what the clock controller does, at its start, once per 1024 cycles and on deactivation. Set-up; the
+ * printing happens in the cycle. Result 1. */
+IGH_MASTER_API bool igh_master_set_dc_debug_enable(uint16_t id, bool enable);
 
 #ifdef __cplusplus
 }

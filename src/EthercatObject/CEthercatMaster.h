@@ -4,8 +4,10 @@
 #include "ENIObject/ENIObject.h"
 #include "EthercatObject/CEthercatSlave.h"
 #include "EthercatObject/CommDiag.h"
+#include "EthercatObject/DcController.h"
 #include "EthercatObject/HandleTable.h"
 #include "EthercatObject/PdoBuffers.h"
+#include "EthercatObject/SdoInfo.h"
 
 #include <ecrt.h>
 #include <igh_master.h>
@@ -57,7 +59,7 @@ public:
   void clearAllSlaveObject();
   unsigned int getDeviceId() const { return m_uiDeviceId; }
   unsigned int getExchangePeriod() const { return m_uiExchangePeriod; }
-  long long getSystemBaseOffsetNs() const { return m_dc.m_llSystemBaseOffsetNs; }
+  long long getSystemBaseOffsetNs() const { return m_dc.systemBaseOffsetNs(); }
   ec_master_t* getMasterCore() const { return m_pMaster; }
   CMasterENIObject* getENIObject() const { return m_pENIObject.get(); }
   unsigned int getMasterState() const;
@@ -97,16 +99,37 @@ public:
   bool readPdo(unsigned int id, double* value);
   bool writePdo(unsigned int id, double value);
 
+  // SDO requests (MasterSdo.cpp). Sizes in bytes, time-outs in ms; slaves beyond 254 have none.
+  bool createRawSdoRequest(unsigned int slave, unsigned short index, unsigned char subindex,
+                           ETHERCAT_DATA_TYPE type, unsigned long size, int timeout, bool read,
+                           unsigned int* id);
+  bool createSdoRequest(unsigned int slave, unsigned short index, unsigned char subindex,
+                        ETHERCAT_DATA_TYPE type, int timeout, bool read, unsigned int* id);
+  bool createSdoRequestEx(unsigned int slave, unsigned short index, unsigned char subindex,
+                          ETHERCAT_DATA_TYPE type, unsigned int count, int timeout, bool read,
+                          unsigned int* id);
+  bool createRawSdoRequestComplete(unsigned int slave, unsigned short index, ETHERCAT_DATA_TYPE type,
+                                   unsigned long size, int timeout, bool read, unsigned int* id);
+  void destroySdoRequest(unsigned int id, bool read);
+
+  // SDO transfers (MasterSdoTransfer.cpp): armed here, carried out by the exchange; *done tells the end.
+  bool readSdo(unsigned int id, double* value, bool* done);
+  bool readSdoEx(unsigned int id, double* values, unsigned int count, bool* done);
+  bool writeSdo(unsigned int id, double value, bool* done);
+  bool writeSdoEx(unsigned int id, const double* values, unsigned int count, bool* done);
+  bool rawSdoRecv(unsigned int id, void* data, unsigned int size, bool* done);
+  bool rawSdoSend(unsigned int id, const void* data, unsigned int size, bool* done);
+  bool processSdoImmediately(unsigned int id);
+
+  // ESC registers through the device file (MasterEscRegister.cpp). Blocking; not for the cycle.
+  bool readEscReg(unsigned short slave, unsigned short address, unsigned char* data, unsigned long size);
+  bool writeEscReg(unsigned short slave, unsigned short address, unsigned char* data, unsigned long size);
+  bool requestEscState(unsigned short slave, unsigned char state);
+  bool clearEscErrorRegs(unsigned short slave);
+  void clearAllEscErrorRegs();
+
 private:
-  // Distributed-clock state, all 0 while inactive. Times in ns.
-  struct _DC_STATE {
-    long long m_llSystemBaseOffsetNs = 0; // subtracted from the real time to form the application time
-    unsigned long long startTimeNs = 0;   // since 2000-01-01
-    int differNs = 0;
-    long long adjustNs = 0;
-    long long minDifferNs = 0;
-    long long maxDifferNs = 0;
-  };
+  static constexpr unsigned long NO_FORCED_SDO = ~0UL;
 
   CSlaveENIObject* descriptionOf(unsigned int slave) const; // null also for a slave out of range
   bool writeSlotValue(unsigned int slave, unsigned int (CSlaveENIObject::*getter)() const,
@@ -144,12 +167,30 @@ private:
   void checkSlaves();
   void checkLink();
   void checkMaster();
-  void serviceSdoRequests();
   void runCallback(EXCHANGE_CALLBACK callback, void* userData, _CYCLE_STAMPS& stamps);
   void sendFrame();
   void syncDistributedClocks();
   void updateMasterClock();
   void awaitFrame(EXCHANGE_CALLBACK callback, void* userData, _CYCLE_STAMPS& stamps);
+
+  // SDO
+  static bool checkSdoSize(ETHERCAT_DATA_TYPE type, unsigned long size);
+  // 0, which fits no request, when the product does not fit 32 bits.
+  static unsigned int sdoSizeOf(ETHERCAT_DATA_TYPE type, unsigned int count);
+  bool createSdo(const _SDO_INFO_KEY& key, ETHERCAT_DATA_TYPE type, unsigned long size, int timeout,
+                 bool read, unsigned int* id, const char* sizeText, const char* failureText);
+  static void provideWriteBuffer(_SDO_INFO_OBJECT& object);
+  bool requestSdo(const _SDO_INFO_KEY& key, _SDO_INFO_OBJECT& object);
+  void renewSdoRequests();
+  void dropSdoRequests();
+  _SDO_INFO_OBJECT* armable(unsigned int id, bool read, const void* data);
+  static bool isArmableWith(const _SDO_INFO_OBJECT& object, bool read, unsigned long size);
+  void armRead(_SDO_INFO_OBJECT& object, ETHERCAT_DATA_TYPE destinationType, void* destination, bool* done);
+  void armWrite(_SDO_INFO_OBJECT& object, bool* done);
+  void serviceSdoRequests();
+  void serviceSdo(_SDO_INFO_OBJECT& object, bool read);
+  void reportSdo(const char* text) const;
+  void moveToNextSdoId();
 
   // Process data
   void copyInputs();
@@ -168,7 +209,7 @@ private:
   unsigned int m_uiDcSettleCycles = DC_SETTLE_CYCLES;
   bool m_bDcDebug = false;
   unsigned long long m_ullApplicationTimeNs = 0; // since 2000-01-01
-  _DC_STATE m_dc;
+  CDcController m_dc;                            // all 0 while inactive
   ec_master_t* m_pMaster = nullptr;
   int m_iDeviceFd = -1;
   ec_domain_t* m_pDomain = nullptr;
@@ -184,6 +225,10 @@ private:
       m_pPdoEntryRegs; // m_uiPdoEntryCount rows and a zero row; null before a scan
   bool m_bActive = false;
   CHandleTable<_PDO_ENTRY_INFO_KEY, _PDO_ENTRY_INFO_OBJECT> m_pdoInfo;
+  CHandleTable<_SDO_INFO_KEY, _SDO_INFO_OBJECT> m_sdoInfo;
+  unsigned long m_ulSdoCursor = 0;               // request * 2, + 1 for its write
+  unsigned long m_ulForcedSdoId = NO_FORCED_SDO; // taken at the next advance of the cursor
+  bool m_bSdosIdle = false; // a whole round found nothing armed, and nothing was armed since
   CPdoBuffers m_inputs;
   CPdoBuffers m_outputs;
   bool m_bArrangementStale = false; // handles changed since the buffers were arranged

@@ -36,7 +36,7 @@ public:
   // by a creation that failed, counts as unknown.
   OBJECT* share(const KEY& key, bool read, unsigned int& id) {
     const auto found = m_mapIdByKey.find(key);
-    if (found == m_mapIdByKey.end() || m_vecObjects[found->second].isFree()) {
+    if (found == m_mapIdByKey.end() || m_vecObjects[found->second].isFree() || keyOf(found->second) != key) {
       return nullptr;
     }
     id = static_cast<unsigned int>(found->second);
@@ -69,13 +69,17 @@ public:
     }
     const auto found = m_mapKeyById.find(id);
     if (found != m_mapKeyById.end()) {
-      m_mapIdByKey.erase(found->second);
+      const auto back = m_mapIdByKey.find(found->second);
+      if (back != m_mapIdByKey.end() && back->second == id) {
+        m_mapIdByKey.erase(back);
+      }
       m_mapKeyById.erase(found);
     }
     object->reset();
     return true;
   }
 
+  const KEY& keyOf(unsigned long id) const { return m_mapKeyById.at(id); }
   OBJECT* find(unsigned int id) { return id < m_vecObjects.size() ? &m_vecObjects[id] : nullptr; }
   std::vector<OBJECT>& objects() { return m_vecObjects; }
 

@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <cstdio>
-#include <ctime>
 
 namespace {
 
@@ -60,12 +59,14 @@ void CEthercatMaster::reconfigureSlaves() {
       slave->configEthercatSlave();
     }
   }
+  renewSdoRequests();
 }
 
 void CEthercatMaster::dropConfigurations() {
   for (const auto& slave : m_vecSlaves) {
     slave->dropConfiguration();
   }
+  dropSdoRequests();
 }
 
 bool CEthercatMaster::allSlavesConfigured() const {
@@ -117,7 +118,7 @@ bool CEthercatMaster::activateOnNewReservation() {
   m_pMaster = ecrt_request_master(m_uiDeviceId);
   m_bReservationActivated = false;
   if (m_pMaster != nullptr) {
-    configAllSlaves();
+    reconfigureSlaves();
     if (!allSlavesConfigured() || !activateOnce()) {
       return false;
     }
@@ -139,20 +140,12 @@ void CEthercatMaster::setUpDistributedClocks() {
     }
   }
   m_ullApplicationTimeNs = readEthercatTimeNs();
-  m_dc.startTimeNs = m_ullApplicationTimeNs;
+  m_dc.reset(m_ullApplicationTimeNs);
   if (reference == nullptr) {
     m_bEnableDc = false;
   } else if (m_bSyncToReferenceClock) {
     reference->setAsReferenceClock();
   }
-}
-
-unsigned long long CEthercatMaster::readEthercatTimeNs() {
-  constexpr unsigned long long NS_FROM_1970_TO_2000 = 946684800000000000ULL;
-  timespec now{};
-  clock_gettime(CLOCK_REALTIME, &now);
-  return static_cast<unsigned long long>(now.tv_sec) * 1000000000ULL +
-         static_cast<unsigned long long>(now.tv_nsec) - NS_FROM_1970_TO_2000;
 }
 
 void CEthercatMaster::resetCycleState() {
@@ -167,16 +160,13 @@ int CEthercatMaster::deactive() {
   if (m_bActive) {
     m_uiMasterState = 0;
     if (m_bDcDebug && m_bSyncToReferenceClock && m_bEnableDc) {
-      std::printf("deactive: state = %d, dc_differ_ns = %d, dc_adjust_ns = %ld, min_dc_differ_ns = %ld, "
-                  "max_dc_differ_ns = %ld!\n",
-                  static_cast<int>(m_uiMasterState), m_dc.differNs, static_cast<long>(m_dc.adjustNs),
-                  static_cast<long>(m_dc.minDifferNs), static_cast<long>(m_dc.maxDifferNs));
+      m_dc.print("deactive: ", m_uiMasterState);
     }
     std::fputs("ecrt_master_deactivate\n", stdout);
     deactivatePlatform();
   }
   m_ullApplicationTimeNs = 0;
-  m_dc = _DC_STATE();
+  m_dc.reset();
   return 0;
 }
 

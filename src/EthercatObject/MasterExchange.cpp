@@ -152,9 +152,6 @@ void CEthercatMaster::checkMaster() {
   m_uiMasterState = state.al_states;
 }
 
-// The place of SDO service in the cycle: from PREOP on, one step of one request. There are no requests yet.
-void CEthercatMaster::serviceSdoRequests() {}
-
 void CEthercatMaster::runCallback(EXCHANGE_CALLBACK callback, void* userData, _CYCLE_STAMPS& stamps) {
   if (callback != nullptr) {
     stamp(stamps.callback.start);
@@ -171,11 +168,6 @@ void CEthercatMaster::sendFrame() {
   static_cast<void>(ecrt_master_send(m_pMaster));
   updateMasterClock();
 }
-
-// The places of the distributed clocks in the cycle: application time and synchronisation go out with the
-// frame, the controller that follows the reference clock runs behind it. Neither is built yet.
-void CEthercatMaster::syncDistributedClocks() {}
-void CEthercatMaster::updateMasterClock() {}
 
 // Exchange mode: polls for the frame just sent until it is complete or the budget of the period is used up.
 void CEthercatMaster::awaitFrame(EXCHANGE_CALLBACK callback, void* userData, _CYCLE_STAMPS& stamps) {

@@ -43,6 +43,9 @@ void CEthercatMaster::clearAllSlaveObject() {
   m_pdoInfo.clear();
   m_inputs.clear();
   m_outputs.clear();
+  m_sdoInfo.clear();
+  m_ulSdoCursor = 0;
+  m_ulForcedSdoId = NO_FORCED_SDO;
 }
 
 unsigned int CEthercatMaster::getMasterState() const {
@@ -60,11 +63,6 @@ bool CEthercatMaster::setExchangeMode(bool exchangeMode) {
     return false;
   }
   m_bExchangeMode = exchangeMode;
-  return true;
-}
-
-bool CEthercatMaster::setDcDebugEnable(bool enable) {
-  m_bDcDebug = enable;
   return true;
 }
 

@@ -1,4 +1,4 @@
-// Exported functions: timing records.
+// Exported functions: timing records and the debug switch of the clock controller.
 #include "IgH_Master/FindMaster.h"
 
 #include <igh_master.h>
@@ -15,4 +15,8 @@ bool igh_master_get_comm_diag_info(uint16_t id, uint32_t index, _ETHERCAT_COMM_D
     master.getCommDiagInfo(index, info);
     return true;
   });
+}
+
+bool igh_master_set_dc_debug_enable(uint16_t id, bool enable) {
+  return withMaster(id, [=](CEthercatMaster& master) { return master.setDcDebugEnable(enable); });
 }

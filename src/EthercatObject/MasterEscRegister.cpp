@@ -1,0 +1,103 @@
+// ESC registers and state requests of single slaves, through the master's device file.
+#include "EthercatObject/CEthercatMaster.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <sys/ioctl.h>
+
+namespace {
+
+constexpr unsigned short ERROR_COUNTERS = 0x0300;
+constexpr unsigned long ERROR_COUNTER_BYTES = 20;
+
+// Records and request codes of the device file, as the platform's kernel side reads them.
+struct _REGISTER_REQUEST {
+  unsigned short slavePosition;
+  unsigned char emergency; // bypasses the slave list; always 0 here
+  unsigned short address;
+  unsigned long size;
+  unsigned char* data;
+};
+static_assert(sizeof(_REGISTER_REQUEST) == 24 && offsetof(_REGISTER_REQUEST, emergency) == 2 &&
+              offsetof(_REGISTER_REQUEST, address) == 4 && offsetof(_REGISTER_REQUEST, size) == 8 &&
+              offsetof(_REGISTER_REQUEST, data) == 16);
+
+struct _STATE_REQUEST {
+  unsigned short slavePosition;
+  unsigned char alState;
+};
+static_assert(sizeof(_STATE_REQUEST) == 4 && offsetof(_STATE_REQUEST, alState) == 2);
+
+constexpr unsigned int DEVICE = 0xA4;
+constexpr unsigned long REGISTER_READ = _IOWR(DEVICE, 0x12, _REGISTER_REQUEST);
+constexpr unsigned long REGISTER_WRITE = _IOW(DEVICE, 0x13, _REGISTER_REQUEST);
+constexpr unsigned long STATE_REQUEST = _IOW(DEVICE, 0x0B, _STATE_REQUEST);
+static_assert(REGISTER_READ == 0xC018A412 && REGISTER_WRITE == 0x4018A413 && STATE_REQUEST == 0x4004A40B);
+
+// The buffer is zeroed first, for writes too: registers only ever receive zeros.
+bool accessRegisters(int device, unsigned long code, unsigned short slave, unsigned short address,
+                     unsigned char* data, unsigned long size) {
+  _REGISTER_REQUEST request{slave, 0, address, size, data};
+  if (size > 0) {
+    std::memset(data, 0, size);
+  }
+  return ioctl(device, code, &request) >= 0;
+}
+
+} // namespace
+
+bool CEthercatMaster::readEscReg(unsigned short slave, unsigned short address, unsigned char* data,
+                                 unsigned long size) {
+  if (m_iDeviceFd == -1 || (data == nullptr && size > 0)) {
+    return false;
+  }
+  if (!accessRegisters(m_iDeviceFd, REGISTER_READ, slave, address, data, size)) {
+    std::fprintf(stderr, "EscRegRead failed while slave = %i, address = %x, size = %zu, errno = %s\n", slave,
+                 static_cast<unsigned int>(address), static_cast<size_t>(size), std::strerror(errno));
+    return false;
+  }
+  return true;
+}
+
+bool CEthercatMaster::writeEscReg(unsigned short slave, unsigned short address, unsigned char* data,
+                                  unsigned long size) {
+  if (m_iDeviceFd == -1 || (data == nullptr && size > 0)) {
+    return false;
+  }
+  if (!accessRegisters(m_iDeviceFd, REGISTER_WRITE, slave, address, data, size)) {
+    std::fprintf(stderr, "writeEscReg failed while slave = %i, address = %x, size = %zu, errno = %s\n", slave,
+                 static_cast<unsigned int>(address), static_cast<size_t>(size), std::strerror(errno));
+    return false;
+  }
+  std::printf("writeEscReg succeed while slave = %i, address = %x, size = %zu\n", slave,
+              static_cast<unsigned int>(address), static_cast<size_t>(size));
+  return true;
+}
+
+bool CEthercatMaster::requestEscState(unsigned short slave, unsigned char state) {
+  if (m_iDeviceFd == -1) {
+    return false;
+  }
+  _STATE_REQUEST request{slave, state};
+  if (ioctl(m_iDeviceFd, STATE_REQUEST, &request) != 0) {
+    std::fprintf(stderr, "Failed to request slave state: slave = %i, state = %d, errno = %s\n", slave, state,
+                 std::strerror(errno));
+    return false;
+  }
+  return true;
+}
+
+bool CEthercatMaster::clearEscErrorRegs(unsigned short slave) {
+  unsigned char zeros[ERROR_COUNTER_BYTES];
+  return writeEscReg(slave, ERROR_COUNTERS, zeros, sizeof zeros);
+}
+
+void CEthercatMaster::clearAllEscErrorRegs() {
+  for (const auto& slave : m_vecSlaves) {
+    if (m_iDeviceFd == -1) {
+      return;
+    }
+    clearEscErrorRegs(static_cast<unsigned short>(slave->getSlaveIndex()));
+  }
+}

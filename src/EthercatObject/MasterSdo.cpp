@@ -1,0 +1,145 @@
+// SDO requests: creation, sharing and destruction. What moves them is in MasterSdoTransfer.cpp and
+// MasterSdoService.cpp.
+#include "EthercatObject/CEthercatMaster.h"
+
+#include "EthercatDataHelper/EthercatDataHelper.h"
+
+#include <cstdio>
+
+namespace {
+
+constexpr unsigned int INVALID_ID = 0xFFFFFFFFU;
+constexpr unsigned int MAX_SLAVE = 254;
+
+} // namespace
+
+bool CEthercatMaster::checkSdoSize(ETHERCAT_DATA_TYPE type, unsigned long size) {
+  const unsigned int typeSize = CEthercatDataHelper::getTypeSize(type);
+  return size != 0 && typeSize != 0 && size % typeSize == 0;
+}
+
+unsigned int CEthercatMaster::sdoSizeOf(ETHERCAT_DATA_TYPE type, unsigned int count) {
+  const unsigned long size = static_cast<unsigned long>(CEthercatDataHelper::getTypeSize(type)) * count;
+  return size > 0xFFFFFFFFUL ? 0 : static_cast<unsigned int>(size);
+}
+
+bool CEthercatMaster::createSdoRequest(unsigned int slave, unsigned short index, unsigned char subindex,
+                                       ETHERCAT_DATA_TYPE type, int timeout, bool read, unsigned int* id) {
+  return createSdoRequestEx(slave, index, subindex, type, 1, timeout, read, id);
+}
+
+bool CEthercatMaster::createSdoRequestEx(unsigned int slave, unsigned short index, unsigned char subindex,
+                                         ETHERCAT_DATA_TYPE type, unsigned int count, int timeout, bool read,
+                                         unsigned int* id) {
+  return createRawSdoRequest(slave, index, subindex, type, sdoSizeOf(type, count), timeout, read, id);
+}
+
+bool CEthercatMaster::createRawSdoRequest(unsigned int slave, unsigned short index, unsigned char subindex,
+                                          ETHERCAT_DATA_TYPE type, unsigned long size, int timeout, bool read,
+                                          unsigned int* id) {
+  return createSdo(_SDO_INFO_KEY{slave, index, subindex, false}, type, size, timeout, read, id,
+                   "Unexpected Sdo size.\n", "Failed to create SDO request.\n");
+}
+
+bool CEthercatMaster::createRawSdoRequestComplete(unsigned int slave, unsigned short index,
+                                                  ETHERCAT_DATA_TYPE type, unsigned long size, int timeout,
+                                                  bool read, unsigned int* id) {
+  return createSdo(_SDO_INFO_KEY{slave, index, 0, true}, type, size, timeout, read, id,
+                   "Unexpected sdo size.\n", "Failed to create complete SDO request.\n");
+}
+
+bool CEthercatMaster::createSdo(const _SDO_INFO_KEY& key, ETHERCAT_DATA_TYPE type, unsigned long size,
+                                int timeout, bool read, unsigned int* id, const char* sizeText,
+                                const char* failureText) {
+  if (m_pMaster == nullptr || key.slave > MAX_SLAVE) {
+    return false;
+  }
+  if (!checkSdoSize(type, size)) {
+    std::fputs(sizeText, stderr);
+    return false;
+  }
+  if (id == nullptr || key.slave >= m_vecSlaves.size()) {
+    return false;
+  }
+  if (_SDO_INFO_OBJECT* const shared = m_sdoInfo.share(key, read, *id)) {
+    provideWriteBuffer(*shared);
+    return true;
+  }
+  _SDO_INFO_OBJECT& object = m_sdoInfo.nextFree();
+  m_sdoInfo.enterKey(key);
+  object.users.add(read);
+  object.dataType = type;
+  object.size = size;
+  object.timeoutMs = timeout;
+  provideWriteBuffer(object);
+  if (!requestSdo(key, object)) {
+    *id = INVALID_ID;
+    object.resetSdoInfo();
+    std::fputs(failureText, stderr);
+    return false;
+  }
+  *id = m_sdoInfo.take();
+  return true;
+}
+
+void CEthercatMaster::provideWriteBuffer(_SDO_INFO_OBJECT& object) {
+  if ((object.users.flags & HANDLE_WRITABLE) != 0) {
+    object.writeBuffer.resize(object.size);
+  }
+}
+
+// Gets the platform's request for an object; false when it is refused or the slave has no configuration.
+bool CEthercatMaster::requestSdo(const _SDO_INFO_KEY& key, _SDO_INFO_OBJECT& object) {
+  ec_slave_config_t* const config = m_vecSlaves[key.slave]->getSlaveCore();
+  object.request = nullptr;
+  object.inProgress = false;
+  if (config == nullptr) {
+    return false;
+  }
+  object.request = key.complete
+                       ? ecrt_slave_config_create_sdo_request_complete(config, key.index, object.size)
+                       : ecrt_slave_config_create_sdo_request(config, key.index, key.subindex, object.size);
+  if (object.request == nullptr) {
+    return false;
+  }
+  static_cast<void>(ecrt_sdo_request_timeout(object.request, static_cast<uint32_t>(object.timeoutMs)));
+  return true;
+}
+
+// Deactivation has freed every request. What was armed starts over on the new ones.
+void CEthercatMaster::renewSdoRequests() {
+  std::vector<_SDO_INFO_OBJECT>& objects = m_sdoInfo.objects();
+  for (size_t id = 0; id < objects.size(); ++id) {
+    if (objects[id].isFree()) {
+      continue;
+    }
+    const _SDO_INFO_KEY& key = m_sdoInfo.keyOf(id);
+    if (!requestSdo(key, objects[id])) {
+      objects[id].resetSdoInfo();
+      std::fputs(key.complete ? "Failed to create complete SDO request.\n"
+                              : "Failed to create SDO request.\n",
+                 stderr);
+    }
+  }
+}
+
+void CEthercatMaster::dropSdoRequests() {
+  for (_SDO_INFO_OBJECT& object : m_sdoInfo.objects()) {
+    object.resetSdoInfo();
+  }
+}
+
+void CEthercatMaster::destroySdoRequest(unsigned int id, bool read) {
+  if (m_pMaster == nullptr) {
+    return;
+  }
+  _SDO_INFO_OBJECT* const object = m_sdoInfo.find(id);
+  if (object == nullptr || m_sdoInfo.release(id, read)) {
+    return;
+  }
+  for (const bool direction : {true, false}) {
+    if ((object->users.flags & (direction ? HANDLE_READABLE : HANDLE_WRITABLE)) == 0) {
+      object->withdraw(direction);
+    }
+  }
+}

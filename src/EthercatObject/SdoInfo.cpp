@@ -1,0 +1,70 @@
+#include "EthercatObject/SdoInfo.h"
+
+#include "EthercatDataHelper/EthercatDataHelper.h"
+
+#include <algorithm>
+#include <cstring>
+#include <tuple>
+
+int _SDO_INFO_KEY::compare(const _SDO_INFO_KEY& a, const _SDO_INFO_KEY& b) {
+  const auto order = [](const _SDO_INFO_KEY& key) {
+    return std::make_tuple(key.slave, key.index, key.subindex, !key.complete);
+  };
+  return order(a) == order(b) ? 0 : (order(a) < order(b) ? -1 : 1);
+}
+
+void _SDO_INFO_OBJECT::withdraw(bool read) {
+  (read ? readPending : writePending) = false;
+  (read ? readDone : writeDone) = nullptr;
+  if (read) {
+    readDestination = nullptr;
+  }
+  if (inProgressIsRead == read) {
+    inProgress = false;
+  }
+}
+
+void _SDO_INFO_OBJECT::finish(bool read) {
+  bool*& done = read ? readDone : writeDone;
+  if (done != nullptr) {
+    *done = true;
+  }
+  done = nullptr;
+  (read ? readPending : writePending) = false;
+  inProgress = false;
+}
+
+bool _SDO_INFO_OBJECT::exportSdoData() {
+  const unsigned char* const data = ecrt_sdo_request_data(request);
+  void* const destination = readDestination;
+  readDestination = nullptr;
+  if (destination == nullptr || data == nullptr) {
+    return false;
+  }
+  if (dataType == DATA_TYPE_RAW && destinationType == DATA_TYPE_RAW) {
+    std::memcpy(destination, data, size);
+  } else if (destinationType == DATA_TYPE_LREAL) {
+    auto* const values = static_cast<unsigned char*>(destination);
+    const unsigned long count = size / CEthercatDataHelper::getTypeSize(dataType);
+    for (unsigned long i = 0; i < count; ++i) {
+      double value = 0.0;
+      CEthercatDataHelper::doubleFromBuffer(dataType, data, false, &value, i);
+      CEthercatDataHelper::doubleToBuffer(value, DATA_TYPE_LREAL, false, values, i);
+    }
+  }
+  return true;
+}
+
+void _SDO_INFO_OBJECT::issue(bool read) {
+  inProgress = true;
+  inProgressIsRead = read;
+  if (read) {
+    static_cast<void>(ecrt_sdo_request_read(request));
+    return;
+  }
+  unsigned char* const data = ecrt_sdo_request_data(request);
+  if (data != nullptr) {
+    std::copy(writeBuffer.begin(), writeBuffer.end(), data);
+  }
+  static_cast<void>(ecrt_sdo_request_write(request));
+}

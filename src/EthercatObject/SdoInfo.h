@@ -1,0 +1,77 @@
+#ifndef ETHERCATOBJECT_SDOINFO_H
+#define ETHERCATOBJECT_SDOINFO_H
+
+#include "EthercatObject/HandleTable.h"
+
+#include <ecrt.h>
+#include <igh_master.h>
+#include <vector>
+
+// Which mailbox object a request transfers.
+struct _SDO_INFO_KEY {
+  unsigned int slave = 0;
+  unsigned short index = 0;
+  unsigned char subindex = 0; // 0 for complete access
+  bool complete = false;
+
+  // -1, 0 or 1: by slave, index, subindex; complete access stands before the single access of the same place.
+  static int compare(const _SDO_INFO_KEY& a, const _SDO_INFO_KEY& b);
+};
+
+inline bool operator==(const _SDO_INFO_KEY& a, const _SDO_INFO_KEY& b) {
+  return _SDO_INFO_KEY::compare(a, b) == 0;
+}
+inline bool operator!=(const _SDO_INFO_KEY& a, const _SDO_INFO_KEY& b) {
+  return _SDO_INFO_KEY::compare(a, b) != 0;
+}
+inline bool operator<(const _SDO_INFO_KEY& a, const _SDO_INFO_KEY& b) {
+  return _SDO_INFO_KEY::compare(a, b) < 0;
+}
+inline bool operator>(const _SDO_INFO_KEY& a, const _SDO_INFO_KEY& b) {
+  return _SDO_INFO_KEY::compare(a, b) > 0;
+}
+inline bool operator<=(const _SDO_INFO_KEY& a, const _SDO_INFO_KEY& b) {
+  return _SDO_INFO_KEY::compare(a, b) <= 0;
+}
+inline bool operator>=(const _SDO_INFO_KEY& a, const _SDO_INFO_KEY& b) {
+  return _SDO_INFO_KEY::compare(a, b) >= 0;
+}
+
+// One SDO request and the transfers armed on it, at most one per direction. The platform's request belongs to
+// the slave configuration; destination and done flags belong to the application.
+struct _SDO_INFO_OBJECT {
+  ETHERCAT_DATA_TYPE dataType = DATA_TYPE_INVALID;    // of one element
+  ETHERCAT_DATA_TYPE destinationType = DATA_TYPE_RAW; // of the pending read: bytes, or LREAL for doubles
+  ec_sdo_request_t* request = nullptr;                // null: the slot is free
+  _HANDLE_USERS users;
+  bool readPending = false;
+  bool writePending = false;
+  bool inProgress = false; // the platform has been given the pending transfer that the cursor stands on
+  bool inProgressIsRead = false;
+  std::vector<unsigned char> writeBuffer; // `size` bytes once there is a writer
+  void* readDestination = nullptr;
+  bool* readDone = nullptr;
+  bool* writeDone = nullptr;
+  unsigned long size = 0; // bytes
+  int timeoutMs = 0;
+
+  bool isFree() const { return request == nullptr; }
+  void reset() { resetSdoInfo(); }
+  void resetSdoInfo() { *this = _SDO_INFO_OBJECT(); }
+  unsigned long getSdoBufLen() const { return size; }
+
+  bool isArmed(bool read) const {
+    return read ? readPending && (users.flags & HANDLE_READABLE) != 0
+                : writePending && (users.flags & HANDLE_WRITABLE) != 0;
+  }
+  // Takes the pending transfer of a direction back; nothing of it reaches the application any more.
+  void withdraw(bool read);
+  // Ends the pending transfer of a direction: it counts as done.
+  void finish(bool read);
+  // Hands the finished read to its destination. A raw read of a typed request delivers nothing.
+  bool exportSdoData();
+  // Copies the write buffer to the platform and starts the write, or starts the read.
+  void issue(bool read);
+};
+
+#endif
