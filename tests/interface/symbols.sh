@@ -23,6 +23,9 @@ for name in $(nm -D --undefined-only "$1" | awk '{ sub(/@.*/, "", $2); print $2 
   slave_config_state | master_create_domain | domain_reg_pdo_entry_list | domain_data | domain_process) ;;
   domain_queue | domain_state | master_activate | master_deactivate | master_receive | master_send) ;;
   master_state | master_link_state | master_select_reference_clock) ;;
+  slave_config_create_sdo_request | slave_config_create_sdo_request_complete | sdo_request_timeout) ;;
+  sdo_request_state | sdo_request_read | sdo_request_write | sdo_request_data) ;;
+  master_application_time | master_sync_reference_clock | master_sync_slave_clocks | master_reference_clock_time) ;;
   *) complain "unexpected reference to $name" ;;
   esac
 done

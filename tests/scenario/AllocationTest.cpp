@@ -87,3 +87,54 @@ TEST_F(Scenario, ThousandExchangesAllocateNothingAlsoAfterHandlesChanged) {
   EXPECT_EQ(allocations, 2U); // the counter counts
 #endif
 }
+TEST_F(Scenario, SdoTransfersBesideProcessDataAllocateNothing) {
+  Device device = byteIo;
+  device.objects = {{0x2000, 1, {1, 2}}, {0x2000, 2, {3, 4}}};
+  build({device});
+  std::uint32_t ids[3] = {};
+  capture([&] {
+    igh_master_scan(0, nullptr);
+    igh_master_config_all_slave(0);
+    EXPECT_TRUE(igh_master_create_sdo_request(0, 0, 0x2000, 1, DATA_TYPE_UINT, 0, true, &ids[0]));
+    EXPECT_TRUE(igh_master_create_sdo_request(0, 0, 0x2000, 2, DATA_TYPE_UINT, 0, false, &ids[1]));
+    EXPECT_TRUE(igh_master_create_raw_sdo_request_complete(0, 0, 0x2000, 4, 0, true, &ids[2]));
+    igh_master_active(0);
+  });
+  Cycle data{handle(0, "In", true), handle(0, "Out", false)};
+  cycleUntil(8);
+  bus().setInputs(0, {1});
+  cycle(2);
+  bool done[3] = {true, true, true};
+  unsigned int transfers[3] = {};
+  double value = 0;
+  unsigned char object[4] = {};
+  allocations = 0;
+  counting = true;
+  for (int i = 0; i < 100000; ++i) {
+    for (std::size_t k = 0; k < 3; ++k) {
+      transfers[k] += done[k] ? 1U : 0U;
+    }
+    if (done[0]) {
+      igh_master_sdo_recv(0, ids[0], &value, &done[0]);
+    }
+    if (done[1]) {
+      igh_master_sdo_send(0, ids[1], i % 1000, &done[1]);
+    }
+    if (done[2]) {
+      igh_master_raw_sdo_recv(0, ids[2], object, 4, &done[2]);
+    }
+    igh_master_exchange(0, readAndWrite, &data);
+    if (i == 50000 || i == 50100) {
+      bus().setSdoFault(0, 0x2000, 1,
+                        i == 50000 ? ethercat_simulation::SdoFault::abort
+                                   : ethercat_simulation::SdoFault::none);
+    }
+  }
+  counting = false;
+  EXPECT_EQ(allocations, 0U);
+  EXPECT_EQ(data.sum, 100000.0);
+  EXPECT_EQ(value, 0x0201);
+  for (const unsigned int number : transfers) {
+    EXPECT_GE(number, 99800U / 12); // four cycles each
+  }
+}

@@ -42,15 +42,22 @@ ethercat_simulation::Slave slaveOf(const Device& device) {
   slave.productCode = device.productCode;
   slave.revisionNumber = 1;
   slave.name = "device";
+  slave.objects = device.objects;
   return slave;
 }
 
-void expectPrint(const std::string& out, const std::string& err, const std::function<void()>& run) {
+Printed capture(const std::function<void()>& run) {
   testing::internal::CaptureStdout();
   testing::internal::CaptureStderr();
   run();
-  EXPECT_EQ(testing::internal::GetCapturedStderr(), err);
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), out);
+  std::string err = testing::internal::GetCapturedStderr();
+  return {testing::internal::GetCapturedStdout(), std::move(err)};
+}
+
+void expectPrint(const std::string& out, const std::string& err, const std::function<void()>& run) {
+  const Printed printed = capture(run);
+  EXPECT_EQ(printed.err, err);
+  EXPECT_EQ(printed.out, out);
 }
 
 void quietly(const std::function<void()>& run) {

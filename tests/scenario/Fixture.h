@@ -33,13 +33,20 @@ struct Device {
   std::vector<Field> inputs = {};
   std::string extra = {}; // more XML inside the Device element
   bool described = true;
+  std::vector<ethercat_simulation::Object> objects = {};
 };
 
 inline const Device byteIo{0x10, {{"Out", "USINT"}}, {{"In", "USINT"}}};
 inline const Device switcher{0x99, {}, {}, "", false};
 
 ethercat_simulation::Slave slaveOf(const Device& device);
-// Runs it and compares everything that reaches the two descriptors meanwhile.
+// Everything that reaches the two descriptors meanwhile.
+struct Printed {
+  std::string out;
+  std::string err;
+};
+Printed capture(const std::function<void()>& run);
+// The same, compared.
 void expectPrint(const std::string& out, const std::string& err, const std::function<void()>& run);
 void quietly(const std::function<void()>& run);
 

@@ -1,0 +1,132 @@
+#include "EthercatObject/DcController.h"
+
+#include <climits>
+#include <gtest/gtest.h>
+
+namespace {
+
+constexpr unsigned int period = 1000000;
+
+class DcController : public testing::Test {
+protected:
+  // One step; by how many ns it moves the offset.
+  long long step(int rawDifference) {
+    const long long before = controller.systemBaseOffsetNs();
+    controller.measure(rawDifference);
+    controller.update(period, 5000, 8, debug);
+    return controller.systemBaseOffsetNs() - before;
+  }
+  // A whole interval: all differences `first` but the last.
+  void interval(int first, int last) {
+    for (int i = 0; i < 1023; ++i) {
+      step(first);
+    }
+    step(last);
+  }
+  // Starts with this difference; the next interval's drift begins at it.
+  void start(int difference) {
+    controller.reset(77);
+    step(difference);
+  }
+
+  CDcController controller;
+  bool debug = false;
+};
+
+TEST_F(DcController, DifferencesWrapIntoOnePeriodButKeepTheSignOfTheDividend) {
+  const int cases[][2] = {{900000, -100000},    {500000, -500000},   {499999, 499999},
+                          {-500001, -500001},   {-1600000, -600000}, {-500000, -500000},
+                          {-1499999, -1499999}, {-1500000, -500000}, {0, 0},
+                          {INT_MIN, -1483648}};
+  for (const auto& [raw, wrapped] : cases) {
+    EXPECT_EQ(CDcController::wrap(period, raw), wrapped) << raw;
+  }
+  // Beyond INT_MAX the sum goes round, as the 32-bit times themselves do.
+  EXPECT_EQ(CDcController::wrap(period, INT_MAX), -1483649);
+  EXPECT_EQ(CDcController::wrap(100001, 50000), 50000);
+}
+
+TEST_F(DcController, StartsWithTheFirstDifferenceAndMovesFromTheNextOneOn) {
+  controller.reset(77);
+  EXPECT_EQ(step(0), 0);
+  EXPECT_FALSE(controller.started());
+  EXPECT_EQ(step(3 * static_cast<int>(period)), 0); // whole periods are no difference
+  EXPECT_FALSE(controller.started());
+  EXPECT_EQ(controller.startTimeNs(), 77U);
+  debug = true;
+  testing::internal::CaptureStdout();
+  EXPECT_EQ(step(900000), 0);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "First master diff: -100000.\n");
+  EXPECT_TRUE(controller.started());
+  EXPECT_EQ(controller.startTimeNs(), 5000U);
+  EXPECT_EQ(controller.minDifferenceNs(), 1000000);
+  EXPECT_EQ(controller.maxDifferenceNs(), -100000);
+  EXPECT_EQ(step(20), 1);
+  EXPECT_EQ(step(-20), -1);
+  EXPECT_EQ(step(0), 0);
+  EXPECT_EQ(controller.minDifferenceNs(), -20);
+  EXPECT_EQ(controller.maxDifferenceNs(), 20);
+}
+
+// The raw differences go from 1 to `last` in one interval: their drift sum is the way between.
+TEST_F(DcController, TheDriftSumIsRoundedByAHalfAndCutTowardsZero) {
+  const int cases[][2] = {{1536, 2}, {1535, 1}, {512, 1},   {511, 0},
+                          {-512, 0}, {-513, 0}, {-1535, 0}, {-1536, -1}};
+  const int turn = static_cast<int>(period);
+  for (const auto& [drift, adjust] : cases) {
+    controller.reset();
+    controller.measure(1);
+    controller.update(period, 0, 8, false);
+    const int last = 1 + drift;
+    interval(0, last);
+    const int sum = last; // all others are 0
+    const int expected = adjust + (sum > 1023 ? 1 : 0) - (sum < -1023 ? 1 : 0);
+    EXPECT_EQ(controller.adjustNs(), expected) << drift;
+  }
+  start(1);
+  interval(0, 2 * turn); // two periods of drift are no difference, but 1953 ns a cycle, which is too much
+  EXPECT_EQ(controller.adjustNs(), 1000);
+  interval(0, 0); // the way back
+  EXPECT_EQ(controller.adjustNs(), 1000 - 1952);
+}
+
+TEST_F(DcController, TheDifferenceSumAddsAStepBeyond1023AndNothingLeavesTheClamp) {
+  const int cases[][3] = {{1, 0, 0}, {1, 1, 1}, {-1, 0, 0}, {-1, -1, -1}}; // sums 1023, 1024 and negative
+  for (const auto& [each, last, adjust] : cases) {
+    start(each);
+    interval(each, last);
+    EXPECT_EQ(controller.adjustNs(), adjust) << each << " " << last;
+  }
+  for (const int direction : {1, -1}) {
+    start(direction);
+    long long raw = 0;
+    for (int i = 0; i < 20 * 1024; ++i) {
+      raw += direction * 1500;
+      step(static_cast<int>(raw));
+      ASSERT_LE(std::abs(controller.adjustNs()), 1000);
+    }
+    EXPECT_EQ(controller.adjustNs(), direction * 1000);
+  }
+  start(1);
+  for (const int extreme : {INT_MAX, INT_MIN, INT_MAX, 0, INT_MIN}) {
+    interval(extreme, INT_MIN);
+    EXPECT_LE(std::abs(controller.adjustNs()), 1000);
+  }
+}
+
+TEST_F(DcController, AnIntervalEndsWithALineAndNewExtremes) {
+  start(5);
+  interval(5, -3);
+  debug = true;
+  for (int i = 0; i < 1023; ++i) {
+    step(i == 500 ? -40 : 7);
+  }
+  testing::internal::CaptureStdout();
+  EXPECT_EQ(step(9), 3); // sign and adjust: one step for each sum
+  EXPECT_EQ(testing::internal::GetCapturedStdout(),
+            "state = 8, dc_differ_ns = 9, dc_adjust_ns = 2, min_dc_differ_ns = -40, max_dc_differ_ns = 7!\n");
+  EXPECT_EQ(controller.minDifferenceNs(), 9);
+  EXPECT_EQ(controller.maxDifferenceNs(), 9);
+}
+
+} // namespace
