@@ -2,9 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
+#include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <limits>
 
 namespace {
@@ -49,7 +48,7 @@ TEST(Conversion, RoundsHalvesAwayFromZeroAndWrapsToTheWidth) {
     unsigned long const size = CEthercatDataHelper::getTypeSize(expected.type);
     for (bool bigEndian : {false, true}) {
       unsigned char buffer[5 * 8];
-      std::memset(buffer, 0x55, sizeof(buffer));
+      std::fill_n(buffer, sizeof(buffer), std::uint8_t{0x55});
       ASSERT_TRUE(CEthercatDataHelper::doubleToBuffer(expected.value, expected.type, bigEndian, buffer, 3));
       for (unsigned long byte = 0; byte < sizeof(buffer); ++byte) {
         unsigned long const digit = bigEndian ? 4 * size - 1 - byte : byte - 3 * size;
@@ -63,17 +62,14 @@ TEST(Conversion, RoundsHalvesAwayFromZeroAndWrapsToTheWidth) {
 }
 
 TEST(Conversion, TypesWithoutConversionHaveASizeButMoveNothing) {
-  EXPECT_EQ(CEthercatDataHelper::getTypeSize(DATA_TYPE_RAW), 1U);
-  EXPECT_EQ(CEthercatDataHelper::getTypeSize(DATA_TYPE_ULINT), 8U);
-  EXPECT_EQ(CEthercatDataHelper::getTypeSize(DATA_TYPE_INVALID), 0U);
-  EXPECT_EQ(CEthercatDataHelper::getTypeSize(static_cast<ETHERCAT_DATA_TYPE>(11)), 0U);
-  for (int type : {-1, 0, 7, 8, 11}) {
+  std::pair<int, unsigned long> const sizes[] = {{-1, 0}, {0, 1}, {7, 8}, {8, 8}, {11, 0}};
+  for (auto const& [number, bytes] : sizes) {
+    auto const type = static_cast<ETHERCAT_DATA_TYPE>(number);
+    EXPECT_EQ(CEthercatDataHelper::getTypeSize(type), bytes) << number;
     unsigned char buffer[8] = {1, 2, 3, 4, 5, 6, 7, 8};
     double value = 0.5;
-    EXPECT_FALSE(
-        CEthercatDataHelper::doubleToBuffer(9, static_cast<ETHERCAT_DATA_TYPE>(type), false, buffer, 0));
-    EXPECT_FALSE(CEthercatDataHelper::doubleFromBuffer(static_cast<ETHERCAT_DATA_TYPE>(type), buffer, false,
-                                                       &value, 0));
+    EXPECT_FALSE(CEthercatDataHelper::doubleToBuffer(9, type, false, buffer, 0));
+    EXPECT_FALSE(CEthercatDataHelper::doubleFromBuffer(type, buffer, false, &value, 0));
     EXPECT_EQ(buffer[0], 1);
     EXPECT_EQ(value, 0.5);
   }

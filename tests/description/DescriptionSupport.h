@@ -4,24 +4,23 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace description_test {
 
-struct Message {
-  unsigned int level;
-  std::string text;
-  bool operator==(Message const& other) const { return level == other.level && text == other.text; }
-};
+using Message = std::pair<unsigned int, std::string>; /* level and text */
+using Messages = std::vector<Message>;
 
 /* What the sink was offered, until load() or a test clears it. */
-inline std::vector<Message>& messages() {
-  static std::vector<Message> all;
+inline Messages& messages() {
+  static Messages all;
   return all;
 }
 
@@ -31,13 +30,10 @@ inline bool capture(unsigned int level, char const* text) {
 }
 
 /* Messages of level 0 and 2: what is wrong with a file. */
-inline std::vector<Message> complaints() {
-  std::vector<Message> found;
-  for (Message const& message : messages()) {
-    if (message.level == 0 || message.level == 2) {
-      found.push_back(message);
-    }
-  }
+inline Messages complaints() {
+  Messages found;
+  std::copy_if(messages().begin(), messages().end(), std::back_inserter(found),
+               [](Message const& message) { return message.first % 2 == 0; });
   return found;
 }
 
@@ -62,16 +58,21 @@ private:
   std::string m_path;
 };
 
-/* A whole file around the children of its Descriptions element; vendor 2. */
-inline std::string description(std::string const& content) {
-  return "<EtherCATInfo Version=\" 1.6\n\"><Vendor><Id>#x2</Id><Name>Maker</Name></Vendor><Descriptions>" +
-         content + "</Descriptions></EtherCATInfo>";
+/* A whole file of vendor 2 with these Device and Module elements. */
+inline std::string description(std::string const& devices, std::string const& modules = "") {
+  return "<EtherCATInfo Version=\" 1.6\n\"><Vendor><Id>#x2</Id><Name>Maker</Name></Vendor><Descriptions>"
+         "<Modules>" +
+         modules + "</Modules><Devices>" + devices + "</Devices></Descriptions></EtherCATInfo>";
 }
 
 inline std::string device(std::string const& product, std::string const& revision,
                           std::string const& content) {
   return "<Device><Type ProductCode=\"" + product + "\" RevisionNo=\"" + revision + "\">T</Type>" + content +
          "</Device>";
+}
+
+inline std::string module(std::string const& ident, std::string const& content) {
+  return "<Module><Type ModuleIdent=\"" + ident + "\"/><Name LcId=\"1033\"/>" + content + "</Module>";
 }
 
 /* Loads `xml` from a file and gives the result; the messages start afresh. */
@@ -89,12 +90,12 @@ inline std::vector<std::string> entriesOf(CSlaveENIObject const* slave) {
     for (unsigned int pdo = 0; pdo < sync->n_pdos; ++pdo) {
       for (unsigned int entry = 0; entry < sync->pdos[pdo].n_entries; ++entry, ++position) {
         char name[200];
-        char type[50];
-        unsigned long nameSize = sizeof(name);
-        unsigned long typeSize = sizeof(type);
+        char type[200];
+        unsigned long nameSize = 200;
+        unsigned long typeSize = 200;
         slave->getPDOEntryName(position, name, nameSize);
         slave->getPDOEntryDataType(position, type, typeSize);
-        char row[400];
+        char row[500];
         ec_pdo_entry_info_t const& info = sync->pdos[pdo].entries[entry];
         std::snprintf(row, sizeof(row), "%d/%X %X:%d %d %s %s", sync->index, sync->pdos[pdo].index,
                       info.index, info.subindex, info.bit_length, type, name);

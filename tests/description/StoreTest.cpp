@@ -11,30 +11,23 @@ using testing::internal::GetCapturedStdout;
 namespace {
 
 using Rows = std::vector<std::string>;
-using Messages = std::vector<Message>;
 
-char const* const entry =
+std::string const entry =
     "<Entry><Index>#x6000</Index><SubIndex>1</SubIndex><BitLen>16</BitLen><Name>V</Name>"
     "<Name>W</Name><DataType>INT</DataType></Entry>";
-
-std::string module(char const* ident, char const* pdos) {
-  return "<Module><Type ModuleIdent=\"" + std::string(ident) + "\"/><Name LcId=\"1033\"/>" + pdos +
-         "</Module>";
-}
 
 } // namespace
 
 TEST(Store, NumbersAndOrdinalsAreReadAndWrittenAsTheFilesHaveThem) {
   auto const value = [](char const* text) { return CMasterENIObject::resolveENIValue(text); };
-  EXPECT_EQ(value("#x1A"), 26U);
-  EXPECT_EQ(value("0x1A"), 26U);
-  EXPECT_EQ(value("x1A"), 26U);
-  EXPECT_EQ(value("#26"), 26U);
-  EXPECT_EQ(value("#X1A"), 0U);
+  for (char const* text : {"#x1A", "0x1A", "x1A", "#26"}) {
+    EXPECT_EQ(value(text), 26U) << text;
+  }
+  for (char const* text : {"#X1A", "word", static_cast<char const*>(nullptr)}) {
+    EXPECT_EQ(value(text), 0U);
+  }
   EXPECT_EQ(value("010"), 8U);
   EXPECT_EQ(value("-1"), 0xFFFFFFFFU);
-  EXPECT_EQ(value("word"), 0U);
-  EXPECT_EQ(value(nullptr), 0U);
   std::string ordinals;
   for (unsigned int n : {0U, 1U, 2U, 3U, 4U, 22U}) {
     ordinals += CMasterENIObject::formatSeqInEnglish(n);
@@ -44,16 +37,16 @@ TEST(Store, NumbersAndOrdinalsAreReadAndWrittenAsTheFilesHaveThem) {
 
 TEST(Store, AFileThatIsNoDescriptionIsReportedAndChangesNothing) {
   CMasterENIObject store(capture);
-  ASSERT_TRUE(load(store, description("<Devices>" + device("1", "1", "") + "</Devices>")));
+  ASSERT_TRUE(load(store, description(device("1", "1", ""))));
   CSlaveENIObject* known = store.findSlaveENIObject(2, 1, 1);
   ASSERT_NE(known, nullptr);
   EXPECT_EQ(store.findSlaveENIObject(2, 1, 2), nullptr);
   Message const noRoot{0, "Can't find EthercatInfo Node in xml-file!"};
   Message const noVendor{0, "Can't find vendor information!"};
-  EXPECT_FALSE(load(store, ""));
-  EXPECT_EQ(messages(), Messages{noRoot});
-  EXPECT_FALSE(load(store, "<EthercatInfo/>"));
-  EXPECT_EQ(messages(), Messages{noRoot});
+  for (char const* text : {"", "<EthercatInfo/>"}) {
+    EXPECT_FALSE(load(store, text));
+    EXPECT_EQ(messages(), Messages{noRoot});
+  }
   for (char const* id : {"", "<Id>0</Id>", "<Id>#X2</Id>"}) {
     std::string const vendor = "<Vendor>" + std::string(id) + "</Vendor>";
     EXPECT_FALSE(load(store, "<EtherCATInfo>" + vendor + "</EtherCATInfo>"));
@@ -74,30 +67,28 @@ TEST(Store, AFileThatIsNoDescriptionIsReportedAndChangesNothing) {
 
 TEST(Store, TheFirstDescriptionWinsAndHiddenRevisionsAreLeftOut) {
   CMasterENIObject store(capture);
-  std::string const devices = "<Devices>" +
-                              device("#x1", "#x10", "<HideType RevisionNo=\"17\"/><HideType/>") +
+  std::string const devices = device("#x1", "#x10", "<HideType RevisionNo=\"17\"/><HideType/>") +
                               device("1", "#x11", "") + device("2", "#x11", "") +
-                              "<Device><Type ProductCode=\"5\">U</Type></Device></Devices>";
+                              "<Device><Type ProductCode=\"5\">U</Type></Device>";
   ASSERT_TRUE(load(store, description(devices)));
-  std::string const error = "Device resolve error (ProductCode = 5, RevisionNo = , class = U)";
+  Message const error{0, "Device resolve error (ProductCode = 5, RevisionNo = , class = U)"};
   std::string const ids = " (VendorId = 0x2, ProductCode = 0x1, RevisionNo = 0x10, class = T)";
   EXPECT_EQ(messages(), (Messages{{1, "File version is 1.6"},
                                   {1, "Vendor id = 0x2, Vendor name = Maker"},
                                   {3, "ProductCode = 0x1, RevisionNo = 0x10, class = T"},
                                   {3, "ProductCode = 0x1, RevisionNo = 0x11, class = T"},
                                   {3, "ProductCode = 0x2, RevisionNo = 0x11, class = T"},
-                                  {0, error},
+                                  error,
                                   {0, "Can't find device information!"},
                                   {1, "ResolveDeviceDetail invoke for" + ids + "\n"},
                                   {1, "ResolveDeviceDetail invoke for (VendorId = 0x2, ProductCode = 0x2, "
                                       "RevisionNo = 0x11, class = T)\n"},
-                                  {0, error}}));
+                                  error}));
   CSlaveENIObject* first = store.findSlaveENIObject(2, 1, 0x10);
   EXPECT_EQ(store.findSlaveENIObject(2, 1, 0x11), nullptr);
   EXPECT_NE(store.findSlaveENIObject(2, 2, 0x11), nullptr);
 
-  ASSERT_TRUE(
-      load(store, description("<Devices>" + device("1", "16", "") + device("1", "17", "") + "</Devices>")));
+  ASSERT_TRUE(load(store, description(device("1", "16", "") + device("1", "17", ""))));
   EXPECT_EQ(complaints(), (Messages{{0, "Device ignore" + ids}}));
   EXPECT_EQ(store.findSlaveENIObject(2, 1, 0x10), first);
   EXPECT_NE(store.findSlaveENIObject(2, 1, 0x11), nullptr) << "hidden in another file only";
@@ -105,17 +96,15 @@ TEST(Store, TheFirstDescriptionWinsAndHiddenRevisionsAreLeftOut) {
 
 TEST(Store, PdosAreReadWithTheirIrregularities) {
   CMasterENIObject store(capture);
-  std::string const pdos = "<RxPdo Sm=\"2\" Fixed=\"true\"><Index>#x1600</Index>" + std::string(entry) +
-                           "<Entry><Index>0</Index><BitLen>8</BitLen></Entry></RxPdo><RxPdo Fixed=\"true\"/>"
-                           "<RxPdo Sm=\"2\" Fixed=\"1\"><Index>#x1601</Index></RxPdo><TxPdo Sm=\"3\" "
-                           "Fixed=\"1\"><Index>#x1A00</Index>" +
-                           entry + "</TxPdo><TxPdo>" + entry + "</TxPdo><TxPdo Sm=\"2\" Fixed=\"true\">" +
-                           entry +
-                           "</TxPdo>"
-                           "<Dc><OpMode><Name>DC</Name><AssignActivate>#x10300</"
-                           "AssignActivate><ShiftTimeSync0>-5000</ShiftTimeSync0>"
-                           "</OpMode><OpMode><Name>Off</Name></OpMode></Dc>";
-  ASSERT_TRUE(load(store, description("<Devices>" + device("1", "1", pdos) + "</Devices>")));
+  std::string const pdos = "<RxPdo Sm='2' Fixed='true'><Index>#x1600</Index>" + entry +
+                           R"(<Entry><Index>0</Index><BitLen>8</BitLen></Entry></RxPdo><RxPdo Fixed='true'/>
+      <RxPdo Sm='2' Fixed='1'><Index>#x1601</Index></RxPdo>
+      <TxPdo Sm='3' Fixed='1'><Index>#x1A00</Index>)" +
+                           entry + "</TxPdo><TxPdo>" + entry + "</TxPdo><TxPdo Sm='2' Fixed='true'>" + entry +
+                           R"(</TxPdo><Dc><OpMode><Name>DC</Name>
+      <AssignActivate>#x10300</AssignActivate><ShiftTimeSync0>-5000</ShiftTimeSync0></OpMode>
+      <OpMode><Name>Off</Name></OpMode></Dc>)";
+  ASSERT_TRUE(load(store, description(device("1", "1", pdos))));
   CSlaveENIObject* slave = store.findSlaveENIObject(2, 1, 1);
   EXPECT_EQ(entriesOf(slave), (Rows{"2/1600 6000:1 16 INT V", "2/1600 0:0 8  ", "3/1A00 6000:1 16 INT V"}));
   std::string const ids = " (VendorId = 0x2, ProductCode = 0x1, RevisionNo = 0x1, class = T)";
@@ -133,14 +122,12 @@ TEST(Store, PdosAreReadWithTheirIrregularities) {
 
 TEST(Store, SlotsPlaceModulesAndAMissingModuleShiftsTheRest) {
   CMasterENIObject store(capture);
-  char const* const pdos =
-      "<RxPdo Sm=\"2\"><Index DependOnSlot=\"true\">#x1600</Index><Entry><Index "
-      "DependOnSlot=\"true\">#x7000</Index><Name>Out</Name></Entry></RxPdo><TxPdo Sm=\"3\" "
-      "Fixed=\"true\"><Index DependOnSlot=\"1\">#x1A00</Index><Entry><Index "
-      "DependOnSlot=\"1\">#x6000</Index><Name>In</Name></Entry></TxPdo><TxPdo Sm=\"\"/>"
-      "<TxPdo Sm=\"4\"/>";
-  ASSERT_TRUE(load(store, description("<Modules>" + module("#x50", pdos) + module("80", "<RxPdo/>") +
-                                      "<Module><Type ModuleIdent=\"9\"/><Name/></Module></Modules>")));
+  char const* const pdos = R"(<RxPdo Sm='2'><Index DependOnSlot='true'>#x1600</Index>
+      <Entry><Index DependOnSlot='true'>#x7000</Index><Name>Out</Name></Entry></RxPdo>
+      <TxPdo Sm='3' Fixed='true'><Index DependOnSlot='1'>#x1A00</Index>
+      <Entry><Index DependOnSlot='1'>#x6000</Index><Name>In</Name></Entry></TxPdo><TxPdo Sm=''/><TxPdo Sm='4'/>)";
+  ASSERT_TRUE(load(store, description("", module("#x50", pdos) + module("80", "<RxPdo/>") +
+                                              "<Module><Type ModuleIdent=\"9\"/><Name/></Module>")));
   EXPECT_EQ(complaints(), (Messages{{2, "Module RxPDO has unexpected fixed value."},
                                     {2, "Module TxPDO has unexpected fixed value."},
                                     {2, "Module type id and name id can not be empty."}}));
@@ -148,8 +135,7 @@ TEST(Store, SlotsPlaceModulesAndAMissingModuleShiftsTheRest) {
   std::string const slot = "<Slot><ModuleIdent>#x50</ModuleIdent><ModuleIdent>9</ModuleIdent></Slot>";
   std::string const slots =
       "<Slots SlotIndexIncrement=\"#x10\" SlotPdoIncrement=\"#x20\">" + slot + "<Slot/>" + slot + "</Slots>";
-  ASSERT_TRUE(load(store, description("<Devices>" + device("1", "1", slots) + "</Devices>")))
-      << "another file";
+  ASSERT_TRUE(load(store, description(device("1", "1", slots)))) << "another file";
   CSlaveENIObject* slave = store.findSlaveENIObject(2, 1, 1);
   EXPECT_EQ(entriesOf(slave), (Rows{"2/1600 7000:0 0  1st Out", "2/1620 7010:0 0  3rd Out",
                                     "3/1A00 6000:0 0  1st In", "3/1A00 6000:0 0  3rd In"}));

@@ -101,7 +101,7 @@ TEST_F(DcController, TheDifferenceSumAddsAStepBeyond1023AndNothingLeavesTheClamp
     start(direction);
     long long raw = 0;
     for (int i = 0; i < 20 * 1024; ++i) {
-      raw += direction * 1500;
+      raw += 1500LL * direction;
       step(static_cast<int>(raw));
       ASSERT_LE(std::abs(controller.adjustNs()), 1000);
     }
