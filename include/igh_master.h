@@ -231,14 +231,20 @@ IGH_MASTER_API bool igh_master_pdo_send(uint16_t id, uint32_t handle, double val
  * scan; activating again renews them. */
 
 /* Create a request, or share the one that exists for the same slave, index, sub-index and access; type, size
- * and time-out are those of the first creation. Set-up. slave      0 to 254 size       bytes (raw forms), at
- * least 1;  count  elements of `type` (typed forms) timeoutMs  longest wait in the slave's queue, 0 for no
- * limit; a running transfer has the master's own limit of 1 s read       true: a user that reads; false: a
- * user that writes handle     receives the handle; 0xFFFFFFFF when the master refuses the request The
- * _complete form transfers a whole object by complete access, sub-index 0 first. Result 0 for a null pointer,
- * a slave out of range, a size of 0, an unknown type or a count whose bytes exceed 32 bits (with "Unexpected
- * Sdo size." on standard error), or a refused request, for instance of a slave that was not configured (with
- * a line there). */
+ * and time-out are those of the first creation. Set-up.
+ *
+ *   slave      0 to 254
+ *   size       bytes (raw forms), at least 1
+ *   count      elements of `type` (typed forms)
+ *   timeoutMs  longest wait in the slave's queue, 0 for no limit; a running transfer has the master's own
+ *              limit of 1 s
+ *   read       true: a user that reads; false: a user that writes
+ *   handle     receives the handle; 0xFFFFFFFF when the master refuses the request
+ *
+ * The _complete form transfers a whole object by complete access, sub-index 0 first. Result 0 for a null
+ * pointer, a slave out of range, a size of 0, an unknown type or a count whose bytes exceed 32 bits (with
+ * "Unexpected Sdo size." on standard error), or a refused request, for instance of a slave that was not
+ * configured (with a line there). */
 IGH_MASTER_API bool igh_master_create_raw_sdo_request(uint16_t id, uint32_t slave, uint16_t index,
                                                       uint8_t subindex, uint32_t size, int32_t timeoutMs,
                                                       bool read, uint32_t* handle);

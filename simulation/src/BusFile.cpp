@@ -19,6 +19,8 @@ constexpr std::uint64_t mostCycles = 1'000'000;
 constexpr std::uint64_t longestLatency = 10'000'000; // microseconds
 constexpr std::size_t mostSlaves = 65535;
 constexpr std::uint64_t lastSyncManager = 15;
+constexpr double farthestClock = 1e12; // nanoseconds
+constexpr double fastestDrift = 1000;  // ppm
 
 Entry readEntry(const JsonNode& node) {
   node.expectObject({"index", "subindex", "bit_length"});
@@ -183,6 +185,20 @@ std::vector<Slave> readSlaves(const JsonNode& node) {
   return slaves;
 }
 
+ReferenceClock readReferenceClock(const JsonNode& node) {
+  node.expectObject({"offset_ns", "drift_ppm", "jitter_ns", "seed"});
+  ReferenceClock clock;
+  if (node.has("offset_ns")) {
+    clock.offsetNs = static_cast<std::int64_t>(node.at("offset_ns").real(-farthestClock, farthestClock));
+  }
+  if (node.has("drift_ppm")) {
+    clock.driftPpm = node.at("drift_ppm").real(-fastestDrift, fastestDrift);
+  }
+  clock.jitterNs = node.get<std::uint32_t>("jitter_ns", 0, limit32 >> 1, 0);
+  clock.seed = node.get<std::uint32_t>("seed", 0, limit32, clock.seed);
+  return clock;
+}
+
 BusPlan readMaster(const JsonNode& node) {
   BusPlan plan;
   plan.place = node.place().empty() ? "/slaves" : node.place();
@@ -194,14 +210,17 @@ BusPlan readMaster(const JsonNode& node) {
   if (node.has("reactivation_unmapped")) {
     plan.reactivationUnmapped = node.at("reactivation_unmapped").flag();
   }
+  if (node.has("reference_clock")) {
+    plan.referenceClock = readReferenceClock(node.at("reference_clock"));
+  }
   plan.slaves = readSlaves(node.at("slaves"));
   return plan;
 }
 
 std::vector<BusPlan> readMasters(const JsonNode& root) {
   if (!root.has("masters")) {
-    root.expectObject(
-        {"climb_cycles", "scan_cycles", "sdo_cycles", "frame_latency_us", "reactivation_unmapped", "slaves"});
+    root.expectObject({"climb_cycles", "scan_cycles", "sdo_cycles", "frame_latency_us",
+                       "reactivation_unmapped", "reference_clock", "slaves"});
     if (!root.has("slaves")) {
       root.fail("neither \"masters\" nor \"slaves\" is there");
     }
@@ -212,7 +231,7 @@ std::vector<BusPlan> readMasters(const JsonNode& root) {
   std::set<unsigned int> indexes;
   for (const JsonNode& element : root.at("masters").elements()) {
     element.expectObject({"index", "climb_cycles", "scan_cycles", "sdo_cycles", "frame_latency_us",
-                          "reactivation_unmapped", "slaves"});
+                          "reactivation_unmapped", "reference_clock", "slaves"});
     const auto index = element.get<unsigned int>("index", 0, limit16);
     if (!indexes.insert(index).second) {
       element.at("index").fail("another master has this index");
@@ -244,6 +263,9 @@ void BusPlan::build(Bus& bus) const {
   bus.setSdoCycles(sdoCycles);
   bus.setFrameLatency(frameLatency);
   bus.setReactivationUnmapped(reactivationUnmapped);
+  if (referenceClock) {
+    bus.setReferenceClock(*referenceClock);
+  }
   for (const Slave& slave : slaves) {
     bus.addSlave(slave);
   }

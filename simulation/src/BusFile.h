@@ -4,6 +4,8 @@
 
 #include <ethercat_simulation/Simulation.h>
 
+#include <optional>
+
 namespace ethercat_simulation {
 
 // One master of a bus file, before anything is built.
@@ -15,6 +17,7 @@ struct BusPlan {
   unsigned int sdoCycles = 3;
   std::chrono::microseconds frameLatency{0};
   bool reactivationUnmapped = true;
+  std::optional<ReferenceClock> referenceClock;
   std::vector<Slave> slaves;
 
   void build(Bus& bus) const;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -203,6 +204,15 @@ std::uint64_t JsonNode::number(std::uint64_t minimum, std::uint64_t maximum) con
   }
   if (!inRange || value < minimum || value > maximum) {
     fail("must be between " + std::to_string(minimum) + " and " + std::to_string(maximum));
+  }
+  return value;
+}
+
+double JsonNode::real(double minimum, double maximum) const {
+  const double value = m_value->is_number() ? m_value->get<double>() : std::nan("");
+  if (!(value >= minimum && value <= maximum)) {
+    fail("must be a number between " + nlohmann::json(minimum).dump() + " and " +
+         nlohmann::json(maximum).dump());
   }
   return value;
 }

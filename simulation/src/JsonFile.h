@@ -43,6 +43,7 @@ public:
 
   // An integer, or a string with one in decimal or 0x hexadecimal.
   std::uint64_t number(std::uint64_t minimum, std::uint64_t maximum) const;
+  double real(double minimum, double maximum) const;
   bool flag() const;
   std::string text() const;
 

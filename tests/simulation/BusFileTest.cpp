@@ -99,6 +99,8 @@ TEST_F(BusFileTest, ABadFileGivesOneLineAndNoBus) {
        "/slaves/0/objects/1: another object of the slave has this index and subindex"},
       {slave(R"(,"alias":1},{"vendor_id":1,"product_code":1,"alias":1)"),
        "/slaves/1/alias: another slave has this alias"},
+      {R"({"reference_clock":{"drift_ppm":-1000.5},"slaves":[]})",
+       "/reference_clock/drift_ppm: must be a number between -1000.0 and 1000.0"},
       {std::string(1'000'000, '['),
        "/0/0/0/0/0/0/0/0/0/0/0/0/0/0/0/0/0/0/0/0/0/0/0/0/0/0/0/0/0/0/0/0: is nested "
        "too deeply"},
