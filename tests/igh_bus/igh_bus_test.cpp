@@ -127,6 +127,19 @@ TEST(Run, CountsErrorsByTheirKindAndToleratesThoseOfABusWithoutProcessData) {
   EXPECT_THAT(outcome.out, HasSubstr("No slave has process data"));
 }
 
+TEST(Run, FollowsAReferenceClockThatRunsFast) {
+  const auto outcome =
+      ighBus(onMachine("run", {"--sync-to-reference", "--period", "500us", "--cycles", "2500"}));
+  EXPECT_EQ(outcome.status, 0) << outcome.err;
+  EXPECT_THAT(outcome.out, HasSubstr("following the reference clock"));
+  EXPECT_THAT(outcome.out, HasSubstr("\nFirst master diff: "));
+  long offset = 0;
+  const auto line = outcome.out.find("cycle 2000  OP  clock offset ");
+  ASSERT_NE(line, std::string::npos) << outcome.out;
+  std::sscanf(&outcome.out[line], "cycle 2000  OP  clock offset %ld ns", &offset);
+  EXPECT_NE(offset, 0); // of either sign: one late wake-up at a bad moment outweighs the drift
+}
+
 TEST(Run, EndsInOrderOnASignal) {
   for (const int signal : {SIGINT, SIGTERM}) {
     const auto outcome = ighBus(onMachine("run", {"--seconds", "60"}), signal);

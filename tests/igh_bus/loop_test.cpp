@@ -41,6 +41,10 @@ TEST(Pacemaker, LeavesMissedPeriodsOutAndStaysOnItsGrid) {
   EXPECT_TRUE(pacemaker.wait());
   const auto periods = static_cast<std::int64_t>(before) + 2; // the times that were waited for or left out
   EXPECT_GE(Clock::now() - start, std::chrono::milliseconds(2) * periods);
+  pacemaker.shift(5000000);
+  EXPECT_TRUE(pacemaker.wait());
+  EXPECT_GE(Clock::now() - start,
+            std::chrono::milliseconds(2) * (periods + 1) + std::chrono::milliseconds(5));
 }
 
 } // namespace

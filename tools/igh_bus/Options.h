@@ -47,7 +47,8 @@ struct RunOptions : ScanOptions {
   std::uint32_t periodNs = 1000000;
   std::uint64_t cycles = 5000;
   bool exchangeMode = false;
-  bool withoutClocks = false; // no distributed clocks
+  bool withoutClocks = false;   // no distributed clocks
+  bool followReference = false; // the master's time follows the reference clock, instead of leading it
   bool listing = false;
   std::vector<Setting> settings;
   std::vector<EntryAddress> watches;

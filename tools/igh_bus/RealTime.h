@@ -34,6 +34,7 @@ public:
   // Sleeps until the next time. Late by whole periods, it leaves them out and counts them. False when a
   // signal asked for the end meanwhile.
   bool wait();
+  void shift(std::int64_t ns) { m_nextNs += ns; } // all times to come
   std::uint64_t missed() const { return m_missed; }
   std::int64_t latestNs() const { return m_latestNs; } // the worst wake-up, behind its time
 

@@ -33,9 +33,9 @@ Session::~Session() {
 
 void Session::bringUp() {
   const auto id = m_options.master;
-  // The reference clock is steered to this program's time, which paces the cycles.
-  if (!igh_master_initialize_ex(id, m_options.periodNs, !m_options.withoutClocks, false))
+  if (!igh_master_initialize_ex(id, m_options.periodNs, !m_options.withoutClocks, m_options.followReference))
     throw Failure(usageError, "the period was refused");
+  igh_master_set_dc_debug_enable(id, m_options.followReference);
   igh_master_set_exchange_mode(id, m_options.exchangeMode);
   igh_master_set_error_callback(id, countError, &m_errors);
   for (const auto& path : m_options.descriptions) {
@@ -82,6 +82,12 @@ double Session::watched(std::size_t number) const {
   double value = NAN;
   igh_master_pdo_recv(m_options.master, m_handles[number].id, &value);
   return value;
+}
+
+std::int64_t Session::clockOffsetNs() const {
+  std::uint64_t offset = 0;
+  igh_master_get_system_base_offset(m_options.master, &offset);
+  return static_cast<std::int64_t>(offset);
 }
 
 _ETHERCAT_COMM_DIAG_INFO Session::record(COMM_DIAG_INDEX index) const {

@@ -23,6 +23,7 @@ public:
   const ErrorCounts& errors() const { return m_errors; }
   std::uint64_t cycles() const { return m_errors.cycle; }
   std::uint64_t callbacks() const { return m_callbacks; }
+  std::int64_t clockOffsetNs() const; // by which the master's time follows the reference clock
   _ETHERCAT_COMM_DIAG_INFO record(COMM_DIAG_INDEX index) const;
 
 private:

@@ -57,7 +57,11 @@ void addRunOptions(CLI::App& command, RunOptions& options, RunTexts& texts) {
       ->excludes(cycles);
   command.add_flag("--exchange-mode", options.exchangeMode,
                    "Send first and wait for the frame in the same cycle");
-  command.add_flag("--no-dc", options.withoutClocks, "Run without distributed clocks");
+  auto* noClocks = command.add_flag("--no-dc", options.withoutClocks, "Run without distributed clocks");
+  command
+      .add_flag("--sync-to-reference", options.followReference,
+                "Follow the reference clock instead of leading it, and show how the difference shrinks")
+      ->excludes(noClocks);
   command
       .add_option("--set", texts.settings,
                   "Write VALUE to an output entry; SLAVE counts from 0 in scan order")

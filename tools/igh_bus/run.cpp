@@ -2,6 +2,7 @@
 #include "Bus.h"
 #include "Descriptions.h"
 #include "RealTime.h"
+#include "ReferenceClock.h"
 #include "Results.h"
 #include "Session.h"
 #include "Text.h"
@@ -46,19 +47,25 @@ void printPlan(const RunOptions& options, const std::vector<FoundSlave>& slaves)
   std::printf("Master %u: %zu slaves, %zu with a description%s\n", unsigned{options.master}, slaves.size(),
               matched, IGH_BUS_SIMULATED ? " (simulated bus)" : "");
   printSlaves(slaves);
+  const char* clocks = options.withoutClocks     ? "off"
+                       : options.followReference ? "where described, following the reference clock"
+                                                 : "where described";
   std::printf("\nPeriod %.10g us, %s, distributed clocks %s\n", options.periodNs / 1e3,
               options.exchangeMode ? "exchange mode (send, then wait for the frame)"
                                    : "normal mode (receive, then send)",
-              options.withoutClocks ? "off" : "where described");
+              clocks);
   std::fflush(stdout);
 }
 
 void loop(const RunOptions& options, Session& session, Pacemaker& pacemaker, Climb& climb) {
-  const bool terminal = isatty(STDOUT_FILENO) != 0;
+  const bool terminal = isatty(STDOUT_FILENO) != 0 && !options.followReference;
+  ReferenceFollower follower(options.periodNs);
   const std::uint64_t cyclesPerSecond = (1000000000 + options.periodNs - 1) / options.periodNs;
   while (session.cycles() < options.cycles && pacemaker.wait()) {
     const auto cycle = session.cycles();
     climb.note(cycle, session.exchange());
+    if (options.followReference)
+      follower.step(session, climb.state(), pacemaker);
     if (terminal && session.cycles() % cyclesPerSecond == 0)
       printProgress(options, session, climb.state());
   }
