@@ -1,15 +1,10 @@
 #include "Fixture.h"
 
-#include <cerrno>
-
 namespace scenario {
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
-
 TEST_F(Scenario, EscRegistersAreReadAndClearedThroughTheDeviceFile) {
-  start({byteIo, byteIo, byteIo});
-  cycleUntil(8);
+  startInOp({byteIo, byteIo, byteIo});
   Bytes bytes(4, 0x55);
   EXPECT_TRUE(igh_master_read_esc_reg(0, 1, 0x0000, bytes.data(), 4));
   EXPECT_EQ(bytes, (Bytes{4, 3, 1, 3}));

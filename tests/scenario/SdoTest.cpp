@@ -3,7 +3,6 @@
 namespace scenario {
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
 using ethercat_simulation::SdoFault;
 
 const Device drive = [] {
@@ -34,11 +33,6 @@ protected:
     EXPECT_TRUE(igh_master_create_sdo_request_ex(0, 0, index, subindex, type, count, 500, read, &id));
     return id;
   }
-  static void run(unsigned int cycles = 1) {
-    for (unsigned int i = 0; i < cycles; ++i) {
-      igh_master_exchange(0, nullptr, nullptr);
-    }
-  }
   void toOp() {
     capture([this] {
       EXPECT_TRUE(igh_master_active(0));
@@ -47,12 +41,12 @@ protected:
   }
   // What happened to which subindex in each cycle: r or w for issued, . for busy, = for done, ! for failed
   // and issued again; - for nothing.
-  static std::string steps(unsigned int cycles) {
+  std::string steps(unsigned int cycles) {
     std::string text;
     bus().setTracing(true);
     while (cycles-- > 0) {
       bus().clearTrace();
-      run();
+      cycle();
       char issued = 0;
       std::string step = "-";
       for (const ethercat_simulation::TraceEntry& entry : bus().trace()) {
@@ -75,7 +69,7 @@ protected:
     double value = 0;
     EXPECT_TRUE(igh_master_sdo_recv(0, 0, &value, &done));
     while (!done) {
-      run();
+      cycle();
     }
   }
 };
@@ -136,12 +130,12 @@ TEST_F(SdoTest, AFailingRequestIsRetriedWhileOthersWaitAndTheCycleStaysHealthy) 
     EXPECT_EQ(steps(7), fault == SdoFault::busyForEver ? "2r 2. 2. 2. 2. 2. 2." : "2r 2. 2. 2! 2. 2. 2!");
     bus().setInputs(0, {static_cast<std::uint8_t>(fault)});
     errors.clear();
-    run(300);
+    cycle(300);
     EXPECT_TRUE(!done[0] && !done[1] && values[0] == -1);
     EXPECT_EQ(errors, "");
     EXPECT_EQ(value(in), static_cast<double>(fault));
     bus().setSdoFault(0, 0x2000, 2, SdoFault::none);
-    run(12);
+    cycle(12);
     EXPECT_TRUE(done[0] && done[1] && values[0] == 2 && values[1] == 3);
   }
 }
@@ -164,7 +158,7 @@ TEST_F(SdoTest, TypesArraysCompleteAccessAndRawBytesDeliverWhatTheyShould) {
   EXPECT_TRUE(igh_master_sdo_recv_ex(0, pair, values, 2, &done[0]));
   EXPECT_TRUE(igh_master_raw_sdo_recv(0, whole, object.data(), 6, &done[1]));
   EXPECT_TRUE(igh_master_raw_sdo_recv(0, part, count.data(), 1, &done[2]));
-  run(12);
+  cycle(12);
   EXPECT_TRUE(done[0] && done[1] && done[2]);
   EXPECT_TRUE(values[0] == -2 && values[1] == 5);
   EXPECT_EQ(object, (Bytes{2, 0, 0x11, 0x22, 0x33, 0x44}));
@@ -172,12 +166,12 @@ TEST_F(SdoTest, TypesArraysCompleteAccessAndRawBytesDeliverWhatTheyShould) {
 
   values[0] = 1.5;
   EXPECT_TRUE(igh_master_sdo_send_ex(0, pair, values, 2, &done[0]));
-  run(6);
+  cycle(6);
   EXPECT_TRUE(done[0]);
   EXPECT_EQ(bus().objectValue(0, 0x4000, 0)[0], 2);
   Bytes untouched(4, 0x77);
   EXPECT_TRUE(igh_master_raw_sdo_recv(0, pair, untouched.data(), 4, &done[0]));
-  run(8);
+  cycle(8);
   EXPECT_TRUE(done[0]);
   EXPECT_EQ(untouched, Bytes(4, 0x77)); // a typed request read raw
 }
@@ -224,10 +218,8 @@ TEST_F(SdoTest, RefusalsSayWhy) {
   EXPECT_FALSE(done);
   EXPECT_EQ(said([&] { return igh_master_sdo_send(0, retried, 1, &done); }),
             "SDO don't create with writable flag\n");
-  for (const std::uint32_t count : {0U, 2U, 0x80000001U}) {
-    EXPECT_EQ(said([&] { return igh_master_sdo_recv_ex(0, retried, &value, count, &done); }),
-              "SDO do not match field size\n");
-  }
+  EXPECT_EQ(said([&] { return igh_master_sdo_recv_ex(0, retried, &value, 0x80000001U, &done); }),
+            "SDO do not match field size\n");
   EXPECT_EQ(said([&] { return igh_master_sdo_recv(0, 16, &value, &done); }), "");
 
   // A scan forgets requests and keys.
@@ -292,7 +284,7 @@ TEST_F(SdoTest, ActivatingAgainRenewsRequestsAndStartsPendingTransfersOver) {
               testing::StartsWith("ecrt_sdo_request_timeout(0:0 0x2000:01, 500)"));
   EXPECT_LT(calls().find("create_sdo_request_complete"), calls().find("master_activate"));
   bus().setTracing(false);
-  run(12);
+  cycle(12);
   EXPECT_TRUE(done[0] && done[1]);
   EXPECT_EQ(bus().objectValue(0, 0x2000, 2), (Bytes{7, 0}));
   EXPECT_EQ(object, (Bytes{2, 0, 0x11, 0x22, 0x33, 0x44}));
