@@ -1,5 +1,7 @@
 #include "Arguments.h"
 
+#include "Text.h"
+
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
@@ -60,6 +62,20 @@ Setting parseSetting(const std::string& text) {
   if (value.empty() || *end != '\0')
     refuse("--set '" + text + "': '" + value + "' is not a number");
   return setting;
+}
+
+std::uint32_t parseNumber(const std::string& text, std::uint32_t highest, const std::string& what) {
+  const bool hexadecimal = text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X');
+  std::uint32_t number = 0;
+  const char* const last = text.data() + text.size();
+  const auto [end, error] =
+      std::from_chars(text.data() + (hexadecimal ? 2 : 0), last, number, hexadecimal ? 16 : 10);
+  if (error == std::errc::result_out_of_range || (error == std::errc() && end == last && number > highest))
+    refuse(what + " " + text + ": the highest is " +
+           (hexadecimal ? format("0x%X", highest) : std::to_string(highest)));
+  if (error != std::errc() || end != last)
+    refuse(what + " '" + text + "': use a decimal or hexadecimal number, such as 0x0300");
+  return number;
 }
 
 } // namespace igh_bus

@@ -15,6 +15,9 @@ EntryAddress parseWatch(const std::string& text);
 // "SLAVE:ENTRY=VALUE", split at the last equals sign. VALUE is decimal, hexadecimal (0x...) or a fraction.
 Setting parseSetting(const std::string& text);
 
+// A whole number from 0 to `highest`, decimal or hexadecimal (0x...). `what` names it in the reason.
+std::uint32_t parseNumber(const std::string& text, std::uint32_t highest, const std::string& what);
+
 } // namespace igh_bus
 
 #endif

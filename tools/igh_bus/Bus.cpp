@@ -115,6 +115,11 @@ std::vector<FoundSlave> surveyBus(const ScanOptions& options, const std::vector<
   return slaves;
 }
 
+void checkSlave(std::uint32_t slave, const std::vector<FoundSlave>& slaves) {
+  if (slave >= slaves.size())
+    throw Failure(usageError, format("slave %u: the bus has slaves 0 to %zu", slave, slaves.size() - 1));
+}
+
 void printSlaves(const std::vector<FoundSlave>& slaves) {
   std::size_t widestAddress = 0;
   std::size_t widestState = 0;

@@ -2,7 +2,7 @@
 
 #include "Markup.h"
 #include "Options.h"
-#include "StdoutSilencer.h"
+#include "Redirection.h"
 
 #include <algorithm>
 #include <cstdio>

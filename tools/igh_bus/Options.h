@@ -33,10 +33,6 @@ struct Setting {
   double value = 0;
 };
 
-struct DescribeOptions {
-  std::vector<std::string> descriptions;
-};
-
 struct ScanOptions {
   std::vector<std::string> descriptions;
   std::string busFile;
@@ -56,8 +52,6 @@ struct RunOptions : ScanOptions {
   std::optional<int> cpu;
 };
 
-Status describe(const DescribeOptions& options);
-Status scan(const ScanOptions& options);
 Status run(const RunOptions& options);
 
 } // namespace igh_bus

@@ -1,6 +1,6 @@
 #include "Session.h"
 
-#include "StdoutSilencer.h"
+#include "Redirection.h"
 #include "Text.h"
 
 #include <cmath>

@@ -19,6 +19,13 @@ std::string format(const char* form, ...) {
   return text;
 }
 
+std::string hexPairs(const std::vector<std::uint8_t>& bytes) {
+  std::string text;
+  for (const auto byte : bytes)
+    text += format(text.empty() ? "%02X" : " %02X", unsigned{byte});
+  return text;
+}
+
 std::string stateText(std::uint32_t alStates) {
   static const std::pair<std::uint32_t, const char*> names[] = {
       {1, "INIT"}, {2, "PREOP"}, {4, "SAFEOP"}, {8, "OP"}};

@@ -4,10 +4,14 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace igh_bus {
 
 __attribute__((format(printf, 1, 2))) std::string format(const char* form, ...);
+
+// "01 FF"
+std::string hexPairs(const std::vector<std::uint8_t>& bytes);
 
 // "OP"; for the states of several slaves, ORed: "PREOP+OP"; "none" for 0.
 std::string stateText(std::uint32_t alStates);

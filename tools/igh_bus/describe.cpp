@@ -1,7 +1,7 @@
 // igh_bus describe: what the loader makes of each description file.
+#include "CommandLine.h"
 #include "Complaints.h"
 #include "Descriptions.h"
-#include "Options.h"
 #include "Text.h"
 
 #include <cstdio>
@@ -83,12 +83,10 @@ void printPlainWords(const FileReport& report) {
   }
 }
 
-} // namespace
-
-Status describe(const DescribeOptions& options) {
+Status describe(const std::vector<std::string>& paths) {
   Descriptions descriptions;
   Status status = success;
-  for (const auto& path : options.descriptions) {
+  for (const auto& path : paths) {
     const auto report = descriptions.load(path);
     if (!report.loaded) {
       std::fflush(stdout);
@@ -104,6 +102,15 @@ Status describe(const DescribeOptions& options) {
     std::printf("\n");
   }
   return status;
+}
+
+} // namespace
+
+void addDescribeCommand(CLI::App& app, Action& action) {
+  auto* command = addCommand(app, "describe", "Show what is loaded from description files");
+  const auto paths = std::make_shared<std::vector<std::string>>();
+  command->add_option("FILE", *paths, "Description files (XML)")->required();
+  command->callback([paths, &action] { action = [paths] { return describe(*paths); }; });
 }
 
 } // namespace igh_bus

@@ -15,9 +15,7 @@ namespace {
 
 // The library would take an input's name for an output, or an entry that it cannot convert, in silence.
 const Entry& checkedEntry(const EntryAddress& address, bool write, const std::vector<FoundSlave>& slaves) {
-  if (address.slave >= slaves.size())
-    throw Failure(usageError,
-                  format("slave %u: the bus has slaves 0 to %zu", address.slave, slaves.size() - 1));
+  checkSlave(address.slave, slaves);
   const auto* device = slaves[address.slave].device;
   if (!device)
     throw Failure(usageError, format("slave %u has no description and therefore no entries", address.slave));
