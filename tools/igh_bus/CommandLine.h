@@ -24,6 +24,7 @@ void addBusOptions(CLI::App& command, ScanOptions& options, bool needsDescriptio
 void addDescribeCommand(CLI::App& app, Action& action);
 void addScanCommand(CLI::App& app, Action& action);
 void addRunCommand(CLI::App& app, Action& action);
+void addDiagCommand(CLI::App& app, Action& action);
 void addRegCommand(CLI::App& app, Action& action);
 void addErrorsCommand(CLI::App& app, Action& action);
 

@@ -46,6 +46,7 @@ struct RunOptions : ScanOptions {
   bool withoutClocks = false;   // no distributed clocks
   bool followReference = false; // the master's time follows the reference clock, instead of leading it
   bool listing = false;
+  bool timingOnly = false; // neither the plan nor the results, but the timing of single cycles
   std::vector<Setting> settings;
   std::vector<EntryAddress> watches;
   std::optional<int> priority;

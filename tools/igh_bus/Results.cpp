@@ -30,18 +30,6 @@ void printErrors(const ErrorCounts& errors) {
     std::printf("  none\n");
 }
 
-void printRecords(const Session& session) {
-  std::printf("\nCosts in us        cycle  receive    SDO  callback   send  total\n");
-  static constexpr std::pair<const char*, COMM_DIAG_INDEX> rows[] = {
-      {"fastest", COMM_DIAG_MIN}, {"last", COMM_DIAG_LAST}, {"slowest", COMM_DIAG_MAX}};
-  for (const auto& [name, index] : rows) {
-    const auto record = session.record(index);
-    std::printf("  %-8s  %12" PRIu64 "  %7d  %5d  %8d  %5d  %5d\n", name, record.time,
-                record.txPdoReceivedCostUs, record.sdoCostUs, record.userCallbackCostUs,
-                record.rxPdoSentCostUs, record.totalExchangeCostUs);
-  }
-}
-
 } // namespace
 
 void Climb::note(std::uint64_t cycle, std::uint32_t state) {
@@ -93,6 +81,18 @@ void printProgress(const RunOptions& options, const Session& session, std::uint3
   std::fflush(stdout);
 }
 
+void printTiming(const Session& session) {
+  std::printf("Costs in us        cycle  receive    SDO  callback   send  total\n");
+  static constexpr std::pair<const char*, COMM_DIAG_INDEX> rows[] = {
+      {"fastest", COMM_DIAG_MIN}, {"last", COMM_DIAG_LAST}, {"slowest", COMM_DIAG_MAX}};
+  for (const auto& [name, index] : rows) {
+    const auto record = session.record(index);
+    std::printf("  %-8s  %12" PRIu64 "  %7d  %5d  %8d  %5d  %5d\n", name, record.time,
+                record.txPdoReceivedCostUs, record.sdoCostUs, record.userCallbackCostUs,
+                record.rxPdoSentCostUs, record.totalExchangeCostUs);
+  }
+}
+
 void printResults(const RunOptions& options, const Session& session, const Pacemaker& pacemaker,
                   const Climb& climb) {
   std::printf("%" PRIu64 " cycles, the callback ran in %" PRIu64 " of them\n", session.cycles(),
@@ -102,7 +102,8 @@ void printResults(const RunOptions& options, const Session& session, const Pacem
   printErrors(session.errors());
   std::printf("\nMissed wake-ups: %" PRIu64 " (latest wake-up %.1f us behind its time)\n", pacemaker.missed(),
               static_cast<double>(pacemaker.latestNs()) / 1e3);
-  printRecords(session);
+  std::printf("\n");
+  printTiming(session);
 }
 
 } // namespace igh_bus

@@ -32,6 +32,9 @@ const char* errorText(int code);
 // One line with the watched values, over the previous one.
 void printProgress(const RunOptions& options, const Session& session, std::uint32_t state);
 
+// The fastest, the last and the slowest cycle since activation.
+void printTiming(const Session& session);
+
 void printResults(const RunOptions& options, const Session& session, const Pacemaker& pacemaker,
                   const Climb& climb);
 

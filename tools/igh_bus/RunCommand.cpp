@@ -1,4 +1,4 @@
-// The command line of igh_bus run.
+// The command lines of igh_bus run and of igh_bus diag, which is a run that shows its timing only.
 #include "Arguments.h"
 #include "CommandLine.h"
 
@@ -22,7 +22,8 @@ struct RunArguments {
   RunTexts texts;
 };
 
-void addOptions(CLI::App& command, RunOptions& options, RunTexts& texts) {
+// How the bus is cycled. Gives back the option that switches distributed clocks off.
+CLI::Option* addCycleOptions(CLI::App& command, RunOptions& options, RunTexts& texts) {
   addBusOptions(command, options);
   command.add_option("--period", texts.period, "Time between two exchanges, 100us to 4s (1ms)")
       ->type_name("TIME");
@@ -35,7 +36,18 @@ void addOptions(CLI::App& command, RunOptions& options, RunTexts& texts) {
       ->excludes(cycles);
   command.add_flag("--exchange-mode", options.exchangeMode,
                    "Send first and wait for the frame in the same cycle");
-  auto* noClocks = command.add_flag("--no-dc", options.withoutClocks, "Run without distributed clocks");
+  command
+      .add_option("--priority", options.priority, "Run under SCHED_FIFO with this priority, memory locked")
+      ->check(CLI::Range(1, 99))
+      ->type_name("P");
+  command.add_option("--cpu", options.cpu, "Run on this processor only")
+      ->check(CLI::Range(0, CPU_SETSIZE - 1))
+      ->type_name("C");
+  return command.add_flag("--no-dc", options.withoutClocks, "Run without distributed clocks");
+}
+
+void addRunOptions(CLI::App& command, RunOptions& options, RunTexts& texts) {
+  auto* noClocks = addCycleOptions(command, options, texts);
   command
       .add_flag("--sync-to-reference", options.followReference,
                 "Follow the reference clock instead of leading it, and show how the difference shrinks")
@@ -48,13 +60,6 @@ void addOptions(CLI::App& command, RunOptions& options, RunTexts& texts) {
   command.add_option("--watch", texts.watches, "Show an entry at the end, on a terminal also every second")
       ->allow_extra_args(false)
       ->type_name("SLAVE:ENTRY");
-  command
-      .add_option("--priority", options.priority, "Run under SCHED_FIFO with this priority, memory locked")
-      ->check(CLI::Range(1, 99))
-      ->type_name("P");
-  command.add_option("--cpu", options.cpu, "Run on this processor only")
-      ->check(CLI::Range(0, CPU_SETSIZE - 1))
-      ->type_name("C");
   command.add_flag("--listing", options.listing, "Print the configuration listing of the scan");
 }
 
@@ -70,18 +75,26 @@ void complete(RunOptions& options, const RunTexts& texts) {
     options.watches.push_back(parseWatch(text));
 }
 
+Status execute(RunArguments& arguments) {
+  complete(arguments.options, arguments.texts);
+  return run(arguments.options);
+}
+
 } // namespace
 
 void addRunCommand(CLI::App& app, Action& action) {
   auto* command = addCommand(app, "run", "Bring the bus to OP and exchange process data");
   const auto arguments = std::make_shared<RunArguments>();
-  addOptions(*command, arguments->options, arguments->texts);
-  command->callback([arguments, &action] {
-    action = [arguments] {
-      complete(arguments->options, arguments->texts);
-      return run(arguments->options);
-    };
-  });
+  addRunOptions(*command, arguments->options, arguments->texts);
+  command->callback([arguments, &action] { action = [arguments] { return execute(*arguments); }; });
+}
+
+void addDiagCommand(CLI::App& app, Action& action) {
+  auto* command = addCommand(app, "diag", "Run the bus and show its fastest, its last and its slowest cycle");
+  const auto arguments = std::make_shared<RunArguments>();
+  arguments->options.timingOnly = true;
+  addCycleOptions(*command, arguments->options, arguments->texts);
+  command->callback([arguments, &action] { action = [arguments] { return execute(*arguments); }; });
 }
 
 } // namespace igh_bus

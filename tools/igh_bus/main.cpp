@@ -18,6 +18,7 @@ Status execute(int argc, char** argv) {
   addDescribeCommand(app, action);
   addScanCommand(app, action);
   addRunCommand(app, action);
+  addDiagCommand(app, action);
   addRegCommand(app, action);
   addErrorsCommand(app, action);
   try {

@@ -1,4 +1,4 @@
-// igh_bus run: the whole order, from description files to process data moving on the bus.
+// igh_bus run and diag: the whole order, from description files to process data moving on the bus.
 #include "Bus.h"
 #include "Descriptions.h"
 #include "RealTime.h"
@@ -105,7 +105,8 @@ Status run(const RunOptions& options) {
   const BusChoice bus(options, devices);
   const auto slaves = surveyBus(options, devices);
   checkEntries(options, slaves);
-  printPlan(options, slaves);
+  if (!options.timingOnly)
+    printPlan(options, slaves);
 
   Session session(options);
   Climb climb;
@@ -114,8 +115,11 @@ Status run(const RunOptions& options) {
   loop(options, session, pacemaker, climb);
 
   const bool processData = hasProcessData(slaves);
-  printResults(options, session, pacemaker, climb);
-  if (!processData)
+  if (options.timingOnly)
+    printTiming(session);
+  else
+    printResults(options, session, pacemaker, climb);
+  if (!processData && !options.timingOnly)
     std::printf(
         "\nNo slave has process data: the working counter counts as incomplete in every cycle in OP.\n");
   if (StopSignals::requested()) {
