@@ -152,6 +152,17 @@ void ecrt_release_master(ec_master_t* master);
 
 /* Any. 0, or -EINVAL when no slave has this ring position. */
 int ecrt_master_get_slave(ec_master_t* master, uint16_t slave_position, ec_slave_info_t* slave_info);
+/* Any, not from the cycle: blocks until the slave has answered; while the master is active that takes
+ * exchanges in another thread. One SDO transfer each. 0, -EINVAL (no such slave, nothing to write),
+ * -EOVERFLOW (the answer is larger than the buffer), -ETIMEDOUT; -EIO with the slave's abort code in
+ * *abort_code, 0 when it sent none. */
+int ecrt_master_sdo_download(ec_master_t* master, uint16_t slave_position, uint16_t index, uint8_t subindex,
+                             const uint8_t* data, size_t data_size, uint32_t* abort_code);
+/* The same for a whole object by complete access. There is no such call for reading. */
+int ecrt_master_sdo_download_complete(ec_master_t* master, uint16_t slave_position, uint16_t index,
+                                      const uint8_t* data, size_t data_size, uint32_t* abort_code);
+int ecrt_master_sdo_upload(ec_master_t* master, uint16_t slave_position, uint16_t index, uint8_t subindex,
+                           uint8_t* target, size_t target_size, size_t* result_size, uint32_t* abort_code);
 /* Set-up. A position beside an alias other than 0 counts slaves behind that alias. Null when the place was
  * configured with another identity before. */
 ec_slave_config_t* ecrt_master_slave_config(ec_master_t* master, uint16_t alias, uint16_t position,

@@ -63,8 +63,14 @@ SdoFault ObjectDictionary::fault(const SdoPlace& place) const {
   return found ? m_items[first].fault : SdoFault::none;
 }
 
-bool ObjectDictionary::upload(const SdoPlace& place, std::uint8_t* answer, std::size_t capacity,
-                              std::size_t* length) const {
+SdoAbort ObjectDictionary::missing(const SdoPlace& place) const {
+  const std::size_t first = firstAt(place.index, 0);
+  const bool known = first < m_items.size() && m_items[first].object.index == place.index;
+  return known ? SdoAbort::noSubindex : SdoAbort::noObject;
+}
+
+SdoAbort ObjectDictionary::upload(const SdoPlace& place, std::uint8_t* answer, std::size_t capacity,
+                                  std::size_t* length) const {
   *length = 0;
   bool found = false;
   for (std::size_t i = firstAt(place.index, place.subindex); i < m_items.size(); ++i) {
@@ -82,30 +88,34 @@ bool ObjectDictionary::upload(const SdoPlace& place, std::uint8_t* answer, std::
       break;
     }
   }
-  return found;
+  return found ? SdoAbort::none : missing(place);
 }
 
 // The count in subindex 0 may be written over by a whole object, and keeps its value when it is read-only.
-bool ObjectDictionary::accepts(const SdoPlace& place, std::size_t first, std::size_t size) const {
+SdoAbort ObjectDictionary::refusal(const SdoPlace& place, std::size_t first, std::size_t size) const {
   std::size_t expected = 0;
   std::size_t i = first;
   for (; i < m_items.size() && m_items[i].object.index == place.index; ++i) {
     const Object& object = m_items[i].object;
-    if (!place.complete) {
-      return object.subindex == place.subindex && !object.readOnly && object.bytes.size() == size;
+    if (!place.complete && object.subindex != place.subindex) {
+      break;
     }
-    if (object.readOnly && object.subindex != 0) {
-      return false;
+    if (object.readOnly && (!place.complete || object.subindex != 0)) {
+      return SdoAbort::readOnly;
     }
-    expected += m_items[i].span();
+    expected += place.complete ? m_items[i].span() : object.bytes.size();
   }
-  return i > first && expected == size;
+  if (i == first) {
+    return missing(place);
+  }
+  return expected == size ? SdoAbort::none : SdoAbort::length;
 }
 
-bool ObjectDictionary::download(const SdoPlace& place, const std::uint8_t* data, std::size_t size) {
+SdoAbort ObjectDictionary::download(const SdoPlace& place, const std::uint8_t* data, std::size_t size) {
   const std::size_t first = firstAt(place.index, place.subindex);
-  if (!accepts(place, first, size)) {
-    return false;
+  const SdoAbort reason = refusal(place, first, size);
+  if (reason != SdoAbort::none) {
+    return reason;
   }
   const std::uint8_t* const end = data + size;
   for (std::size_t i = first; data < end; ++i) {
@@ -115,7 +125,7 @@ bool ObjectDictionary::download(const SdoPlace& place, const std::uint8_t* data,
     }
     data += place.complete ? m_items[i].span() : object.bytes.size();
   }
-  return true;
+  return SdoAbort::none;
 }
 
 } // namespace ethercat_simulation

@@ -13,6 +13,16 @@ struct SdoPlace {
   bool complete;
 };
 
+// Why a slave refuses a transfer, as it says it in the abort.
+enum class SdoAbort : std::uint32_t {
+  none = 0,
+  readOnly = 0x06010002,
+  noObject = 0x06020000,
+  length = 0x06070010,
+  noSubindex = 0x06090011,
+  general = 0x08000000,
+};
+
 class ObjectDictionary {
 public:
   explicit ObjectDictionary(const std::vector<Object>& objects);
@@ -23,9 +33,10 @@ public:
   bool setFault(std::uint16_t index, std::uint8_t subindex, SdoFault fault);
   SdoFault fault(const SdoPlace& place) const;
 
-  // False: abort. Up to `capacity` bytes go to `answer`; *length is what the slave has to say.
-  bool upload(const SdoPlace& place, std::uint8_t* answer, std::size_t capacity, std::size_t* length) const;
-  bool download(const SdoPlace& place, const std::uint8_t* data, std::size_t size);
+  // Up to `capacity` bytes go to `answer`; *length is what the slave has to say.
+  SdoAbort upload(const SdoPlace& place, std::uint8_t* answer, std::size_t capacity,
+                  std::size_t* length) const;
+  SdoAbort download(const SdoPlace& place, const std::uint8_t* data, std::size_t size);
 
 private:
   struct Item {
@@ -40,7 +51,9 @@ private:
   std::size_t firstAt(std::uint16_t index, std::uint8_t subindex) const;
   const Item* find(std::uint16_t index, std::uint8_t subindex) const;
   Item* find(std::uint16_t index, std::uint8_t subindex);
-  bool accepts(const SdoPlace& place, std::size_t first, std::size_t size) const;
+  // Of a place that is not there.
+  SdoAbort missing(const SdoPlace& place) const;
+  SdoAbort refusal(const SdoPlace& place, std::size_t first, std::size_t size) const;
 
   std::vector<Item> m_items; // by index and subindex
 };

@@ -70,14 +70,14 @@ void SdoRequest::finish(ObjectDictionary& dictionary) {
   const SdoFault fault = dictionary.fault(m_place);
   bool done = fault != SdoFault::abort && fault != SdoFault::timeOut;
   if (done && m_read) {
-    done = dictionary.upload(m_place, m_kernel.data(), m_size, &m_kernelSize);
+    done = dictionary.upload(m_place, m_kernel.data(), m_size, &m_kernelSize) == SdoAbort::none;
     if (fault == SdoFault::shortAnswer && m_kernelSize > 0) {
       --m_kernelSize;
     } else if (fault == SdoFault::longAnswer) {
       m_kernelSize += 1;
     }
   } else if (done) {
-    done = dictionary.download(m_place, m_kernel.data(), m_kernelSize);
+    done = dictionary.download(m_place, m_kernel.data(), m_kernelSize) == SdoAbort::none;
   }
   m_phase = done ? Phase::success : Phase::error;
 }
