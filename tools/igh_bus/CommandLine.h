@@ -25,6 +25,7 @@ void addDescribeCommand(CLI::App& app, Action& action);
 void addScanCommand(CLI::App& app, Action& action);
 void addRunCommand(CLI::App& app, Action& action);
 void addDiagCommand(CLI::App& app, Action& action);
+void addSdoCommand(CLI::App& app, Action& action);
 void addRegCommand(CLI::App& app, Action& action);
 void addErrorsCommand(CLI::App& app, Action& action);
 

@@ -18,9 +18,9 @@ void countCallback(void* callbacks) {
 
 } // namespace
 
-Session::Session(const RunOptions& options) : m_options(options) {
+Session::Session(const RunOptions& options, const std::function<void()>& prepare) : m_options(options) {
   try {
-    bringUp();
+    bringUp(prepare);
   } catch (...) {
     end();
     throw;
@@ -31,7 +31,7 @@ Session::~Session() {
   end();
 }
 
-void Session::bringUp() {
+void Session::bringUp(const std::function<void()>& prepare) {
   const auto id = m_options.master;
   if (!igh_master_initialize_ex(id, m_options.periodNs, !m_options.withoutClocks, m_options.followReference))
     throw Failure(usageError, "the period was refused");
@@ -52,6 +52,8 @@ void Session::bringUp() {
     createHandle(watch, true);
   for (const auto& setting : m_options.settings)
     igh_master_pdo_send(id, createHandle(setting.address, false), setting.value);
+  if (prepare)
+    prepare();
   if (!igh_master_active(id))
     throw Failure(busError, "the master could not be activated");
 }

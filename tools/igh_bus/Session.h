@@ -5,14 +5,16 @@
 #include "ErrorCounts.h"
 #include "Options.h"
 
+#include <functional>
 #include <igh_master.h>
 
 namespace igh_bus {
 
 class Session {
 public:
-  // Takes the master up to activation. Throws Failure; the library has printed its reason by then.
-  explicit Session(const RunOptions& options);
+  // Takes the master up to activation; `prepare` runs just before it. Throws Failure; the library has printed
+  // its reason by then.
+  explicit Session(const RunOptions& options, const std::function<void()>& prepare = nullptr);
   ~Session();
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
@@ -31,7 +33,7 @@ private:
     std::uint32_t id;
     bool read;
   };
-  void bringUp();
+  void bringUp(const std::function<void()>& prepare);
   std::uint32_t createHandle(const EntryAddress& address, bool read);
   void end();
 

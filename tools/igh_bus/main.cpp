@@ -19,6 +19,7 @@ Status execute(int argc, char** argv) {
   addScanCommand(app, action);
   addRunCommand(app, action);
   addDiagCommand(app, action);
+  addSdoCommand(app, action);
   addRegCommand(app, action);
   addErrorsCommand(app, action);
   try {
