@@ -107,8 +107,9 @@ bool xml_file_open(xml_file_handle* handle, char const* path, int mode) {
 }
 
 void xml_file_close(xml_file_handle* handle) {
-  /* A document whose mode has FILE_MODE_READ_WRITE is to be stored here, before its tree goes. Nothing stores
-   * yet. */
+  if (handle->root != nullptr && (handle->mode & FILE_MODE_READ_WRITE) != 0) {
+    handle->xml_store_document_private();
+  }
   xml_file_remove_all(handle);
   handle->mode = FILE_MODE_READ;
   handle->fileName.clear();

@@ -92,8 +92,7 @@ _XmlNode* xml_file_handle::xml_copy_tree_private(xmlNode const* element, XmlText
 
 _XmlNode* xml_file_handle::xml_paser_node_private(xmlNode const* element, _XmlNode* parent,
                                                   _XmlNode* previous, XmlText& text) {
-  auto const destroy = [this](_XmlNode* copy) { nodes.destroy(copy); };
-  std::unique_ptr<_XmlNode, decltype(destroy)> node(nodes.create(), destroy);
+  XmlNodePool::OwnedNode node = nodes.create();
   node->name = characters(element->name);
   text.readTrimmed(element->children, node->value);
   copyAttributes(element, text, node->attributes);
@@ -121,6 +120,7 @@ void xml_file_handle::xml_remove_node_private(_XmlNode* node) noexcept {
       last->nextSibling = next;
       next = node->firstChild;
     }
+    lastChildren.erase(node);
     nodes.destroy(node);
     node = next;
   }

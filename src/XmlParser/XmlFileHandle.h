@@ -9,6 +9,7 @@
 #include <libxml/tree.h>
 
 #include <string>
+#include <unordered_map>
 
 /* Empty (no root, mode read, no name), loaded, or new: opened on a file of length 0, so with mode and name
  * but no root yet. */
@@ -30,12 +31,36 @@ public:
   /* Frees the node, what it owns and what is below it. Whoever points to it is the caller's concern. */
   void xml_remove_node_private(_XmlNode* node) noexcept;
 
+  /* A node linked to nothing yet; the value is trimmed. */
+  XmlNodePool::OwnedNode xml_create_node_private(char const* name, char const* value);
+
+  /* The link behind the parent's last child. */
+  _XmlNode** xml_end_link_private(_XmlNode& parent);
+
+  /* Takes the node that `link` points to out of the parent's chain and frees it with what is below it. */
+  void xml_remove_child_private(_XmlNode const& parent, _XmlNode** link) noexcept;
+
+  /* Writes the document to the file it is named after, or leaves that file alone. */
+  void xml_store_document_private();
+
+  /* Writes the node and what is below it, indented by `depth` tabs. Nothing for a null file or node. */
+  void xml_store_private(CFile* file, _XmlNode const* node, int depth) const;
+
+  static void xml_translate_value_to_xml_format_private(std::string& value);
+
+  /* The text with every occurrence of the pattern replaced; an empty pattern occurs nowhere. */
+  static std::string replaceSTLString(std::string const& text, std::string const& pattern,
+                                      std::string const& replacement);
+
   _XmlNode* root = nullptr; /* owned */
   int mode = FILE_MODE_READ;
   std::string fileName;
 
 private:
   XmlNodePool nodes;
+
+  /* Of parents that were appended to, a child to look for the end from: appending many walks no chain. */
+  std::unordered_map<_XmlNode const*, _XmlNode*> lastChildren;
 };
 
 #endif

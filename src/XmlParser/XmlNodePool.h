@@ -12,13 +12,20 @@
  * pieces than copying the document costs. Every node must have been destroyed before the pool is. */
 class XmlNodePool {
 public:
-  _XmlNode* create() {
+  struct Destroy {
+    void operator()(_XmlNode* node) const noexcept { pool->destroy(node); }
+
+    XmlNodePool* pool;
+  };
+  using OwnedNode = std::unique_ptr<_XmlNode, Destroy>;
+
+  OwnedNode create() {
     if (unused == nullptr) {
       addBlock();
     }
     Place* place = unused;
     unused = place->next;
-    return new (place) _XmlNode;
+    return {new (place) _XmlNode, Destroy{this}};
   }
 
   void destroy(_XmlNode* node) noexcept {

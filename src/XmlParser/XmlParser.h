@@ -18,7 +18,7 @@ struct NodeAttribute {
 };
 
 /* An element. Its children form a singly linked chain from firstChild, in document order; there is no way up.
- * Nodes are built and freed by this layer only. */
+ * Nodes are built, linked and freed by this layer only. */
 struct _XmlNode {
   std::string name;
   std::string value; /* text of the direct children, trimmed of blanks, tabs and line breaks */
@@ -35,7 +35,9 @@ xml_file_handle* xml_file_create();
  * give false; false also for a null handle. */
 bool xml_file_open(xml_file_handle* handle, char const* path, int mode);
 
-/* Frees the tree and empties the handle, which must not be null. */
+/* Frees the tree and empties the handle, which must not be null. A document opened with FILE_MODE_READ_WRITE
+ * is stored first, under the name it was opened by; to change a file that is there it takes FILE_MODE_KEEP
+ * too, as opening truncates otherwise. What cannot be stored is dropped without a word. */
 void xml_file_close(xml_file_handle* handle);
 
 /* Closes, deletes and nulls the caller's pointer; a null pointer is ignored. */
@@ -60,6 +62,35 @@ bool xml_file_get_attribute_value_by_index(int index, _XmlNode const* node, char
 bool xml_file_get_attribute_value(char const* name, _XmlNode const* node, char* buffer, unsigned long& size);
 bool xml_file_get_node_value(_XmlNode const* node, char* buffer, unsigned long& size);
 bool xml_file_get_node_name(_XmlNode const* node, char* buffer, unsigned long& size);
+
+/* A filtered index counts the children of exactly the filter's name, or all of them for a null or empty
+ * filter. The parent is a node of the handle's own tree. Names and values are not checked: what is no XML
+ * name or character is stored as it is and cannot be read again.
+ *
+ * The inserting calls give the new node, whose value is trimmed, or null for a null handle, a null or empty
+ * name. With a null parent the node becomes the root; null when there is one already. An index that no child
+ * has puts the node first when inserting before, and last when inserting after. */
+_XmlNode* xml_file_insert_before_node(xml_file_handle* handle, unsigned int index, _XmlNode* parent,
+                                      char const* name, char const* value, char const* filter);
+_XmlNode* xml_file_insert_after_node(xml_file_handle* handle, unsigned int index, _XmlNode* parent,
+                                     char const* name, char const* value, char const* filter);
+/* Behind the last child, whatever the filter. */
+_XmlNode* xml_file_append_node(xml_file_handle* handle, _XmlNode* parent, char const* name, char const* value,
+                               char const* filter);
+
+/* Frees the child with all below it, or the whole tree for a null parent. False when there is none. */
+bool xml_file_remove_node(xml_file_handle* handle, unsigned int index, _XmlNode* parent, char const* filter);
+void xml_file_remove_all_child(xml_file_handle* handle, _XmlNode* parent, char const* filter);
+
+/* These give false for a null node and for a null or empty name or value. The inserting ones also refuse a
+ * name that is there, and put the attribute last for an index past the end; appending replaces the value. */
+bool xml_file_insert_before_attribute(unsigned int index, _XmlNode* node, char const* name,
+                                      char const* value);
+bool xml_file_insert_after_attribute(unsigned int index, _XmlNode* node, char const* name, char const* value);
+bool xml_file_append_attribute(_XmlNode* node, char const* name, char const* value);
+bool xml_file_remove_attribute(char const* name, _XmlNode* node);
+/* The first attribute only: any other index than 0 is refused. */
+bool xml_file_remove_attribute_by_index(unsigned int index, _XmlNode* node);
 
 /* The size protocol itself, for any text. */
 bool xml_copy_string(std::string const& text, char* buffer, unsigned long& size);

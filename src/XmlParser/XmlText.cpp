@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
-#include <string_view>
 
 namespace {
 
@@ -51,6 +50,10 @@ std::size_t addSaturating(std::size_t left, std::size_t right) {
 
 } // namespace
 
+std::string_view xml_trim(char const* text) {
+  return trimEnd(skipBlanks(text));
+}
+
 XmlText::XmlText(xmlDoc* textDocument, std::size_t fileLength)
     : document(textDocument),
       budget(std::max(expansionFactor * std::min(fileLength, maximumFileLength), minimumExpansion)) {}
@@ -66,7 +69,7 @@ void XmlText::read(xmlNode const* list, std::string& text) {
 
 void XmlText::readTrimmed(xmlNode const* list, std::string& text) {
   if (list != nullptr && list->next == nullptr && isText(list)) {
-    text = trimEnd(skipBlanks(characters(list->content)));
+    text = xml_trim(characters(list->content));
     return;
   }
   collect(list, true);

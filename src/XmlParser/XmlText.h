@@ -6,12 +6,16 @@
 #include <cstddef>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 
 /* The tree would be far larger than the document. */
 struct XmlExpansionRefused : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
+
+/* Without leading and trailing blanks, tabs and line breaks. */
+std::string_view xml_trim(char const* text);
 
 /* Reads element and attribute text out of one libxml2 document: the text that xmlNodeListGetString gives, but
  * in linear time (that call measures all text before it for every further piece) and with a limit on what

@@ -1,0 +1,186 @@
+#include "File/File.h"
+#include "XmlParser/XmlFileHandle.h"
+#include "XmlParser/XmlParser.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstddef>
+#include <exception>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace {
+
+/* Byte-order mark of UTF-8 and header. */
+constexpr std::string_view documentStart = "\xef\xbb\xbf<?xml version = \"1.0\" encoding = \"utf-8\" ?>\r\n";
+
+/* The ampersand first, so that those of the replacements stay. Blanks too: no reader takes a reference for
+ * white space that it may drop or turn into something else. */
+constexpr std::pair<char const*, char const*> escapes[] = {
+    {"&", "&amp;"},    {"<", "&lt;"},      {">", "&gt;"},      {"'", "&apos;"},   {"\"", "&quot;"},
+    {" ", "&#x0020;"}, {"\t", "&#x0009;"}, {"\r", "&#x000D;"}, {"\n", "&#x000A;"}};
+
+/* Counts what a document takes without writing it anywhere. */
+class LengthCounter final : public CFile {
+public:
+  int write(void const* /*buffer*/, unsigned int count) override {
+    length += count;
+    return static_cast<int>(count);
+  }
+
+  unsigned long length = 0;
+};
+
+struct DestroyFile {
+  void operator()(file_object_handle* file) const { file_object_destroy(file); }
+};
+
+/* An element whose children are being written. */
+struct OpenElement {
+  _XmlNode const* element;
+  _XmlNode const* nextChild;
+};
+
+/* A write may take a part only, and reports no more than an int holds. What cannot be written is left out. */
+void writeText(CFile& file, std::string_view text) {
+  constexpr std::size_t maximumCount = std::size_t{1} << 30;
+  while (!text.empty()) {
+    int const written =
+        file.write(text.data(), static_cast<unsigned int>(std::min(text.size(), maximumCount)));
+    if (written <= 0) {
+      return;
+    }
+    text.remove_prefix(static_cast<std::size_t>(written));
+  }
+}
+
+void writeDocument(xml_file_handle const& handle, CFile& file) {
+  writeText(file, documentStart);
+  handle.xml_store_private(&file, handle.root, 0);
+}
+
+/* Storing truncates the file, so whether the new text fits is to be known before. Reserves the room on disk;
+ * truncating gives it back. A file system that cannot reserve is trusted. */
+bool reserveRoom(int fd, unsigned long oldLength, unsigned long newLength) {
+  if (fallocate(fd, FALLOC_FL_KEEP_SIZE, 0, static_cast<off_t>(newLength)) == 0) {
+    return true;
+  }
+  if (errno != ENOSPC && errno != EDQUOT && errno != EFBIG) {
+    return true;
+  }
+  /* What was reserved before the disk was full is beyond the end. */
+  [[maybe_unused]] int const result = ftruncate(fd, static_cast<off_t>(oldLength));
+  return false;
+}
+
+/* True also when there is nothing to lose. */
+bool fitsInPlaceOfOldText(xml_file_handle const& handle) {
+  std::unique_ptr<file_object_handle, DestroyFile> const file(file_object_create());
+  if (!file_object_open(file.get(), handle.fileName.c_str(), FILE_MODE_READ_WRITE | FILE_MODE_KEEP)) {
+    return true;
+  }
+  unsigned long const oldLength = file_object_get_length(file.get());
+  if (oldLength == 0) {
+    return true;
+  }
+  LengthCounter counter;
+  writeDocument(handle, counter);
+  return reserveRoom(file->fd, oldLength, counter.length);
+}
+
+std::string escaped(std::string const& text) {
+  std::string copy = text;
+  xml_file_handle::xml_translate_value_to_xml_format_private(copy);
+  return copy;
+}
+
+std::string attributeText(_XmlNode const& node) {
+  std::string text;
+  for (NodeAttribute const& attribute : node.attributes) {
+    text += " " + attribute.name + "=\"" + escaped(attribute.value) + "\"";
+  }
+  return text;
+}
+
+std::string indentation(int depth) {
+  return std::string(static_cast<std::size_t>(std::max(depth, 0)), '\t');
+}
+
+/* The whole element, or its opening tag with its value when it has children. */
+std::string elementLine(_XmlNode const& node, int depth) {
+  std::string line = indentation(depth) + "<" + node.name + attributeText(node);
+  if (node.firstChild != nullptr) {
+    line += ">" + escaped(node.value);
+  } else if (!node.value.empty()) {
+    line += ">" + escaped(node.value) + "</" + node.name + ">";
+  } else {
+    line += " />";
+  }
+  return line + "\n";
+}
+
+} // namespace
+
+void xml_file_handle::xml_store_document_private() {
+  try {
+    CFile file;
+    if (fitsInPlaceOfOldText(*this) && file.open(fileName.c_str(), FILE_MODE_READ_WRITE | FILE_MODE_CREATE)) {
+      writeDocument(*this, file);
+    }
+  } catch (std::exception const&) {
+    /* Out of memory: like a file that cannot be written. */
+  }
+}
+
+/* Not recursive: a deep tree must not exhaust the stack. */
+void xml_file_handle::xml_store_private(CFile* file, _XmlNode const* node, int depth) const {
+  if (file == nullptr || node == nullptr) {
+    return;
+  }
+  std::vector<OpenElement> open;
+  auto const store = [&](_XmlNode const* element) {
+    writeText(*file, elementLine(*element, depth + static_cast<int>(open.size())));
+    if (element->firstChild != nullptr) {
+      open.push_back({element, element->firstChild});
+    }
+  };
+
+  store(node);
+  while (!open.empty()) {
+    OpenElement& parent = open.back();
+    if (parent.nextChild != nullptr) {
+      _XmlNode const* const child = parent.nextChild;
+      parent.nextChild = child->nextSibling;
+      store(child);
+      continue;
+    }
+    int const level = depth + static_cast<int>(open.size()) - 1;
+    writeText(*file, indentation(level) + "</" + parent.element->name + ">\n");
+    open.pop_back();
+  }
+}
+
+void xml_file_handle::xml_translate_value_to_xml_format_private(std::string& value) {
+  for (auto const& [character, reference] : escapes) {
+    value = replaceSTLString(value, character, reference);
+  }
+}
+
+std::string xml_file_handle::replaceSTLString(std::string const& text, std::string const& pattern,
+                                              std::string const& replacement) {
+  std::string result;
+  std::size_t start = 0;
+  std::size_t found = pattern.empty() ? std::string::npos : text.find(pattern);
+  while (found != std::string::npos) {
+    result.append(text, start, found - start).append(replacement);
+    start = found + pattern.size();
+    found = text.find(pattern, start);
+  }
+  return result.append(text, start);
+}
