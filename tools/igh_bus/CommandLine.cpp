@@ -19,7 +19,9 @@ CLI::App* addCommand(CLI::App& app, const char* name, const char* description) {
 }
 
 void addBusOptions(CLI::App& command, ScanOptions& options, bool needsDescriptions) {
-  command.add_option("--eni", options.descriptions, "Description files (XML) of the slaves")
+  command
+      .add_option("--eni", options.descriptions,
+                  "Description files (XML) of the slaves; takes all words up to the next option")
       ->required(needsDescriptions)
       ->type_name("FILE");
   command

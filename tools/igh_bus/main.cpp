@@ -1,54 +1,7 @@
 // igh_bus: looks into device descriptions, lists the slaves on a bus, runs a bus, reads and writes objects
 // and registers of slaves.
-#include "CommandLine.h"
-
-#include <algorithm>
-#include <cstdio>
-#include <exception>
-
-namespace {
-
-using namespace igh_bus;
-
-Status execute(int argc, char** argv) {
-  CLI::App app("Device descriptions and buses of the IgH EtherCAT Master.", "igh_bus");
-  app.require_subcommand(0, 1);
-  app.footer(exitStatuses);
-  Action action;
-  addDescribeCommand(app, action);
-  addScanCommand(app, action);
-  addRunCommand(app, action);
-  addDiagCommand(app, action);
-  addSdoCommand(app, action);
-  addRegCommand(app, action);
-  addErrorsCommand(app, action);
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::Success& help) {
-    app.exit(help);
-    return success;
-  } catch (const CLI::ParseError& error) {
-    std::string reason = error.what();
-    std::replace(reason.begin(), reason.end(), '\n', ' ');
-    throw Failure(usageError, reason + " (try igh_bus --help)");
-  }
-  if (!action)
-    throw Failure(usageError, "give a command, such as describe, scan or run (try igh_bus --help)");
-  return action();
-}
-
-} // namespace
+#include "Application.h"
 
 int main(int argc, char** argv) {
-  try {
-    return execute(argc, argv);
-  } catch (const Failure& failure) {
-    std::fflush(stdout);
-    if (*failure.what() != '\0')
-      std::fprintf(stderr, "igh_bus: %s\n", failure.what());
-    return failure.status();
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "igh_bus: %s\n", error.what());
-    return notLoaded;
-  }
+  return igh_bus::program(argc, argv);
 }
