@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <cstdio>
 #include <cstring>
 #include <ecrt.h>
 
@@ -179,6 +180,11 @@ void runTransfer(const ScanOptions& options, double timeoutSeconds, SdoTransfer&
   if (done && (!transfer.read || transfer.complete))
     return;
   const auto answer = ask(options, transfer);
+  if (done && answer.result < 0) { // a platform without these calls, for instance
+    std::fprintf(stderr, "igh_bus: the length of the answer could not be checked: %s\n",
+                 std::strerror(-answer.result));
+    return;
+  }
   throwRefusal(transfer, answer, secondsSince(start));
   if (!transfer.read)
     return; // written by now
