@@ -49,6 +49,7 @@ struct RunOptions : ScanOptions {
   bool timingOnly = false; // neither the plan nor the results, but the timing of single cycles
   std::vector<Setting> settings;
   std::vector<EntryAddress> watches;
+  std::string reportFolder; // empty: no report
   std::optional<int> priority;
   std::optional<int> cpu;
 };

@@ -72,6 +72,7 @@ bool Pacemaker::wait() {
       break;
   }
   const std::int64_t late = nowNs() - m_nextNs;
+  m_latencyNs = late;
   if (late > m_latestNs)
     m_latestNs = late;
   if (late >= m_periodNs) {

@@ -36,12 +36,14 @@ public:
   bool wait();
   void shift(std::int64_t ns) { m_nextNs += ns; } // all times to come
   std::uint64_t missed() const { return m_missed; }
-  std::int64_t latestNs() const { return m_latestNs; } // the worst wake-up, behind its time
+  std::int64_t latencyNs() const { return m_latencyNs; } // of the last wake-up
+  std::int64_t latestNs() const { return m_latestNs; }   // the worst wake-up, behind its time
 
 private:
   std::int64_t m_periodNs;
   std::int64_t m_nextNs;
   std::uint64_t m_missed = 0;
+  std::int64_t m_latencyNs = 0;
   std::int64_t m_latestNs = 0;
 };
 

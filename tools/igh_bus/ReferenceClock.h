@@ -4,23 +4,52 @@
 
 #include "RealTime.h"
 #include "Session.h"
+#include "report/Recording.h"
+
+#include <array>
+#include <cstdio>
 
 namespace igh_bus {
 
-class ReferenceFollower {
+// Takes the lines of the library's clock controller out of standard output while an object of this class
+// lives: nothing else tells the difference. All other lines pass.
+class DifferenceLines {
 public:
-  explicit ReferenceFollower(std::uint32_t periodNs);
-  // After each exchange. Prints a line about once per second, between those that the library prints of the
-  // difference.
-  void step(const Session& session, std::uint32_t state, Pacemaker& pacemaker);
+  DifferenceLines();
+  ~DifferenceLines();
+  DifferenceLines(const DifferenceLines&) = delete;
+  DifferenceLines& operator=(const DifferenceLines&) = delete;
+
+  // True once for each interval of the controller, with the numbers of its line.
+  bool take(ClockPoint& point);
 
 private:
-  void print(const Session& session, std::uint32_t state);
+  static ssize_t receive(void* self, const char* text, size_t size);
+  void receive(char letter);
+  void endLine();
 
+  std::FILE* m_kept;
+  std::FILE* m_stream;
+  std::array<char, 1024> m_buffer{};
+  std::array<char, 256> m_line{};
+  std::size_t m_length = 0;
+  ClockPoint m_point{};
+  bool m_fresh = false;
+};
+
+class ReferenceFollower {
+public:
+  explicit ReferenceFollower(std::uint32_t periodNs) : m_periodNs(periodNs) {}
+  // After each exchange. Prints a line whenever the library's controller has ended an interval.
+  void step(const Session& session, std::uint32_t state, Pacemaker& pacemaker, Recording& recording);
+
+private:
+  void print(const ClockPoint& point, std::uint32_t state);
+
+  DifferenceLines m_lines;
   std::uint32_t m_periodNs;
-  std::uint64_t m_cyclesPerLine;
   std::int64_t m_offsetNs = 0;
-  std::int64_t m_printedOffsetNs = 0;
+  ClockPoint m_printed{};
 };
 
 } // namespace igh_bus

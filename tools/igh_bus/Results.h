@@ -4,6 +4,7 @@
 
 #include "RealTime.h"
 #include "Session.h"
+#include "report/Report.h"
 
 namespace igh_bus {
 
@@ -14,6 +15,7 @@ public:
   std::uint32_t state() const { return m_state; }
   bool seen(std::uint32_t state) const { return (m_seen >> state & 1U) != 0; }
   void print() const;
+  std::vector<StateChange> changes() const; // those that were remembered
 
 private:
   struct Change {

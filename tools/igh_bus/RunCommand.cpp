@@ -53,6 +53,10 @@ void addRunOptions(CLI::App& command, RunOptions& options, RunTexts& texts) {
                 "Follow the reference clock instead of leading it, and show how the difference shrinks")
       ->excludes(noClocks);
   command
+      .add_option("--report", options.reportFolder,
+                  "Write report.html (pictures of the timing, the clock and the errors) and report.json")
+      ->type_name("DIR");
+  command
       .add_option("--set", texts.settings,
                   "Write VALUE to an output entry; SLAVE counts from 0 in scan order")
       ->allow_extra_args(false)

@@ -6,8 +6,10 @@
 #include "Results.h"
 #include "Session.h"
 #include "Text.h"
+#include "report/Report.h"
 
 #include <cstdio>
+#include <memory>
 #include <unistd.h>
 
 namespace igh_bus {
@@ -38,6 +40,22 @@ void checkEntries(const RunOptions& options, const std::vector<FoundSlave>& slav
     checkedEntry(setting.address, true, slaves);
 }
 
+const char* modeText(const RunOptions& options) {
+  return options.exchangeMode ? "exchange mode (send, then wait for the frame)"
+                              : "normal mode (receive, then send)";
+}
+
+const char* clocksText(const RunOptions& options) {
+  if (options.withoutClocks)
+    return "off";
+  return options.followReference ? "where described, following the reference clock" : "where described";
+}
+
+std::string busText(const RunOptions& options, std::size_t slaves) {
+  return format("Master %u: %zu slaves%s", unsigned{options.master}, slaves,
+                IGH_BUS_SIMULATED ? " (simulated bus)" : "");
+}
+
 void printPlan(const RunOptions& options, const std::vector<FoundSlave>& slaves) {
   std::size_t matched = 0;
   for (const auto& slave : slaves)
@@ -45,25 +63,25 @@ void printPlan(const RunOptions& options, const std::vector<FoundSlave>& slaves)
   std::printf("Master %u: %zu slaves, %zu with a description%s\n", unsigned{options.master}, slaves.size(),
               matched, IGH_BUS_SIMULATED ? " (simulated bus)" : "");
   printSlaves(slaves);
-  const char* clocks = options.withoutClocks     ? "off"
-                       : options.followReference ? "where described, following the reference clock"
-                                                 : "where described";
-  std::printf("\nPeriod %.10g us, %s, distributed clocks %s\n", options.periodNs / 1e3,
-              options.exchangeMode ? "exchange mode (send, then wait for the frame)"
-                                   : "normal mode (receive, then send)",
-              clocks);
+  std::printf("\nPeriod %.10g us, %s, distributed clocks %s\n", options.periodNs / 1e3, modeText(options),
+              clocksText(options));
   std::fflush(stdout);
 }
 
-void loop(const RunOptions& options, Session& session, Pacemaker& pacemaker, Climb& climb) {
+void loop(const RunOptions& options, Session& session, Pacemaker& pacemaker, Climb& climb,
+          Recording& recording) {
   const bool terminal = isatty(STDOUT_FILENO) != 0 && !options.followReference;
-  ReferenceFollower follower(options.periodNs);
+  std::optional<ReferenceFollower> follower;
+  if (options.followReference)
+    follower.emplace(options.periodNs);
   const std::uint64_t cyclesPerSecond = (1000000000 + options.periodNs - 1) / options.periodNs;
   while (session.cycles() < options.cycles && pacemaker.wait()) {
     const auto cycle = session.cycles();
     climb.note(cycle, session.exchange());
-    if (options.followReference)
-      follower.step(session, climb.state(), pacemaker);
+    recording.note(pacemaker.latencyNs(), session.record(COMM_DIAG_LAST));
+    recording.noteErrors(cycle, session.errors().total);
+    if (follower)
+      follower->step(session, climb.state(), pacemaker, recording);
     if (terminal && session.cycles() % cyclesPerSecond == 0)
       printProgress(options, session, climb.state());
   }
@@ -107,26 +125,41 @@ Status run(const RunOptions& options) {
   checkEntries(options, slaves);
   if (!options.timingOnly)
     printPlan(options, slaves);
+  if (!options.reportFolder.empty())
+    prepareReportFolder(options.reportFolder);
 
   Session session(options);
   Climb climb;
   becomeRealTime(options.priority, options.cpu);
+  const auto recording = std::make_unique<Recording>(options.periodNs);
   Pacemaker pacemaker(options.periodNs);
-  loop(options, session, pacemaker, climb);
+  loop(options, session, pacemaker, climb, *recording);
 
   const bool processData = hasProcessData(slaves);
-  if (options.timingOnly)
+  if (options.timingOnly) {
     printTiming(session);
-  else
+  } else {
     printResults(options, session, pacemaker, climb);
+    printShortReport(*recording);
+  }
   if (!processData && !options.timingOnly)
     std::printf(
         "\nNo slave has process data: the working counter counts as incomplete in every cycle in OP.\n");
-  if (StopSignals::requested()) {
-    std::printf("\nEnded by a signal.\n");
-    return success;
+  const auto reason = StopSignals::requested() ? "" : judge(session, climb, processData);
+  if (!options.reportFolder.empty()) {
+    const ReportFacts facts{busText(options, slaves.size()),
+                            modeText(options),
+                            clocksText(options),
+                            reason.empty() ? "success" : reason,
+                            options.periodNs / 1e3,
+                            session.cycles(),
+                            pacemaker.missed(),
+                            climb.changes(),
+                            inspectHost()};
+    writeReport(options.reportFolder, reportData(facts, *recording));
   }
-  const auto reason = judge(session, climb, processData);
+  if (StopSignals::requested())
+    std::printf("\nEnded by a signal.\n");
   if (!reason.empty())
     throw Failure(busError, reason);
   return success;

@@ -1,0 +1,144 @@
+#include "Chart.h"
+
+#include "../Text.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace igh_bus {
+namespace {
+
+constexpr double left = 110;
+constexpr double right = 30;
+constexpr double top = 34;
+constexpr double bottom = 44;
+
+} // namespace
+
+std::string escaped(const std::string& text) {
+  std::string safe;
+  for (const char letter : text) {
+    switch (letter) {
+    case '&':
+      safe += "&amp;";
+      break;
+    case '<':
+      safe += "&lt;";
+      break;
+    case '>':
+      safe += "&gt;";
+      break;
+    case '"':
+      safe += "&quot;";
+      break;
+    default:
+      safe += letter;
+    }
+  }
+  return safe;
+}
+
+double Axis::place(double value) const {
+  const double share = logarithmic ? std::log(std::max(value, from) / from) / std::log(to / from)
+                                   : (value - from) / (to - from);
+  return std::clamp(share, 0.0, 1.0);
+}
+
+std::vector<double> Axis::ticks() const {
+  std::vector<double> places;
+  if (logarithmic) {
+    for (double decade = std::pow(10, std::ceil(std::log10(from))); decade <= to; decade *= 10)
+      places.push_back(decade);
+    return places;
+  }
+  constexpr double wanted = 8;
+  const double rough = (to - from) / wanted;
+  const double decade = std::pow(10, std::floor(std::log10(rough)));
+  const double step = decade * (rough > 5 * decade ? 10 : rough > 2 * decade ? 5 : rough > decade ? 2 : 1);
+  for (double value = std::ceil(from / step) * step; value <= to; value += step)
+    places.push_back(std::abs(value) < step / 2 ? 0 : value);
+  return places;
+}
+
+Chart::Chart(const std::string& title, double height, const Axis& x, const Axis& y)
+    : m_title(title), m_height(height), m_x(x), m_y(y) {
+  m_body = format("<rect class=\"frame\" x=\"%g\" y=\"%g\" width=\"%g\" height=\"%g\"/>\n", left, top,
+                  width - left - right, m_height - top - bottom);
+}
+
+double Chart::px(double x) const {
+  return left + m_x.place(x) * (width - left - right);
+}
+
+double Chart::py(double y) const {
+  return m_height - bottom - m_y.place(y) * (m_height - top - bottom);
+}
+
+void Chart::axisX(const std::string& label) {
+  for (const double tick : m_x.ticks())
+    m_body += format("<path class=\"grid\" d=\"M%.1f %gV%g\"/><text x=\"%.1f\" y=\"%g\" "
+                     "text-anchor=\"middle\">%.10g</text>\n",
+                     px(tick), top, m_height - bottom, px(tick), m_height - bottom + 16, tick);
+  m_body += format("<text x=\"%g\" y=\"%g\" text-anchor=\"middle\">%s</text>\n", (left + width - right) / 2,
+                   m_height - 8, escaped(label).c_str());
+}
+
+void Chart::axisY(const std::string& label) {
+  for (const double tick : m_y.ticks())
+    m_body += format("<path class=\"grid\" d=\"M%g %.1fH%g\"/><text x=\"%g\" y=\"%.1f\" "
+                     "text-anchor=\"end\">%.10g</text>\n",
+                     left, py(tick), width - right, left - 6, py(tick) + 4, tick);
+  m_body += format("<text transform=\"translate(18 %g) rotate(-90)\" text-anchor=\"middle\">%s</text>\n",
+                   (top + m_height - bottom) / 2, escaped(label).c_str());
+}
+
+void Chart::bars(const std::vector<std::pair<double, double>>& heights, double barWidth) {
+  const double base = m_height - bottom;
+  std::string path;
+  for (const auto& [x, y] : heights) {
+    const double from = px(x);
+    const double wide = std::max(px(x + barWidth) - from, 1.0); // a single sample must be seen
+    path += format("M%.1f %.1fV%.1fh%.1fV%.1fz", from, base, py(y), wide, base);
+  }
+  m_body += "<path class=\"bars\" d=\"" + path + "\"/>\n";
+}
+
+void Chart::line(const std::vector<std::pair<double, double>>& points, const char* style) {
+  std::string path;
+  for (const auto& [x, y] : points)
+    path += format("%c%.1f %.1f", path.empty() ? 'M' : 'L', px(x), py(y));
+  m_body += format("<path class=\"%s\" d=\"", style) + path + "\"/>\n";
+}
+
+void Chart::band(const std::vector<std::pair<double, double>>& lower,
+                 const std::vector<std::pair<double, double>>& upper, const char* style) {
+  auto outline = lower;
+  outline.insert(outline.end(), upper.rbegin(), upper.rend());
+  line(outline, style);
+}
+
+void Chart::box(double x0, double x1, double y0, double y1, const char* style, const std::string& hint) {
+  m_body += format("<rect class=\"%s\" x=\"%.1f\" y=\"%.1f\" width=\"%.1f\" height=\"%.1f\"><title>", style,
+                   px(x0), py(y1), std::max(px(x1) - px(x0), 2.0), py(y0) - py(y1)) +
+            escaped(hint) + "</title></rect>\n";
+}
+
+void Chart::rowLabel(double y, const std::string& text) {
+  m_body += format("<text x=\"%g\" y=\"%.1f\" text-anchor=\"end\">", left - 6, py(y) + 4) + escaped(text) +
+            "</text>\n";
+}
+
+void Chart::note(const std::string& text) {
+  constexpr double lineHeight = 16;
+  m_body += format("<text class=\"note\" x=\"%g\" y=\"%g\" text-anchor=\"end\">", width - right - 8,
+                   top + lineHeight * ++m_notes) +
+            escaped(text) + "</text>\n";
+}
+
+std::string Chart::svg() const {
+  return format("<svg viewBox=\"0 0 %g %g\" role=\"img\" aria-label=\"", width, m_height) + escaped(m_title) +
+         format("\">\n<text class=\"title\" x=\"%g\" y=\"20\">", left) + escaped(m_title) + "</text>\n" +
+         m_body + "</svg>\n";
+}
+
+} // namespace igh_bus

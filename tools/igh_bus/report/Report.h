@@ -1,0 +1,45 @@
+// The report of a run: report.json with all numbers, report.html with the same numbers as pictures.
+#ifndef IGH_BUS_REPORT_REPORT_H
+#define IGH_BUS_REPORT_REPORT_H
+
+#include "../Host.h"
+#include "Recording.h"
+
+#include <nlohmann/json.hpp>
+
+#include <string>
+#include <vector>
+
+namespace igh_bus {
+
+struct StateChange {
+  std::uint64_t cycle;
+  std::string states;
+};
+
+struct ReportFacts {
+  std::string title; // "master 0, 8 slaves, simulated"
+  std::string mode;
+  std::string clocks;
+  std::string verdict; // "success", or why the run was none
+  double periodUs;
+  std::uint64_t cycles;
+  std::uint64_t missedWakeUps;
+  std::vector<StateChange> states;
+  Host host;
+};
+
+// All numbers of the report; the page draws from nothing else.
+nlohmann::ordered_json reportData(const ReportFacts& facts, const Recording& recording);
+std::string reportPage(const nlohmann::ordered_json& data);
+
+// Makes the folder if need be. Throws Failure(usageError) when it cannot be written to.
+void prepareReportFolder(const std::string& folder);
+void writeReport(const std::string& folder, const nlohmann::ordered_json& data);
+
+// A line for each phase.
+void printShortReport(const Recording& recording);
+
+} // namespace igh_bus
+
+#endif
