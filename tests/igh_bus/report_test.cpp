@@ -13,10 +13,9 @@ using igh_bus::Recording;
 using nlohmann::json;
 
 std::string between(const std::string& text, const std::string& from, const std::string& to) {
-  const auto start = text.find(from);
-  return start == std::string::npos
-             ? ""
-             : text.substr(start + from.size(), text.find(to, start) - start - from.size());
+  const auto found = text.find(from);
+  const auto start = found + from.size();
+  return found == std::string::npos ? "" : text.substr(start, text.find(to, start) - start);
 }
 
 TEST(Report, CountsInClassesAndSpansOfFixedNumber) {

@@ -107,7 +107,8 @@ void Chart::line(const std::vector<std::pair<double, double>>& points, const cha
   std::string path;
   for (const auto& [x, y] : points)
     path += format("%c%.1f %.1f", path.empty() ? 'M' : 'L', px(x), py(y));
-  m_body += format("<path class=\"%s\" d=\"", style) + path + "\"/>\n";
+  // The short end makes a dot of a single point.
+  m_body += format("<path class=\"%s\" d=\"", style) + path + "h.1\"/>\n";
 }
 
 void Chart::band(const std::vector<std::pair<double, double>>& lower,

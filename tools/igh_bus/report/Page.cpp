@@ -24,8 +24,9 @@ constexpr const char* head =
     "svg{display:block;width:100%;margin:1em 0;font:12px system-ui,sans-serif;fill:#1d2733}\n"
     ".title{font-size:14px;font-weight:600}.frame{fill:#f7f9fb;stroke:#c8d1db}\n"
     ".grid{stroke:#dfe5ec;fill:none}.bars{fill:#2f6db5}.note{fill:#44505e}\n"
-    ".course{stroke:#2f6db5;stroke-width:1.6;fill:none}.spread{fill:#2f6db5;fill-opacity:.18}\n"
-    ".offset{stroke:#b5562f;stroke-width:1.6;fill:none}\n"
+    ".course{stroke:#2f6db5;stroke-width:1.6;stroke-linecap:round;fill:none}.spread{fill:#2f6db5;fill-"
+    "opacity:.18}\n"
+    ".offset{stroke:#b5562f;stroke-width:1.6;stroke-linecap:round;fill:none}\n"
     ".error{fill:#c0392b}.state{fill:#6b8fb8;stroke:#f7f9fb}\n"
     "</style>\n</head>\n<body>\n";
 
