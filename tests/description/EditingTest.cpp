@@ -2,7 +2,6 @@
 #include "XmlParser/XmlFileHandle.h"
 
 #include <gtest/gtest.h>
-
 #include <random>
 
 /* A new document of one element, in place of an older and longer text. */
@@ -81,11 +80,11 @@ TEST_F(Editing, NodesGoInAndOutByFilteredIndex) {
   EXPECT_TRUE(xml_file_remove_node(handle, 6, root, nullptr) && xml_file_remove_node(handle, 0, root, "X"));
   append(root, "m");
   EXPECT_FALSE(xml_file_remove_node(handle, 1, root, "X") || xml_file_remove_node(nullptr, 0, root, "X"));
-  xml_file_remove_all_child(handle, root, "Y");
-  EXPECT_EQ(everything(root), "a|x y|(k)(j)(i)(X)(m)");
+  xml_file_remove_all_child(handle, root, "X");
+  append(root, "n");
+  EXPECT_EQ(everything(root), "a|x y|(k)(Y(X))(j)(i)(m)(n)");
   xml_file_remove_all_child(handle, root, nullptr);
-  EXPECT_TRUE(append(nullptr, "b") == nullptr && append(root, "") == nullptr);
-  EXPECT_EQ(everything(root), "a|x y|");
+  EXPECT_TRUE(!append(nullptr, "b") && !append(root, "") && everything(root) == "a|x y|");
   EXPECT_TRUE(xml_file_remove_node(handle, 0, nullptr, "X") && xml_file_get_root(handle) == nullptr);
 }
 
