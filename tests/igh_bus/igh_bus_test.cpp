@@ -151,15 +151,4 @@ TEST(Run, EndsInOrderOnASignal) {
   }
 }
 
-TEST(ExampleInC, MovesAPositionToTheDriveAndBack) {
-  const auto outcome = runProgram({EXAMPLE_MINIMAL, machine("servo_drive.xml")}, 0, machine("machine.json"));
-  EXPECT_EQ(outcome.status, 0) << outcome.err;
-  // Sent in cycle 1997, mirrored by the drive into the next frame, received in cycle 1999.
-  EXPECT_THAT(outcome.out, HasSubstr("Position actual value: 1997\nAL state: 8\n"));
-  EXPECT_EQ(runProgram(std::vector<std::string>{EXAMPLE_MINIMAL}).status, 2);
-  const auto wrong = runProgram({EXAMPLE_MINIMAL, "/nowhere.xml"}, 0, machine("machine.json"));
-  EXPECT_EQ(wrong.status, 1);
-  EXPECT_EQ(wrong.err, "minimal: the description file was not loaded\n");
-}
-
 } // namespace
