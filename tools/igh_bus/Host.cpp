@@ -9,7 +9,7 @@
 namespace igh_bus {
 namespace {
 
-std::string orUnknown(std::string text) {
+std::string orUnknown(const std::string& text) {
   return text.empty() ? "unknown" : text;
 }
 

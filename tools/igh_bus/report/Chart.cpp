@@ -47,16 +47,18 @@ double Axis::place(double value) const {
 std::vector<double> Axis::ticks() const {
   std::vector<double> places;
   if (logarithmic) {
-    for (double decade = std::pow(10, std::ceil(std::log10(from))); decade <= to; decade *= 10)
-      places.push_back(decade);
+    const int last = static_cast<int>(std::floor(std::log10(to)));
+    for (int exponent = static_cast<int>(std::ceil(std::log10(from))); exponent <= last; ++exponent)
+      places.push_back(std::pow(10, exponent));
     return places;
   }
   constexpr double wanted = 8;
   const double rough = (to - from) / wanted;
   const double decade = std::pow(10, std::floor(std::log10(rough)));
   const double step = decade * (rough > 5 * decade ? 10 : rough > 2 * decade ? 5 : rough > decade ? 2 : 1);
-  for (double value = std::ceil(from / step) * step; value <= to; value += step)
-    places.push_back(std::abs(value) < step / 2 ? 0 : value);
+  const auto last = static_cast<long long>(std::floor(to / step));
+  for (auto count = static_cast<long long>(std::ceil(from / step)); count <= last; ++count)
+    places.push_back(static_cast<double>(count) * step);
   return places;
 }
 
