@@ -3,7 +3,7 @@
 
 #include "igh_bus/report/Recording.h"
 
-#include <cstdlib>
+#include <filesystem>
 #include <memory>
 #include <nlohmann/json.hpp>
 
@@ -67,8 +67,10 @@ TEST(Report, PageShowsTheNumbersOfTheJsonInPictures) {
   EXPECT_EQ(data.at("clock").size(), 1U);
   EXPECT_EQ(data.at("states").back().at("states"), "OP");
 
-  if (std::string(CHROMIUM).empty())
+  if (std::string(CHROMIUM).empty()) {
+    std::filesystem::remove_all(folder);
     GTEST_SKIP() << "no chromium";
+  }
   // The page with eyes: what went wrong in it, pictures without extent, numbers that are not those of the
   // data.
   const auto watched = folder + "/watched.html";
@@ -85,7 +87,7 @@ document.body.dataset.seen=`${charts.length} ${flat.length} ${cells.length} ${wr
       runProgram({CHROMIUM, "--headless", "--no-sandbox", "--disable-gpu",
                   "--user-data-dir=" + folder + "/profile", "--dump-dom", "file://" + watched});
   EXPECT_EQ(between(shown.out, "data-seen=\"", "\""), "9 0 48 0 0") << shown.err;
-  EXPECT_EQ(std::system(("rm -r '" + folder + "'").c_str()), 0);
+  std::filesystem::remove_all(folder);
 }
 
 TEST(Report, AFolderThatCannotBeWrittenEndsTheRunBeforeItStarts) {
