@@ -21,6 +21,7 @@ Status execute(int argc, char** argv) {
   addSdoCommand(app, action);
   addRegCommand(app, action);
   addErrorsCommand(app, action);
+  addDoctorCommand(app, action);
   try {
     app.parse(argc, argv);
   } catch (const CLI::Success& help) {

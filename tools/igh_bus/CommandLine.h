@@ -28,6 +28,7 @@ void addDiagCommand(CLI::App& app, Action& action);
 void addSdoCommand(CLI::App& app, Action& action);
 void addRegCommand(CLI::App& app, Action& action);
 void addErrorsCommand(CLI::App& app, Action& action);
+void addDoctorCommand(CLI::App& app, Action& action);
 
 } // namespace igh_bus
 
