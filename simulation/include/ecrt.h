@@ -20,6 +20,7 @@ extern "C" {
 #define ECRT_VER_MAJOR 1
 #define ECRT_VER_MINOR 5
 #define ECRT_VER_PATCH 10
+#define EC_HAVE_SYNC_TO
 #define ECRT_VERSION(a, b, c) (((a) << 16) + ((b) << 8) + (c))
 #define ECRT_VERSION_MAGIC ECRT_VERSION(ECRT_VER_MAJOR, ECRT_VER_MINOR, ECRT_VER_PATCH)
 

@@ -1,5 +1,6 @@
 // ESC registers and state requests of single slaves, through the master's device file.
 #include "EthercatObject/CEthercatMaster.h"
+#include "EthercatObject/PlatformRelease.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -12,17 +13,6 @@ constexpr unsigned short ERROR_COUNTERS = 0x0300;
 constexpr unsigned long ERROR_COUNTER_BYTES = 20;
 
 // Records and request codes of the device file, as the platform's kernel side reads them.
-struct _REGISTER_REQUEST {
-  unsigned short slavePosition;
-  unsigned char emergency; // bypasses the slave list; always 0 here
-  unsigned short address;
-  unsigned long size;
-  unsigned char* data;
-};
-static_assert(sizeof(_REGISTER_REQUEST) == 24 && offsetof(_REGISTER_REQUEST, emergency) == 2 &&
-              offsetof(_REGISTER_REQUEST, address) == 4 && offsetof(_REGISTER_REQUEST, size) == 8 &&
-              offsetof(_REGISTER_REQUEST, data) == 16);
-
 struct _STATE_REQUEST {
   unsigned short slavePosition;
   unsigned char alState;
@@ -38,7 +28,11 @@ static_assert(REGISTER_READ == 0xC018A412 && REGISTER_WRITE == 0x4018A413 && STA
 // The buffer is zeroed first, for writes too: registers only ever receive zeros.
 bool accessRegisters(int device, unsigned long code, unsigned short slave, unsigned short address,
                      unsigned char* data, unsigned long size) {
-  _REGISTER_REQUEST request{slave, 0, address, size, data};
+  _REGISTER_REQUEST request{};
+  request.slavePosition = slave;
+  request.address = address;
+  request.size = size;
+  request.data = data;
   if (size > 0) {
     std::memset(data, 0, size);
   }

@@ -1,5 +1,6 @@
 // The cycle. Nothing here allocates, locks, throws or, in the normal case, prints.
 #include "EthercatObject/CEthercatMaster.h"
+#include "EthercatObject/PlatformRelease.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -122,7 +123,7 @@ void CEthercatMaster::checkSlaves() {
     if (slave->getSlaveCore() != nullptr) {
       ec_slave_config_state_t state{};
       static_cast<void>(ecrt_slave_config_state(slave->getSlaveCore(), &state));
-      if (state.error_flag != 0) {
+      if (hasErrorFlag(state, m_pMaster, static_cast<uint16_t>(index), 0)) {
         processSlaveError(index, ETHERCAT_ERROR_SLAVE_STATE);
       }
     }
@@ -142,8 +143,9 @@ void CEthercatMaster::checkLink() {
 void CEthercatMaster::checkMaster() {
   ec_master_state_t state{};
   static_cast<void>(ecrt_master_state(m_pMaster, &state));
-  const bool scanEnded = m_bScanBusy && state.scan_busy == 0;
-  m_bScanBusy = state.scan_busy != 0;
+  const bool scanBusy = isScanBusy(state, 0);
+  const bool scanEnded = m_bScanBusy && !scanBusy;
+  m_bScanBusy = scanBusy;
   if (scanEnded && state.slaves_responding > m_uiSlaveCount) {
     processSlaveError(WHOLE_MASTER, ETHERCAT_ERROR_SLAVE_ADDED);
   } else if (scanEnded && state.slaves_responding < m_uiSlaveCount) {

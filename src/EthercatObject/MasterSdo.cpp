@@ -1,6 +1,7 @@
 // SDO requests: creation, sharing and destruction. What moves them is in MasterSdoTransfer.cpp and
 // MasterSdoService.cpp.
 #include "EthercatObject/CEthercatMaster.h"
+#include "EthercatObject/PlatformRelease.h"
 
 #include "EthercatDataHelper/EthercatDataHelper.h"
 
@@ -97,7 +98,7 @@ bool CEthercatMaster::requestSdo(const _SDO_INFO_KEY& key, _SDO_INFO_OBJECT& obj
     return false;
   }
   object.request = key.complete
-                       ? ecrt_slave_config_create_sdo_request_complete(config, key.index, object.size)
+                       ? createCompleteSdoRequest(config, key.index, object.size, 0)
                        : ecrt_slave_config_create_sdo_request(config, key.index, key.subindex, object.size);
   if (object.request == nullptr) {
     return false;
