@@ -79,7 +79,7 @@ TEST_F(BusFileTest, ABadFileGivesOneLineAndNoBus) {
       {slave(R"(,"serial":"0x1FFFFFFFFFFFFFFFF")"),
        "/slaves/0/serial: must be an integer, or a string with a decimal or 0x hexadecimal one"},
       {slave(R"(,"name":7)"), "/slaves/0/name: must be a string"},
-      {slave(R"(,"model":"drive")"), "/slaves/0/model: must be \"loopback\" or \"counter\""},
+      {slave(R"(,"model":"servo")"), "/slaves/0/model: must be \"loopback\", \"counter\" or \"drive\""},
       {slave(R"(,"sync_managers":[{"index":2,"direction":"both"}])"),
        "/slaves/0/sync_managers/0/direction: must be \"output\" or \"input\""},
       {slave(R"(,"sync_managers":[{"index":2,"direction":"input"},{"index":2,"direction":"output"}])"),
