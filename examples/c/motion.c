@@ -19,7 +19,6 @@ enum { CYCLIC_POSITION = 8, AL_OP = 8 };
 enum { SHUTDOWN = 0x06, SWITCH_ON = 0x07, ENABLE = 0x0F, QUICK_STOP = 0x02, FAULT_RESET = 0x80 };
 /* In cycles; a real bus climbs for seconds. A drive bridges a few missed frames with its last target. */
 enum { ENABLE_LIMIT = 15 * PERIODS_PER_S, STOP_LIMIT = 2 * PERIODS_PER_S, MISSED_FRAMES_LIMIT = 3 };
-
 static const double AMPLITUDE = 10000, FREQUENCY = 0.5; /* counts, Hz */
 
 typedef struct {
@@ -35,7 +34,6 @@ typedef struct {
   int code, frames_missed; /* missed in a row */
   unsigned slave;
 } Problem;
-
 typedef enum { ENABLING, MOVING, STOPPING, STOPPED } Phase;
 
 static void on_error(unsigned master, unsigned slave, int code, void* user) {
@@ -195,7 +193,6 @@ int main(int argc, char** argv) {
   char fault[96] = "";
   const struct sched_param priority = {.sched_priority = 80};
   const long cycles = argc == 3 ? strtol(argv[2], NULL, 10) : 10 * PERIODS_PER_S;
-
   if (argc < 2 || argc > 3 || cycles < 1)
     return fprintf(stderr, "usage: %s DESCRIPTION.xml [CYCLES]\n", argv[0]), 2;
   if (!igh_master_initialize(MASTER, PERIOD_NS, false) || !igh_master_append_eni(MASTER, argv[1]))
