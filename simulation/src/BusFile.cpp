@@ -1,189 +1,18 @@
 #include "BusFile.h"
 
-#include "JsonFile.h"
+#include "BusFileParts.h"
 
 #include <nlohmann/json.hpp>
 
-#include <algorithm>
-#include <cctype>
 #include <set>
 
 namespace ethercat_simulation {
 
 namespace {
 
-constexpr std::uint64_t limit8 = 0xFF;
-constexpr std::uint64_t limit16 = 0xFFFF;
-constexpr std::uint64_t limit32 = 0xFFFFFFFF;
 constexpr std::uint64_t mostCycles = 1'000'000;
 constexpr std::uint64_t longestLatency = 10'000'000; // microseconds
-constexpr std::size_t mostSlaves = 65535;
-constexpr std::uint64_t lastSyncManager = 15;
-constexpr double farthestClock = 1e12; // nanoseconds
-constexpr double fastestDrift = 1000;  // ppm
-
-Entry readEntry(const JsonNode& node) {
-  node.expectObject({"index", "subindex", "bit_length"});
-  Entry entry;
-  entry.index = node.get<std::uint16_t>("index", 0, limit16);
-  entry.subindex = node.get<std::uint8_t>("subindex", 0, limit8, 0);
-  entry.bitLength = node.get<std::uint8_t>("bit_length", 1, limit8);
-  return entry;
-}
-
-Pdo readPdo(const JsonNode& node) {
-  node.expectObject({"index", "entries"});
-  Pdo pdo;
-  pdo.index = node.get<std::uint16_t>("index", 1, limit16);
-  if (node.has("entries")) {
-    for (const JsonNode& entry : node.at("entries").elements()) {
-      pdo.entries.push_back(readEntry(entry));
-    }
-  }
-  return pdo;
-}
-
-SyncManager readSyncManager(const JsonNode& node) {
-  node.expectObject({"index", "direction", "pdos"});
-  SyncManager manager;
-  manager.index = node.get<std::uint8_t>("index", 0, lastSyncManager);
-  const JsonNode direction = node.at("direction");
-  const std::string name = direction.text();
-  if (name != "output" && name != "input") {
-    direction.fail("must be \"output\" or \"input\"");
-  }
-  manager.direction = name == "output" ? Direction::output : Direction::input;
-  if (node.has("pdos")) {
-    for (const JsonNode& pdo : node.at("pdos").elements()) {
-      manager.pdos.push_back(readPdo(pdo));
-    }
-  }
-  return manager;
-}
-
-std::vector<SyncManager> readSyncManagers(const JsonNode& node) {
-  std::vector<SyncManager> managers;
-  for (const JsonNode& element : node.elements()) {
-    managers.push_back(readSyncManager(element));
-    const auto isSame = [&](const SyncManager& other) { return other.index == managers.back().index; };
-    if (std::count_if(managers.begin(), managers.end(), isSame) > 1) {
-      element.at("index").fail("another sync manager of the slave has this index");
-    }
-  }
-  return managers;
-}
-
-// "01 02 FF": pairs of hexadecimal digits, with or without blanks between them.
-std::vector<std::uint8_t> readBytes(const JsonNode& node) {
-  std::vector<std::uint8_t> bytes;
-  const std::string text = node.text();
-  const auto isHex = [&](std::size_t place) {
-    return place < text.size() && std::isxdigit(static_cast<unsigned char>(text[place])) != 0;
-  };
-  for (std::size_t place = 0; place < text.size();) {
-    if (text[place] == ' ') {
-      ++place;
-      continue;
-    }
-    if (!isHex(place) || !isHex(place + 1)) {
-      node.fail("must be pairs of hexadecimal digits");
-    }
-    bytes.push_back(static_cast<std::uint8_t>(std::stoul(text.substr(place, 2), nullptr, 16)));
-    place += 2;
-  }
-  return bytes;
-}
-
-std::vector<std::uint8_t> readValue(const JsonNode& node) {
-  const JsonNode type = node.at("type");
-  const std::string name = type.text();
-  const std::size_t width = name == "USINT" ? 1 : name == "UINT" ? 2 : name == "UDINT" ? 4 : 0;
-  if (width == 0) {
-    type.fail("must be \"USINT\", \"UINT\" or \"UDINT\"");
-  }
-  const auto value = node.get<std::uint32_t>("value", 0, limit32 >> 8 * (4 - width));
-  std::vector<std::uint8_t> bytes;
-  for (std::size_t i = 0; i < width; ++i) {
-    bytes.push_back(static_cast<std::uint8_t>(value >> 8 * i));
-  }
-  return bytes;
-}
-
-Object readObject(const JsonNode& node) {
-  node.expectObject({"index", "subindex", "bytes", "value", "type", "read_only"});
-  Object object;
-  object.index = node.get<std::uint16_t>("index", 0, limit16);
-  object.subindex = node.get<std::uint8_t>("subindex", 0, limit8, 0);
-  if (node.has("bytes") == node.has("value")) {
-    node.fail("must have either \"bytes\", or \"value\" and \"type\"");
-  }
-  object.bytes = node.has("bytes") ? readBytes(node.at("bytes")) : readValue(node);
-  object.readOnly = node.has("read_only") && node.at("read_only").flag();
-  return object;
-}
-
-std::vector<Object> readObjects(const JsonNode& node) {
-  std::vector<Object> objects;
-  std::set<std::pair<std::uint16_t, std::uint8_t>> places;
-  for (const JsonNode& element : node.elements()) {
-    objects.push_back(readObject(element));
-    if (!places.insert({objects.back().index, objects.back().subindex}).second) {
-      element.fail("another object of the slave has this index and subindex");
-    }
-  }
-  return objects;
-}
-
-SlaveModel readModel(const JsonNode& node) {
-  const std::string name = node.text();
-  if (name != "loopback" && name != "counter") {
-    node.fail("must be \"loopback\" or \"counter\"");
-  }
-  return name == "loopback" ? SlaveModel::loopback : SlaveModel::counter;
-}
-
-Slave readSlave(const JsonNode& node) {
-  node.expectObject({"vendor_id", "product_code", "revision", "serial", "alias", "name", "model",
-                     "distributed_clocks", "sync_managers", "objects"});
-  Slave slave;
-  slave.vendorId = node.get<std::uint32_t>("vendor_id", 0, limit32);
-  slave.productCode = node.get<std::uint32_t>("product_code", 0, limit32);
-  slave.revisionNumber = node.get<std::uint32_t>("revision", 0, limit32, 0);
-  slave.serialNumber = node.get<std::uint32_t>("serial", 0, limit32, 0);
-  slave.alias = node.get<std::uint16_t>("alias", 0, limit16, 0);
-  if (node.has("name")) {
-    slave.name = node.at("name").text();
-  }
-  if (node.has("model")) {
-    slave.model = readModel(node.at("model"));
-  }
-  if (node.has("distributed_clocks")) {
-    slave.distributedClocks = node.at("distributed_clocks").flag();
-  }
-  if (node.has("sync_managers")) {
-    slave.defaultMapping = readSyncManagers(node.at("sync_managers"));
-  }
-  if (node.has("objects")) {
-    slave.objects = readObjects(node.at("objects"));
-  }
-  return slave;
-}
-
-std::vector<Slave> readSlaves(const JsonNode& node) {
-  const std::vector<JsonNode> elements = node.elements();
-  if (elements.size() > mostSlaves) {
-    node.fail("more than 65535 slaves");
-  }
-  std::vector<Slave> slaves;
-  std::set<std::uint16_t> aliases;
-  for (const JsonNode& element : elements) {
-    slaves.push_back(readSlave(element));
-    if (slaves.back().alias != 0 && !aliases.insert(slaves.back().alias).second) {
-      element.at("alias").fail("another slave has this alias");
-    }
-  }
-  return slaves;
-}
+constexpr double fastestDrift = 1000;                // ppm
 
 ReferenceClock readReferenceClock(const JsonNode& node) {
   node.expectObject({"offset_ns", "drift_ppm", "jitter_ns", "seed"});
@@ -197,6 +26,11 @@ ReferenceClock readReferenceClock(const JsonNode& node) {
   clock.jitterNs = node.get<std::uint32_t>("jitter_ns", 0, limit32 >> 1, 0);
   clock.seed = node.get<std::uint32_t>("seed", 0, limit32, clock.seed);
   return clock;
+}
+
+void expectMaster(const JsonNode& node) {
+  node.expectObject({"index", "climb_cycles", "scan_cycles", "sdo_cycles", "frame_latency_us",
+                     "reactivation_unmapped", "reference_clock", "slaves", "seed", "faults"});
 }
 
 BusPlan readMaster(const JsonNode& node) {
@@ -214,13 +48,19 @@ BusPlan readMaster(const JsonNode& node) {
     plan.referenceClock = readReferenceClock(node.at("reference_clock"));
   }
   plan.slaves = readSlaves(node.at("slaves"));
+  plan.seed = node.get<std::uint32_t>("seed", 0, limit32, plan.seed);
+  if (node.has("faults")) {
+    plan.faults = readFaults(node.at("faults"), plan.slaves);
+  }
   return plan;
 }
 
 std::vector<BusPlan> readMasters(const JsonNode& root) {
   if (!root.has("masters")) {
-    root.expectObject({"climb_cycles", "scan_cycles", "sdo_cycles", "frame_latency_us",
-                       "reactivation_unmapped", "reference_clock", "slaves"});
+    expectMaster(root);
+    if (root.has("index")) {
+      root.at("index").fail("unknown key");
+    }
     if (!root.has("slaves")) {
       root.fail("neither \"masters\" nor \"slaves\" is there");
     }
@@ -230,8 +70,7 @@ std::vector<BusPlan> readMasters(const JsonNode& root) {
   std::vector<BusPlan> plans;
   std::set<unsigned int> indexes;
   for (const JsonNode& element : root.at("masters").elements()) {
-    element.expectObject({"index", "climb_cycles", "scan_cycles", "sdo_cycles", "frame_latency_us",
-                          "reactivation_unmapped", "reference_clock", "slaves"});
+    expectMaster(element);
     const auto index = element.get<unsigned int>("index", 0, limit16);
     if (!indexes.insert(index).second) {
       element.at("index").fail("another master has this index");
@@ -268,6 +107,10 @@ void BusPlan::build(Bus& bus) const {
   }
   for (const Slave& slave : slaves) {
     bus.addSlave(slave);
+  }
+  bus.setFaultSeed(seed);
+  for (const Fault& fault : faults) {
+    bus.addFault(fault);
   }
 }
 

@@ -19,6 +19,8 @@ struct BusPlan {
   bool reactivationUnmapped = true;
   std::optional<ReferenceClock> referenceClock;
   std::vector<Slave> slaves;
+  std::uint32_t seed = 1;
+  std::vector<Fault> faults;
 
   void build(Bus& bus) const;
 };

@@ -28,7 +28,7 @@ void Clock::runFree(const ReferenceClock& plan) {
 
 std::uint64_t Clock::referenceTime() const {
   if (!m_free) {
-    return m_applicationTime;
+    return m_applicationTime + static_cast<std::uint64_t>(m_correction);
   }
   const std::int64_t real = realTime();
   const auto gained = std::llround(static_cast<double>(real - m_started) * m_plan.driftPpm * 1e-6);
@@ -64,7 +64,7 @@ void Clock::queueRead() {
 }
 
 void Clock::transmit(const Flight& flight) {
-  if (m_syncQueued && !flight.lost && m_free) {
+  if (m_syncQueued && !flight.lost) {
     m_correction += static_cast<std::int64_t>(m_applicationTime - referenceTime());
   }
   m_syncQueued = false;

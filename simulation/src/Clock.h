@@ -14,6 +14,7 @@ public:
   void runFree(const ReferenceClock& plan);
   void setOffsetCycles(unsigned int cycles) { m_offsetCycles = cycles; }
   std::uint64_t referenceTime() const; // without jitter
+  void step(std::int64_t nanoseconds) { m_correction += nanoseconds; }
 
   // Activation and deactivation.
   void start();
@@ -38,7 +39,7 @@ private:
   ReferenceClock m_plan;
   std::minstd_rand m_random;
   std::int64_t m_started = 0;    // real time
-  std::int64_t m_correction = 0; // by synchronising to the master
+  std::int64_t m_correction = 0; // by steps, and by synchronising to the master
   unsigned int m_offsetCycles = 0;
   unsigned int m_receives = 0; // since activation
   std::uint64_t m_applicationTime = 0;

@@ -38,47 +38,6 @@ void Master::setClockOffsetCycles(unsigned int cycles) {
   m_clock.setOffsetCycles(cycles);
 }
 
-void Master::dropFrames(unsigned int count) {
-  m_framesToDrop = count;
-}
-
-void Master::setLinkUp(bool up) {
-  m_topology.setLink(up);
-}
-
-void Master::setErrorFlag(unsigned int position, bool set) {
-  if (SlaveUnit* unit = m_topology.onWire(position)) {
-    unit->setFaulty(set);
-    m_topology.wake();
-  }
-}
-
-void Master::setResponding(unsigned int position, bool responding) {
-  if (SlaveUnit* unit = m_topology.onWire(position)) {
-    unit->setResponding(responding);
-  }
-}
-
-void Master::setMaximumState(unsigned int position, std::uint8_t alState) {
-  if (SlaveUnit* unit = m_topology.onWire(position)) {
-    unit->setMaximumState(alState);
-    m_topology.wake();
-  }
-}
-
-bool Master::setSdoFault(unsigned int position, std::uint16_t index, std::uint8_t subindex, SdoFault fault) {
-  SlaveUnit* unit = m_topology.onWire(position);
-  return unit != nullptr && unit->dictionary().setFault(index, subindex, fault);
-}
-
-void Master::removeSlave(unsigned int position) {
-  m_topology.remove(position);
-}
-
-void Master::insertSlave(unsigned int position, const Slave& slave) {
-  m_topology.insert(position, slave);
-}
-
 void Master::setReactivationUnmapped(bool unmapped) {
   m_reactivationUnmapped = unmapped;
 }

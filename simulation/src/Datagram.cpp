@@ -14,13 +14,14 @@ Moment now() {
 
 void Travel::depart(const Flight& flight) {
   m_state = flight.lost ? TravelState::failed : TravelState::sent;
+  m_late = flight.late;
   m_timed = flight.timed;
   m_sent = flight.sent;
   m_due = flight.due;
 }
 
 bool Travel::arrive(Moment timeout) {
-  if (m_state != TravelState::sent) {
+  if (m_state != TravelState::sent || m_late) {
     return false;
   }
   if (m_timed) {
@@ -89,6 +90,7 @@ void Datagram::pass(Participant& participant, std::uint64_t frame) {
     if (block.direction == EC_DIR_INPUT) {
       std::memcpy(m_wire.data() + block.offset, configuration.processData(block), block.size);
     } else if (unit->takesOutputs()) {
+      configuration.noteOutputs();
       std::memcpy(configuration.processData(block), m_wire.data() + block.offset, block.size);
     }
   }

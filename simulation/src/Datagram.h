@@ -15,6 +15,7 @@ Moment now();
 struct Flight {
   std::uint64_t number; // of the frame
   bool lost;
+  bool late;  // found by no receive before the next send
   bool timed; // has a latency; sent and due count
   Moment sent;
   Moment due;
@@ -31,11 +32,14 @@ public:
   void fail() { m_state = TravelState::failed; }
   void settle() { m_state = TravelState::idle; }
   void depart(const Flight& flight);
+  // The next send goes out, behind which a late frame is found.
+  void passed() { m_late = false; }
   // True at the receive that finds it back. Nothing is awaited longer than the timeout.
   bool arrive(Moment timeout);
 
 private:
   TravelState m_state = TravelState::idle;
+  bool m_late = false;
   bool m_timed = false;
   Moment m_sent = 0;
   Moment m_due = 0;

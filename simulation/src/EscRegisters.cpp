@@ -1,7 +1,5 @@
 #include "EscRegisters.h"
 
-#include <algorithm>
-
 namespace ethercat_simulation {
 
 namespace {
@@ -9,6 +7,7 @@ namespace {
 constexpr std::size_t type = 0x0000;
 constexpr std::size_t stationAddress = 0x0010;
 constexpr std::size_t alStatus = 0x0130;
+constexpr std::size_t alStatusCode = 0x0134;
 constexpr std::size_t systemTime = 0x0910;
 constexpr std::uint8_t alErrorBit = 0x10;
 
@@ -49,6 +48,7 @@ void EscRegisters::read(std::uint16_t address, std::uint8_t* data, std::size_t s
   overlay.put(type, 0x03010304, 4); // type, revision, build
   overlay.put(stationAddress, live.stationAddress, 2);
   overlay.put(alStatus, live.alState | (live.alError ? alErrorBit : 0U), 2);
+  overlay.put(alStatusCode, live.alCode, 2);
   if (live.hasClock) {
     overlay.put(systemTime, live.systemTime, 8);
   }
@@ -73,6 +73,11 @@ void EscRegisters::set(std::uint16_t address, const std::vector<std::uint8_t>& b
       store(address + i, bytes[i]);
     }
   }
+}
+
+void EscRegisters::clear() {
+  m_counters.fill(0);
+  std::fill(m_memory.begin(), m_memory.end(), std::uint8_t{0});
 }
 
 void EscRegisters::store(std::size_t address, std::uint8_t value) {

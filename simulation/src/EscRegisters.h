@@ -5,6 +5,7 @@
 
 #include "Interface.h"
 
+#include <algorithm>
 #include <array>
 
 namespace ethercat_simulation {
@@ -21,15 +22,21 @@ public:
   static bool holds(std::uint16_t address, std::size_t size) { return size <= space - address; }
 
   // Stops at the highest value. Does not allocate.
-  void count(std::uint16_t counter) {
+  void count(std::uint16_t counter, unsigned int times = 1) {
     std::uint8_t& value = m_counters[counter - firstCounter];
-    value = value == 0xFF ? value : static_cast<std::uint8_t>(value + 1);
+    value = static_cast<std::uint8_t>(std::min(value + times, 0xFFU));
   }
+  static bool isCounter(std::size_t address) {
+    return address >= firstCounter && address < firstCounter + counterCount;
+  }
+  // The slave has been switched off and on. Keeps its memory, so that nothing is allocated anew.
+  void clear();
 
   struct Live {
     std::uint16_t stationAddress;
     std::uint8_t alState;
     bool alError;
+    std::uint16_t alCode;
     bool hasClock;
     std::uint64_t systemTime; // ns
   };
@@ -44,9 +51,6 @@ private:
   static constexpr std::uint16_t firstCounter = 0x0300;
   static constexpr std::size_t counterCount = 0x14;
 
-  static bool isCounter(std::size_t address) {
-    return address >= firstCounter && address < firstCounter + counterCount;
-  }
   void store(std::size_t address, std::uint8_t value);
 
   std::array<std::uint8_t, counterCount> m_counters{};

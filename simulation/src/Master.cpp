@@ -47,6 +47,7 @@ int Master::activate() {
     start += domain->size();
   }
   m_clock.start();
+  m_faults.start();
   m_active = true;
   m_activatedBefore = true;
   m_topology.drive(Topology::Drive::running);
@@ -60,6 +61,7 @@ bool Master::imageIsMapped() const {
 void Master::deactivate() {
   clearConfiguration();
   if (m_active) {
+    m_faults.stop(*this);
     m_active = false;
     m_topology.drive(Topology::Drive::held);
   }
@@ -122,7 +124,7 @@ ec_sdo_request_t* Master::createSdoRequest(SlaveConfiguration& configuration, co
 }
 
 bool Master::hasReferenceClock() const {
-  for (std::size_t i = 0; i < m_topology.wireSize(); ++i) {
+  for (std::size_t i = 0; i < m_topology.reachedSize(); ++i) {
     if (m_topology.onWire(i)->identity().distributedClocks) {
       return true;
     }
@@ -131,10 +133,13 @@ bool Master::hasReferenceClock() const {
 }
 
 Flight Master::makeFlight() {
-  Flight flight{++m_framesSent, m_framesToDrop > 0, m_latency > 0, 0, 0};
-  if (flight.lost) {
+  const bool lost = m_framesToDrop > 0;
+  Flight flight{++m_framesSent, lost, !lost && m_framesToDelay > 0, m_latency > 0, 0, 0};
+  if (lost) {
     --m_framesToDrop;
     m_topology.countLostFrame();
+  } else if (flight.late) {
+    --m_framesToDelay;
   }
   if (flight.timed) {
     flight.sent = now();
@@ -144,11 +149,19 @@ Flight Master::makeFlight() {
 }
 
 void Master::send() {
-  m_topology.seeLink();
-  if (!m_topology.link()) {
-    refuseQueued();
-    return;
+  if (m_active) {
+    m_faults.step(*this);
   }
+  m_topology.seeLink();
+  if (m_topology.link()) {
+    transmit();
+  } else {
+    refuseQueued();
+  }
+  m_topology.stepDrives();
+}
+
+void Master::transmit() {
   const Flight flight = makeFlight();
   for (const auto& domain : m_domains) {
     for (Datagram& datagram : domain->datagrams()) {
@@ -158,6 +171,7 @@ void Master::send() {
     }
   }
   m_clock.transmit(flight);
+  m_stateMachine.passed();
   if (!m_stateMachine.is(TravelState::sent)) {
     m_stateMachine.depart(flight);
   }

@@ -5,6 +5,7 @@
 
 #include "Clock.h"
 #include "Domain.h"
+#include "FaultSchedule.h"
 #include "Handles.h"
 #include "Recorder.h"
 #include "Topology.h"
@@ -62,12 +63,20 @@ public:
   void setReferenceClock(const ReferenceClock& clock) override;
   void setClockOffsetCycles(unsigned int cycles) override;
   void dropFrames(unsigned int count) override;
+  void delayFrames(unsigned int count) override;
   void setLinkUp(bool up) override;
+  void setWireBroken(unsigned int position, bool broken) override;
+  void setPowered(unsigned int position, bool powered) override;
+  void setAlError(unsigned int position, std::uint8_t alState, std::uint16_t alStatusCode) override;
   void setErrorFlag(unsigned int position, bool set) override;
   void setResponding(unsigned int position, bool responding) override;
   void setMaximumState(unsigned int position, std::uint8_t alState) override;
   bool setSdoFault(unsigned int position, std::uint16_t index, std::uint8_t subindex,
                    SdoFault fault) override;
+  void addErrorCount(unsigned int position, std::uint16_t address, unsigned int count) override;
+  void stepReferenceClock(std::int64_t nanoseconds) override;
+  bool addFault(const Fault& fault) override;
+  void setFaultSeed(std::uint32_t seed) override;
   void removeSlave(unsigned int position) override;
   void insertSlave(unsigned int position, const Slave& slave) override;
   void setReactivationUnmapped(bool unmapped) override;
@@ -102,6 +111,7 @@ private:
   void stepSdoRequests();
   bool imageIsMapped() const;
   Flight makeFlight();
+  void transmit();
   void refuseQueued();
 
   unsigned int m_index;
@@ -124,6 +134,8 @@ private:
   unsigned int m_sdoCycles = 3;
   std::uint64_t m_framesSent = 0;
   unsigned int m_framesToDrop = 0;
+  unsigned int m_framesToDelay = 0;
+  FaultSchedule m_faults;
   Moment m_latency = 0;
   // One tick of a 250 Hz kernel: what the real master waits at least when it is built without a cycle
   // counter.

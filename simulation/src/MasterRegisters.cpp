@@ -13,8 +13,12 @@ constexpr std::size_t firstStation = 0x03E9;
 } // namespace
 
 EscRegisters::Live Master::liveRegisters(const SlaveUnit& unit, std::size_t position) const {
-  return {static_cast<std::uint16_t>(firstStation + position), unit.state(), unit.hasError(),
-          unit.identity().distributedClocks, m_clock.referenceTime()};
+  return {static_cast<std::uint16_t>(firstStation + position),
+          unit.state(),
+          unit.hasError(),
+          unit.alCode(),
+          unit.identity().distributedClocks,
+          m_clock.referenceTime()};
 }
 
 int Master::readRegisters(std::size_t position, std::uint16_t address, std::uint8_t* data,

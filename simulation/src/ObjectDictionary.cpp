@@ -39,6 +39,17 @@ const std::vector<std::uint8_t>* ObjectDictionary::value(std::uint16_t index, st
   return item != nullptr ? &item->object.bytes : nullptr;
 }
 
+std::vector<std::uint8_t>* ObjectDictionary::bytes(std::uint16_t index, std::uint8_t subindex) {
+  Item* item = find(index, subindex);
+  return item != nullptr ? &item->object.bytes : nullptr;
+}
+
+void ObjectDictionary::restore(const std::vector<Object>& objects) {
+  for (const Object& object : objects) {
+    setValue(object.index, object.subindex, object.bytes);
+  }
+}
+
 bool ObjectDictionary::setValue(std::uint16_t index, std::uint8_t subindex,
                                 const std::vector<std::uint8_t>& bytes) {
   Item* item = find(index, subindex);

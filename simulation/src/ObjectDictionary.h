@@ -27,8 +27,12 @@ class ObjectDictionary {
 public:
   explicit ObjectDictionary(const std::vector<Object>& objects);
 
-  // Null when there is no such object.
+  // Null when there is no such object. The place of the bytes stays, whatever becomes of them.
   const std::vector<std::uint8_t>* value(std::uint16_t index, std::uint8_t subindex) const;
+  std::vector<std::uint8_t>* bytes(std::uint16_t index, std::uint8_t subindex);
+  bool has(std::uint16_t index, std::uint8_t subindex) const { return find(index, subindex) != nullptr; }
+  // Every value as it was given to the constructor, which must have been these objects.
+  void restore(const std::vector<Object>& objects);
   bool setValue(std::uint16_t index, std::uint8_t subindex, const std::vector<std::uint8_t>& bytes);
   bool setFault(std::uint16_t index, std::uint8_t subindex, SdoFault fault);
   SdoFault fault(const SdoPlace& place) const;

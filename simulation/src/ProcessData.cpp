@@ -20,6 +20,15 @@ void writeBits(std::vector<std::uint8_t>& bytes, std::size_t bit, std::size_t le
   }
 }
 
+std::uint64_t readBits(const std::vector<std::uint8_t>& bytes, std::size_t bit, std::size_t length) {
+  std::uint64_t value = 0;
+  for (std::size_t done = 0; done < std::min(length, std::size_t{64}); ++done) {
+    const std::size_t place = bit + done;
+    value |= static_cast<std::uint64_t>(bytes[place / 8] >> place % 8 & 1U) << done;
+  }
+  return value;
+}
+
 } // namespace
 
 void SlaveConfiguration::allocateProcessData() {
@@ -36,27 +45,42 @@ void SlaveConfiguration::allocateProcessData() {
   }
   std::size_t outputs = 0;
   std::size_t inputs = 0;
+  m_outputEntries.clear();
   m_inputEntries.clear();
   for (unsigned int manager = 0; manager < syncManagerCount; ++manager) {
     m_outputStart[manager] = outputs;
     m_inputStart[manager] = inputs;
     outputs += outputSize[manager];
     inputs += inputSize[manager];
-    if (m_plans[manager].direction != EC_DIR_INPUT) {
-      continue;
-    }
-    std::size_t bit = m_inputStart[manager] * 8;
-    for (const Pdo& pdo : m_plans[manager].pdos) {
-      for (const Entry& entry : pdo.entries) {
-        if (entry.index != 0) {
-          m_inputEntries.push_back({bit, entry.bitLength});
-        }
-        bit += entry.bitLength;
-      }
+    if (m_plans[manager].direction == EC_DIR_INPUT) {
+      placeEntries(manager, m_inputStart[manager], m_inputEntries);
+    } else {
+      placeEntries(manager, m_outputStart[manager], m_outputEntries);
     }
   }
   m_outputs.assign(outputs, 0);
   m_inputs.assign(inputs, 0);
+}
+
+void SlaveConfiguration::placeEntries(unsigned int manager, std::size_t start,
+                                      std::vector<EntryPlace>& entries) const {
+  std::size_t bit = start * 8;
+  for (const Pdo& pdo : m_plans[manager].pdos) {
+    for (const Entry& entry : pdo.entries) {
+      if (entry.index != 0) {
+        entries.push_back({bit, entry, nullptr});
+      }
+      bit += entry.bitLength;
+    }
+  }
+}
+
+void SlaveConfiguration::findObjects(SlaveUnit& unit) {
+  for (std::vector<EntryPlace>* entries : {&m_outputEntries, &m_inputEntries}) {
+    for (EntryPlace& place : *entries) {
+      place.object = unit.dictionary().bytes(place.entry.index, place.entry.subindex);
+    }
+  }
 }
 
 void SlaveConfiguration::bindProcessData(SlaveUnit* unit) {
@@ -66,6 +90,10 @@ void SlaveConfiguration::bindProcessData(SlaveUnit* unit) {
     m_frames = 0;
   }
   m_answering = unit;
+  m_freshOutputs = false;
+  if (unit->hasDrive()) {
+    findObjects(*unit);
+  }
 }
 
 void SlaveConfiguration::produceInputs(std::uint64_t frame) {
@@ -82,11 +110,37 @@ void SlaveConfiguration::produceInputs(std::uint64_t frame) {
     std::memcpy(m_inputs.data(), pinned.data(), std::min(pinned.size(), m_inputs.size()));
   } else if (m_answering->identity().model == SlaveModel::counter) {
     for (const EntryPlace& entry : m_inputEntries) {
-      writeBits(m_inputs, entry.bit, entry.length, m_frames);
+      writeBits(m_inputs, entry.bit, entry.entry.bitLength, m_frames);
     }
+  } else if (m_answering->hasDrive()) {
+    produceObjects();
   } else if (!m_outputs.empty()) {
     std::memcpy(m_inputs.data(), m_outputs.data(), std::min(m_inputs.size(), m_outputs.size()));
   }
+}
+
+void SlaveConfiguration::produceObjects() {
+  for (const EntryPlace& place : m_inputEntries) {
+    std::uint64_t value = 0;
+    if (place.object != nullptr) {
+      std::memcpy(&value, place.object->data(), std::min(sizeof value, place.object->size()));
+    }
+    writeBits(m_inputs, place.bit, place.entry.bitLength, value);
+  }
+}
+
+bool SlaveConfiguration::takeObjects(const SlaveUnit& unit) {
+  if (m_answering != &unit || !m_freshOutputs) {
+    return false;
+  }
+  m_freshOutputs = false;
+  for (const EntryPlace& place : m_outputEntries) {
+    if (place.object != nullptr) {
+      const std::uint64_t value = readBits(m_outputs, place.bit, place.entry.bitLength);
+      std::memcpy(place.object->data(), &value, std::min(sizeof value, place.object->size()));
+    }
+  }
+  return true;
 }
 
 std::uint8_t* SlaveConfiguration::processData(const Fmmu& fmmu) {

@@ -65,6 +65,11 @@ public:
   }
   // The slave makes its inputs, once per frame: `frame` tells one from the next.
   void produceInputs(std::uint64_t frame);
+  // The slave has taken output bytes from a frame.
+  void noteOutputs() { m_freshOutputs = true; }
+  // Carries the outputs into the objects that they map. False when none have come since the last call, or
+  // the bytes are not this slave's.
+  bool takeObjects(const SlaveUnit& unit);
   std::uint8_t* processData(const Fmmu& fmmu);
   const std::vector<std::uint8_t>& outputs() const { return m_outputs; }
 
@@ -76,13 +81,16 @@ private:
   };
   struct EntryPlace {
     std::size_t bit;
-    std::uint8_t length;
+    Entry entry;
+    std::vector<std::uint8_t>* object; // of a drive; null when it has no such object
   };
 
   std::vector<Entry> defaultEntries(std::uint16_t pdoIndex) const;
   Pdo* findPdo(std::uint16_t index);
   int reserve(Domain& domain, unsigned int syncManager);
-  void countFrame();
+  void placeEntries(unsigned int manager, std::size_t start, std::vector<EntryPlace>& entries) const;
+  void findObjects(SlaveUnit& unit);
+  void produceObjects();
 
   Master& m_owner;
   std::uint16_t m_alias;
@@ -100,7 +108,9 @@ private:
   std::vector<std::uint8_t> m_inputs;
   std::array<std::size_t, syncManagerCount> m_outputStart{};
   std::array<std::size_t, syncManagerCount> m_inputStart{};
+  std::vector<EntryPlace> m_outputEntries;
   std::vector<EntryPlace> m_inputEntries;
+  bool m_freshOutputs = false;
   std::uint64_t m_lastFrame = 0;
   std::uint64_t m_frames = 0;
 };

@@ -13,7 +13,21 @@ bool isState(std::uint8_t state) {
          state == stateOp;
 }
 
+Slave completed(Slave slave) {
+  if (slave.model == SlaveModel::drive) {
+    completeDriveObjects(slave);
+  }
+  return slave;
+}
+
+constexpr std::uint16_t watchdogCode = 0x001B;
+
 } // namespace
+
+SlaveUnit::SlaveUnit(const Slave& identity)
+    : m_identity(completed(identity)), m_dictionary(m_identity.objects),
+      m_drive(identity.model == SlaveModel::drive ? std::make_unique<DriveModel>(m_dictionary, identity.drive)
+                                                  : nullptr) {}
 
 std::uint8_t SlaveUnit::wantedState() const {
   if (m_restart && m_attached != nullptr) {
@@ -55,6 +69,7 @@ void SlaveUnit::request(std::uint8_t state) {
   m_requested = state;
   m_faulty = false;
   m_refused = false;
+  m_alCode = m_alHeld ? m_alCode : std::uint16_t{0};
   m_wait = 0;
 }
 
@@ -66,6 +81,9 @@ void SlaveUnit::setResponding(bool responding) {
 }
 
 bool SlaveUnit::step(unsigned int climbCycles, unsigned int stagger) {
+  if (m_alCode != 0 && !m_alHeld && !acknowledge(climbCycles)) {
+    return true;
+  }
   const std::uint8_t wanted = wantedState();
   if ((wanted == m_state && !m_restart) || hasError()) {
     m_busy = false;
@@ -88,6 +106,72 @@ bool SlaveUnit::step(unsigned int climbCycles, unsigned int stagger) {
   return true;
 }
 
+// The master takes the error bit back; that takes as long as a change of the state.
+bool SlaveUnit::acknowledge(unsigned int climbCycles) {
+  m_busy = true;
+  m_wait = m_wait == 0 ? climbCycles : m_wait;
+  if (--m_wait == 0) {
+    m_alCode = 0;
+  }
+  return m_alCode == 0;
+}
+
+void SlaveUnit::restart() {
+  m_restart = true;
+  m_refused = false;
+  m_requested = 0;
+  m_alCode = m_alHeld ? m_alCode : std::uint16_t{0};
+}
+
+void SlaveUnit::setAlError(std::uint8_t state, std::uint16_t code) {
+  m_alHeld = code != 0;
+  m_wait = 0;
+  if (code != 0) {
+    m_alCode = code;
+    fallTo(state);
+  }
+}
+
+void SlaveUnit::setPowered(bool powered) {
+  m_powered = powered;
+  if (powered) {
+    m_state = stateInit;
+    m_written = nullptr;
+    m_alCode = 0;
+    m_alHeld = false;
+    m_refused = false;
+    m_requested = 0;
+    m_wait = 0;
+    m_registers.clear();
+    m_dictionary.restore(m_identity.objects);
+    if (m_drive != nullptr) {
+      m_drive->powerUp();
+    }
+  }
+}
+
+bool SlaveUnit::stepDrive() {
+  if (!m_powered) {
+    return false;
+  }
+  const bool fresh = m_written != nullptr && m_written->takeObjects(*this);
+  m_drive->step(m_state == stateOp, fresh);
+  const bool expired = m_drive->watchdogExpired();
+  if (expired) {
+    m_alCode = watchdogCode;
+    fallTo(stateSafeop);
+  }
+  return expired;
+}
+
+void SlaveUnit::fallTo(std::uint8_t state) {
+  m_wait = 0;
+  // The numbers of the states are single bits: the highest one within the limit is the state to fall to.
+  while (m_state > std::max(state, stateInit)) {
+    m_state = static_cast<std::uint8_t>(m_state >> 1U);
+  }
+}
+
 void SlaveUnit::enter(std::uint8_t state) {
   m_state = state;
   m_restart = false;
@@ -104,16 +188,13 @@ void SlaveUnit::settle() {
   m_refused = false;
   m_busy = false;
   m_wait = 0;
+  m_alCode = m_alHeld ? m_alCode : std::uint16_t{0};
 }
 
 void SlaveUnit::setMaximumState(std::uint8_t state) {
   m_maximumState = std::max(state, stateInit);
   m_refused = false;
-  m_wait = 0;
-  // The numbers of the states are single bits: the highest one within the limit is the state to fall to.
-  while (m_state > m_maximumState) {
-    m_state = static_cast<std::uint8_t>(m_state >> 1U);
-  }
+  fallTo(m_maximumState);
 }
 
 void SlaveUnit::forgetConfiguration() {

@@ -6,60 +6,11 @@
 
 namespace ethercat_simulation {
 
-void Topology::insert(std::size_t position, const Slave& slave) {
-  m_units.push_back(std::make_unique<SlaveUnit>(slave));
-  const std::size_t place = std::min(position, m_wire.size());
-  m_wire.insert(m_wire.begin() + static_cast<std::ptrdiff_t>(place), m_units.back().get());
-  m_list.reserve(m_wire.capacity()); // a scan in the cycle must not allocate
-  if (m_drive == Drive::nobody && m_link) {
-    m_units.back()->settle();
-  }
-  changed();
-}
-
-void Topology::remove(std::size_t position) {
-  if (position < m_wire.size()) {
-    m_wire[position]->unplug();
-    m_wire.erase(m_wire.begin() + static_cast<std::ptrdiff_t>(position));
-    if (position > 0) {
-      m_wire[position - 1]->registers().count(EscRegisters::lostLink + 1);
-    }
-    if (position < m_wire.size()) {
-      m_wire[position]->registers().count(EscRegisters::lostLink);
-    }
-    changed();
-  }
-}
-
 void Topology::request(SlaveUnit& unit, std::uint8_t state) {
   unit.request(state);
   wake();
   while (m_drive != Drive::running && unit.step(1, 0)) {
   }
-}
-
-void Topology::countLostFrame() {
-  std::uint16_t counter = EscRegisters::invalidFrame;
-  for (SlaveUnit* unit : m_wire) {
-    unit->registers().count(counter);
-    counter = EscRegisters::forwardedError;
-  }
-}
-
-void Topology::setLink(bool up) {
-  if (m_link && !up && !m_wire.empty()) {
-    m_wire.front()->registers().count(EscRegisters::lostLink);
-  }
-  m_link = up;
-  wake();
-  if (m_drive == Drive::running) {
-    return; // seen at the next send
-  }
-  m_seenLink = up;
-  if (!up) {
-    dropList();
-  }
-  changed();
 }
 
 void Topology::setClimbCycles(unsigned int cycles) {
@@ -75,10 +26,14 @@ void Topology::changed() {
   m_rescan = true;
 }
 
+void Topology::makeList() {
+  m_list.assign(m_wire.begin(), m_wire.begin() + static_cast<std::ptrdiff_t>(m_reached));
+}
+
 void Topology::scanNow() {
   dropList();
   if (m_link) {
-    m_list = m_wire;
+    makeList();
     m_rescan = false;
   }
   for (SlaveUnit* unit : m_list) {
@@ -120,7 +75,7 @@ void Topology::step() {
   }
   if (m_scanLeft > 0) {
     if (--m_scanLeft == 0) {
-      m_list = m_wire;
+      makeList();
       attachAll();
       restartSlaves();
     }
@@ -158,9 +113,9 @@ void Topology::broadcast() {
   m_responding = 0;
   m_states = 0;
   if (m_seenLink) {
-    m_responding = static_cast<unsigned int>(m_wire.size());
-    for (const SlaveUnit* unit : m_wire) {
-      m_states |= unit->state();
+    m_responding = static_cast<unsigned int>(m_reached);
+    for (std::size_t i = 0; i < m_reached; ++i) {
+      m_states |= m_wire[i]->state();
     }
   }
 }
@@ -254,7 +209,8 @@ int Topology::slaveInfo(std::size_t position, ec_slave_info_t& info) const {
   if (position + 1 < m_list.size()) {
     info.ports[1].next_slave = static_cast<std::uint16_t>(position + 1);
   }
-  info.al_state = unit.state();
+  constexpr std::uint8_t alErrorBit = 0x10;
+  info.al_state = static_cast<std::uint8_t>(unit.state() | (unit.alCode() != 0 ? alErrorBit : 0U));
   info.error_flag = unit.hasError() ? 1 : 0;
   info.ready = unit.ready() ? 1 : 0;
   info.sync_count = static_cast<std::uint8_t>(identity.defaultMapping.size());

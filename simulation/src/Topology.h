@@ -18,7 +18,10 @@ public:
   // The wire, changed from the control side.
   void insert(std::size_t position, const Slave& slave);
   void remove(std::size_t position);
+  void setWireBroken(std::size_t position, bool broken); // behind this slave
+  void setPowered(std::size_t position, bool powered);
   std::size_t wireSize() const { return m_wire.size(); }
+  std::size_t reachedSize() const { return m_reached; } // from the first slave on
   SlaveUnit* onWire(std::size_t position) const {
     return position < m_wire.size() ? m_wire[position] : nullptr;
   }
@@ -34,6 +37,8 @@ public:
   bool link() const { return m_link; }
   void setClimbCycles(unsigned int cycles);
   void setScanCycles(unsigned int cycles);
+  // One cycle of every drive, whether a frame reached it or not.
+  void stepDrives();
   // Something changed that may give the state machines new work.
   void wake() { m_settled = false; }
 
@@ -60,6 +65,9 @@ public:
 
 private:
   void changed();
+  void reach();
+  void countLostLink(std::size_t position);
+  void makeList();
   void scanNow();
   void dropList();
   void startScan();
@@ -71,6 +79,8 @@ private:
   std::vector<std::unique_ptr<SlaveUnit>> m_units; // every slave that ever was there
   std::vector<SlaveUnit*> m_wire;
   std::vector<SlaveUnit*> m_list;
+  std::size_t m_reached = 0;
+  bool m_hasDrives = false;
   Drive m_drive = Drive::nobody;
   bool m_link = true;
   bool m_seenLink = true;

@@ -2,6 +2,8 @@
 
 #include <cstdlib>
 #include <fstream>
+#include <iterator>
+#include <regex>
 
 using namespace bench;
 
@@ -25,6 +27,10 @@ protected:
   }
   static std::string slave(const std::string& more) {
     return R"({"slaves":[{"vendor_id":1,"product_code":2)" + more + "}]}";
+  }
+
+  static std::string fault(const std::string& keys) {
+    return R"({"faults":[{)" + keys + R"(}],"slaves":[{"vendor_id":1,"product_code":2}]})";
   }
 
   std::string path = ::testing::TempDir() + "simulation_bus.json";
@@ -79,7 +85,7 @@ TEST_F(BusFileTest, ABadFileGivesOneLineAndNoBus) {
       {slave(R"(,"serial":"0x1FFFFFFFFFFFFFFFF")"),
        "/slaves/0/serial: must be an integer, or a string with a decimal or 0x hexadecimal one"},
       {slave(R"(,"name":7)"), "/slaves/0/name: must be a string"},
-      {slave(R"(,"model":"drive")"), "/slaves/0/model: must be \"loopback\" or \"counter\""},
+      {slave(R"(,"model":"servo")"), "/slaves/0/model: must be \"loopback\", \"counter\" or \"drive\""},
       {slave(R"(,"sync_managers":[{"index":2,"direction":"both"}])"),
        "/slaves/0/sync_managers/0/direction: must be \"output\" or \"input\""},
       {slave(R"(,"sync_managers":[{"index":2,"direction":"input"},{"index":2,"direction":"output"}])"),
@@ -94,6 +100,16 @@ TEST_F(BusFileTest, ABadFileGivesOneLineAndNoBus) {
        "/slaves/1/alias: another slave has this alias"},
       {R"({"reference_clock":{"drift_ppm":-1000.5},"slaves":[]})",
        "/reference_clock/drift_ppm: must be a number between -1000.0 and 1000.0"},
+      {slave(R"(,"model":"drive","objects":[{"index":"0x6040","value":0,"type":"USINT"}])"),
+       "/slaves/0/objects/0: must have 2 bytes in a drive"},
+      {slave(R"(,"drive":{})"), "/slaves/0/drive: belongs to the model \"drive\""},
+      {fault(R"("kind":"lost_frame")"), "/faults/0: must have one of \"at\", \"every\" and \"probability\""},
+      {fault(R"("kind":"lost_frame","at":1,"slave":0)"),
+       "/faults/0/slave: does not belong to \"lost_frame\""},
+      {fault(R"("kind":"power_off","at":1,"slave":1)"),
+       "/faults/0/slave: there is no slave at this position"},
+      {fault(R"("kind":"sdo_abort","at":1,"slave":0,"index":1)"),
+       "/faults/0/index: the slave has no such object"},
       {std::string(1'000'000, '['),
        "/0/0/0/0/0/0/0/0/0/0/0/0/0/0/0/0/0/0/0/0/0/0/0/0/0/0/0/0/0/0/0/0: is nested "
        "too deeply"},
@@ -110,6 +126,27 @@ TEST_F(BusFileTest, ABadFileGivesOneLineAndNoBus) {
   EXPECT_EQ(ecrt_request_master(0), nullptr);
   EXPECT_EQ(::testing::internal::GetCapturedStderr(),
             "/nonexistent/bus.json: cannot be opened: No such file or directory\n");
+}
+
+TEST_F(BusFileTest, TheSchemaHasEveryKeyThatTheReaderAccepts) {
+  const auto contents = [](const std::string& file) {
+    std::ifstream stream(std::string(IGH_TEST_SOURCE_DIR) + "/" + file);
+    return std::string(std::istreambuf_iterator<char>(stream), {});
+  };
+  const std::string schema = contents("docs/bus-file.schema.json");
+  const std::regex lists(R"(expectObject\(\s*\{([^}]*)\})");
+  const std::regex words("\"([a-z_]+)\"");
+  std::size_t keys = 0;
+  for (const char* file : {"BusFile.cpp", "BusFileSlave.cpp", "BusFileFaults.cpp"}) {
+    const std::string source = contents(std::string("simulation/src/") + file);
+    for (std::sregex_iterator list(source.begin(), source.end(), lists), end; list != end; ++list) {
+      const std::string text = (*list)[1];
+      for (std::sregex_iterator word(text.begin(), text.end(), words); word != end; ++word, ++keys) {
+        EXPECT_NE(schema.find("\"" + (*word)[1].str() + "\": "), std::string::npos) << (*word)[1];
+      }
+    }
+  }
+  EXPECT_GT(keys, 50U);
 }
 
 } // namespace

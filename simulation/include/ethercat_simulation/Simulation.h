@@ -20,6 +20,15 @@ namespace ethercat_simulation {
 enum class SlaveModel {
   loopback, // the inputs mirror the outputs byte for byte, as far as both reach, as of the frame before
   counter,  // every input entry counts frames, modulo its width
+  drive,    // a CiA 402 drive: its objects move with SDO transfers and with the entries that are mapped
+};
+
+// The axis of a drive. Time passes by cycles, each of them cycleUs long, whatever the real period is.
+struct DriveParameters {
+  std::uint32_t cycleUs = 1000;
+  std::uint32_t lagUs = 2000;         // first-order lag of the actual values; 0: they follow at once
+  double ratedAcceleration = 1e6;     // counts/s^2 at the rated torque, which is 1000
+  std::uint32_t watchdogUs = 100'000; // without process data in OP, until it falls to SAFEOP; 0: never
 };
 
 enum class Direction { output, input }; // seen from the master
@@ -67,11 +76,44 @@ struct Slave {
   std::uint16_t alias = 0;
   std::string name;
   SlaveModel model = SlaveModel::loopback;
+  DriveParameters drive;                   // of the model drive
   bool distributedClocks = true;           // has a clock that can serve as reference
   std::vector<SyncManager> defaultMapping; // what the slave offers without configuration
   // Reached by SDO requests. Complete access transfers subindex 0, padded to 16 bits, and then the others in
   // their order; writes must have the length of the object.
+  // A drive adds its own objects where they are not listed; 0x6064 is where its axis stands at first.
   std::vector<Object> objects;
+};
+
+enum class FaultKind {
+  lostFrame,    // of each cycle
+  lateFrame,    // of each cycle
+  silentSlave,  // its share of the working counter is missing
+  linkDown,     // at the master
+  wireBreak,    // behind the slave
+  powerOff,     // of the slave, and on again
+  alError,      // the slave falls back
+  sdoAbort,     // of one object
+  sdoSilence,   // of one object
+  errorCounter, // counts up by one in each cycle
+  clockStep,    // of the reference clock, once
+};
+
+// One line of a fault schedule. Cycles are sends since activation, the first is 1. Exactly one of `at`,
+// `every` and `probability` is not 0. A fault that lasts does not begin anew.
+struct Fault {
+  FaultKind kind = FaultKind::lostFrame;
+  std::uint64_t at = 0;
+  std::uint64_t every = 0;
+  double probability = 0; // of each cycle
+  std::uint32_t duration = 1;
+  unsigned int slave = 0; // position
+  std::uint16_t index = 0;
+  std::uint8_t subindex = 0;
+  std::uint8_t alState = 4;
+  std::uint16_t alCode = 0x001B;
+  std::uint16_t counter = 0x0300; // register, 0x0300 to 0x0313
+  std::int64_t stepNs = 0;
 };
 
 // Every call that can be traced or made to fail. Device calls are open, close and ioctl of /dev/EtherCAT<n>.
@@ -177,10 +219,22 @@ public:
   //   lost frame     invalid frame at port 0 of the first slave (0x0300), forwarded error at the others
   //                  (0x0308)
   //   link down      lost link at port 0 of the first slave (0x0310)
-  //   removed slave  lost link at the ports that faced it (0x0311 before it, 0x0310 behind it)
+  //   removed slave, broken wire, slave without power
+  //                  lost link at the ports that faced it (0x0311 before it, 0x0310 behind it)
   //   silent slave   its own PDI error counter (0x030D), once each time it falls silent
   virtual void dropFrames(unsigned int count) = 0; // the next count sent frames never come back
+  // The next count sent frames reach the slaves, and come back too late: behind the next send.
+  virtual void delayFrames(unsigned int count) = 0;
   virtual void setLinkUp(bool up) = 0;
+  // Behind this slave: those behind it are gone until the wire is whole again. They keep their state
+  // meanwhile.
+  virtual void setWireBroken(unsigned int position, bool broken) = 0;
+  // Off: gone, and with it all behind it. On: as a slave that has just been switched on, to be configured.
+  virtual void setPowered(unsigned int position, bool powered) = 0;
+  // The slave falls to `alState` with the AL status code in register 0x0134, the error bit in its AL state
+  // and the error flag, and stays there. Code 0: the cause is gone; the master acknowledges and brings it
+  // back.
+  virtual void setAlError(unsigned int position, std::uint8_t alState, std::uint16_t alStatusCode) = 0;
   virtual void setErrorFlag(unsigned int position, bool set) = 0;
   virtual void setResponding(unsigned int position,
                              bool responding) = 0; // silent slave: WC short, still listed
@@ -189,6 +243,14 @@ public:
   // False when the slave has no such object.
   virtual bool setSdoFault(unsigned int position, std::uint16_t index, std::uint8_t subindex,
                            SdoFault fault) = 0;
+  // Adds to an error counter, registers 0x0300 to 0x0313, up to 255.
+  virtual void addErrorCount(unsigned int position, std::uint16_t address, unsigned int count) = 0;
+  virtual void stepReferenceClock(std::int64_t nanoseconds) = 0;
+  // Adds to the schedule; what is random in it repeats itself with the seed, at every activation. False, and
+  // nothing added, for a fault without a beginning, or of a slave or an object that is not there. A fault
+  // that ends undoes what it did, whoever did the same meanwhile; deactivation ends all.
+  virtual bool addFault(const Fault& fault) = 0;
+  virtual void setFaultSeed(std::uint32_t seed) = 0;
   virtual void removeSlave(unsigned int position) = 0; // later slaves move up
   virtual void insertSlave(unsigned int position, const Slave& slave) = 0;
   // Like the real master, a second activation on one reservation leaves the image unmapped (default true).

@@ -1,0 +1,109 @@
+// The wire: which slaves are plugged in, and which of them frames reach.
+#include "Topology.h"
+
+#include <algorithm>
+
+namespace ethercat_simulation {
+
+void Topology::insert(std::size_t position, const Slave& slave) {
+  m_units.push_back(std::make_unique<SlaveUnit>(slave));
+  const std::size_t place = std::min(position, m_wire.size());
+  m_wire.insert(m_wire.begin() + static_cast<std::ptrdiff_t>(place), m_units.back().get());
+  m_list.reserve(m_wire.capacity()); // a scan in the cycle must not allocate
+  if (m_drive == Drive::nobody && m_link) {
+    m_units.back()->settle();
+  }
+  m_hasDrives = m_hasDrives || m_units.back()->hasDrive();
+  reach();
+}
+
+void Topology::remove(std::size_t position) {
+  if (position < m_wire.size()) {
+    m_wire[position]->setPresent(false);
+    m_wire.erase(m_wire.begin() + static_cast<std::ptrdiff_t>(position));
+    countLostLink(position);
+    reach();
+  }
+}
+
+void Topology::setWireBroken(std::size_t position, bool broken) {
+  SlaveUnit* unit = onWire(position);
+  if (unit != nullptr && unit->isWireBroken() != broken) {
+    unit->setWireBroken(broken);
+    if (broken) {
+      countLostLink(position + 1);
+    }
+    reach();
+  }
+}
+
+void Topology::setPowered(std::size_t position, bool powered) {
+  SlaveUnit* unit = onWire(position);
+  if (unit != nullptr && unit->isPowered() != powered) {
+    unit->setPowered(powered);
+    if (!powered) {
+      countLostLink(position);
+      countLostLink(position + 1);
+    }
+    reach();
+  }
+}
+
+// The bus is a line: nothing reaches a slave behind one without power.
+void Topology::reach() {
+  m_reached = 0;
+  bool open = true;
+  for (SlaveUnit* unit : m_wire) {
+    open = open && unit->isPowered();
+    unit->setPresent(open);
+    m_reached += open ? 1U : 0U;
+    open = open && !unit->isWireBroken();
+  }
+  changed();
+}
+
+// Of both ports at the wire in front of this position.
+void Topology::countLostLink(std::size_t position) {
+  if (position > 0 && position <= m_wire.size()) {
+    m_wire[position - 1]->registers().count(EscRegisters::lostLink + 1);
+  }
+  if (position < m_wire.size()) {
+    m_wire[position]->registers().count(EscRegisters::lostLink);
+  }
+}
+
+void Topology::countLostFrame() {
+  std::uint16_t counter = EscRegisters::invalidFrame;
+  for (std::size_t i = 0; i < m_reached; ++i) {
+    m_wire[i]->registers().count(counter);
+    counter = EscRegisters::forwardedError;
+  }
+}
+
+void Topology::stepDrives() {
+  if (m_hasDrives) {
+    for (SlaveUnit* unit : m_wire) {
+      if (unit->hasDrive() && unit->stepDrive()) {
+        wake();
+      }
+    }
+  }
+}
+
+void Topology::setLink(bool up) {
+  if (m_link && !up && !m_wire.empty()) {
+    m_wire.front()->registers().count(EscRegisters::lostLink);
+  }
+  m_link = up;
+  wake();
+  if (m_drive == Drive::running) {
+    return; // seen at the next send
+  }
+  m_seenLink = up;
+  if (!up) {
+    dropList();
+  }
+  changed();
+}
+
+} // namespace ethercat_simulation

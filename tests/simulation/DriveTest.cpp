@@ -1,0 +1,196 @@
+#include "Bench.h"
+
+#include <cstring>
+
+using namespace bench;
+
+namespace {
+
+constexpr int off = 0, shutdown = 0x06, switchOn = 0x07, enable = 0x0F, quickStop = 0x0B, reset = 0x80;
+// The lower bits of the statusword.
+constexpr int disabled = 0x40, ready = 0x21, switchedOn = 0x23, enabled = 0x27, stopping = 0x07,
+              failed = 0x08;
+
+#pragma pack(push, 1)
+struct Commands {
+  std::uint16_t controlword;
+  std::int8_t mode;
+  std::int32_t position, velocity;
+  std::int16_t torque;
+};
+struct Feedback {
+  std::uint16_t statusword;
+  std::int8_t mode;
+  std::int32_t position, velocity;
+  std::int16_t torque;
+  std::uint16_t error;
+};
+#pragma pack(pop)
+
+class DriveTest : public Bench {
+protected:
+  void start(std::int8_t mode, std::uint32_t lagUs = 0) {
+    sim::Slave slave = twoWay(5);
+    slave.model = sim::SlaveModel::drive;
+    slave.drive.lagUs = lagUs;
+    slave.defaultMapping[0].pdos[0].entries = {
+        {0x6040, 0, 16}, {0x6060, 0, 8}, {0x607A, 0, 32}, {0x60FF, 0, 32}, {0x6071, 0, 16}};
+    slave.defaultMapping[1].pdos[0].entries = {{0x6041, 0, 16}, {0x6061, 0, 8},  {0x6064, 0, 32},
+                                               {0x606C, 0, 32}, {0x6077, 0, 16}, {0x603F, 0, 16}};
+    bus().addSlave(slave);
+    request();
+    sdo =
+        ecrt_slave_config_create_sdo_request(ecrt_master_slave_config(master, 0, 0, vendor, 5), 0x6041, 0, 2);
+    unsigned int offset = 0;
+    ASSERT_EQ(add(domain, 0, 5, 0x6040, 0, &offset), 0);
+    ASSERT_EQ(add(domain, 0, 5, 0x6041, 0, &offset), 0);
+    ASSERT_EQ(ecrt_master_activate(master), 0);
+    commands.mode = mode;
+    run(20);
+    ASSERT_EQ(bus().alState(0), 8);
+  }
+  // Outputs of a cycle show in the inputs two cycles later.
+  void run(unsigned int cycles) {
+    const std::size_t before = allocations();
+    for (unsigned int i = 0; i < cycles; ++i) {
+      commands.position += ramp;
+      receive();
+      std::memcpy(&feedback, ecrt_domain_data(domain) + sizeof commands, sizeof feedback);
+      std::memcpy(ecrt_domain_data(domain), &commands, sizeof commands);
+      send();
+    }
+    EXPECT_EQ(allocations(), before);
+  }
+  // The state some cycles after this controlword.
+  int command(int controlword, unsigned int cycles = 3) {
+    commands.controlword = static_cast<std::uint16_t>(controlword);
+    run(cycles);
+    return feedback.statusword & 0x6F;
+  }
+  int switchOnFully() {
+    command(shutdown);
+    return command(enable, 5);
+  }
+
+  ec_sdo_request_t* sdo = nullptr;
+  Commands commands{};
+  Feedback feedback{};
+  std::int32_t ramp = 0; // counts per cycle
+};
+
+TEST_F(DriveTest, TheControlwordLeadsThroughThePowerStates) {
+  start(9);
+  commands.velocity = 100'000;
+  const int steps[][3] = {// controlword, state, cycles
+                          {enable, disabled, 3},  {reset, disabled, 3},     {shutdown, ready, 3},
+                          {off, disabled, 3},     {shutdown, ready, 3},     {switchOn, switchedOn, 3},
+                          {shutdown, ready, 3},   {enable, enabled, 4},     {switchOn, switchedOn, 3},
+                          {enable, enabled, 200}, {quickStop, stopping, 3}, {quickStop, disabled, 100},
+                          {shutdown, ready, 3},   {enable, enabled, 4},     {off, disabled, 3}};
+  for (const auto& step : steps) {
+    EXPECT_EQ(command(step[0], static_cast<unsigned int>(step[2])), step[1]) << "step " << &step - steps;
+  }
+  // With option 6 the drive stays in quick stop, and goes on from there; 0 takes the power at once.
+  bus().setObjectValue(0, 0x605A, 0, {6, 0});
+  switchOnFully();
+  EXPECT_EQ(command(quickStop, 200), stopping);
+  EXPECT_EQ(feedback.velocity, 0);
+  EXPECT_EQ(command(enable), enabled);
+  bus().setObjectValue(0, 0x605A, 0, {0, 0});
+  ecrt_sdo_request_read(sdo);
+  EXPECT_EQ(command(quickStop, 5), disabled);
+  EXPECT_EQ(ecrt_sdo_request_state(sdo), EC_REQUEST_SUCCESS);
+  EXPECT_EQ(std::memcmp(ecrt_sdo_request_data(sdo), &feedback.statusword, 2), 0);
+}
+
+TEST_F(DriveTest, CyclicModesFollowWithTheirLagWithinTheLimits) {
+  start(8, 10'000);
+  ASSERT_EQ(switchOnFully(), enabled);
+  ramp = 100; // with 10 ms of lag: 1000 counts behind, beside the cycles of the frames
+  run(200);
+  EXPECT_NEAR(feedback.velocity, 100'000, 10);
+  EXPECT_NEAR(commands.position - feedback.position, 1200, 60);
+  EXPECT_EQ(feedback.statusword & 0x1800, 0x1000) << "follows the command";
+  ramp = 0;
+  run(200);
+  EXPECT_EQ(feedback.position, commands.position);
+
+  commands.mode = 9;
+  commands.velocity = -20'000'000; // twice the limit
+  run(20);
+  EXPECT_EQ(feedback.statusword & 0x1800, 0x0800) << "limited by the torque";
+  EXPECT_EQ(feedback.torque, -3000);
+  run(5000);
+  EXPECT_EQ(feedback.velocity, -10'000'000);
+  commands.velocity = 0;
+  run(5000);
+
+  commands.mode = 10;
+  commands.torque = 500;
+  run(102);
+  EXPECT_NEAR(feedback.velocity, 0.5e6 * 0.090, 2000) << "half the acceleration for 100 ms, less the lag";
+  commands.mode = 5;
+  run(3);
+  EXPECT_EQ(feedback.mode, 10) << "no such mode";
+}
+
+TEST_F(DriveTest, ProfilePositionTakesSetPointsByHandshake) {
+  start(1);
+  ASSERT_EQ(switchOnFully(), enabled);
+  const auto setPoint = [&](std::int32_t target, int more) {
+    commands.position = target;
+    command(enable | more | 0x10);
+    EXPECT_EQ(feedback.statusword & 0x1000, 0x1000) << "acknowledged";
+    command(enable | more);
+  };
+  setPoint(20'000, 0);
+  EXPECT_EQ(feedback.statusword & 0x1400, 0) << "free again, and not there yet";
+  run(150);
+  EXPECT_EQ(feedback.velocity, 100'000) << "the profile velocity";
+  setPoint(-1'000, 0x40); // relative, and after the first one
+  EXPECT_EQ(feedback.statusword & 0x1000, 0x1000) << "still waiting";
+  run(350);
+  EXPECT_EQ(feedback.position, 19'000);
+  EXPECT_EQ(feedback.statusword & 0x1400, 0x0400);
+  setPoint(500'000, 0);
+  setPoint(0, 0x20); // at once
+  command(enable | 0x100, 300);
+  EXPECT_EQ(feedback.velocity, 0) << "halted";
+  EXPECT_GT(feedback.position, 10'000);
+  command(enable, 600);
+  EXPECT_EQ(feedback.position, 0);
+}
+
+TEST_F(DriveTest, FaultsBrakeAndAreResetByARisingEdge) {
+  start(8, 2'000);
+  bus().setObjectValue(0, 0x6065, 0, {100, 0, 0, 0});
+  ASSERT_EQ(switchOnFully(), enabled);
+  commands.position = 50'000;
+  EXPECT_EQ(command(enable | reset, 100), failed) << "an edge before it came to rest does not count";
+  EXPECT_EQ(feedback.error, 0x8611);
+  command(off);
+  EXPECT_EQ(command(reset), disabled);
+  EXPECT_EQ(feedback.error, 0);
+  commands.position = feedback.position;
+  ASSERT_EQ(switchOnFully(), enabled);
+  ramp = 10;
+  run(100);
+  // The process data stay away: the slave's watchdog takes it out of OP, and the drive fails.
+  bus().dropFrames(120);
+  run(105);
+  EXPECT_EQ(bus().alState(0), 4);
+  EXPECT_EQ(bus().registers(0, 0x0134, 2), (std::vector<std::uint8_t>{0x1B, 0}));
+  EXPECT_EQ(command(enable, 80), failed);
+  EXPECT_EQ(bus().alState(0), 8) << "acknowledged and brought back";
+  EXPECT_EQ(feedback.error, 0x8100);
+  EXPECT_EQ(command(reset), disabled);
+  // Without power to lose it only switches off.
+  command(shutdown);
+  ASSERT_EQ(command(switchOn), switchedOn);
+  bus().setAlError(0, 4, 0x0011);
+  EXPECT_EQ(command(switchOn), disabled);
+  EXPECT_EQ(feedback.error, 0);
+  EXPECT_EQ(bus().misuse().total(), 0U);
+}
+
+} // namespace
