@@ -1,0 +1,71 @@
+# cpack -G DEB: one package per component. Names follow the sonames.
+set(IGH_MASTER_MAINTAINER "The igh_master authors <igh-master@example.org>" CACHE STRING "Maintainer of the Debian packages")
+
+set(deb_version ${PROJECT_VERSION})
+set(CPACK_COMPONENTS_ALL runtime dev)
+set(simulation_depends "")
+set(deb_platform " It drives the bus through the IgH EtherCAT Master.")
+if(TARGET ethercat_simulation)
+  # Older than the same version for the real master, which so replaces it.
+  string(APPEND deb_version "~simulated")
+  set(deb_platform " This build runs on the simulated master: it drives no hardware.")
+  list(APPEND CPACK_COMPONENTS_ALL simulation)
+  set(simulation_depends "libethercat-simulation1 (= ${deb_version})")
+endif()
+if(TARGET igh_bus)
+  list(APPEND CPACK_COMPONENTS_ALL tools)
+endif()
+set(runtime_depends "libigh-master1 (= ${deb_version})")
+
+set(CPACK_PACKAGE_NAME igh-master)
+set(CPACK_PACKAGE_VERSION ${deb_version})
+set(CPACK_PACKAGE_CONTACT ${IGH_MASTER_MAINTAINER})
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_GENERATOR DEB)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/src ${PROJECT_BINARY_DIR}/simulation)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
+
+# describe(COMPONENT PACKAGE SUMMARY TEXT): the text's lines start with a blank, as Debian has them.
+macro(describe component package summary text)
+  set(CPACK_DEBIAN_${component}_PACKAGE_NAME ${package})
+  set(CPACK_COMPONENT_${component}_DESCRIPTION "${summary}\n${text}\n${deb_platform}")
+endmacro()
+# Multiarch only where the library folder has the architecture in its name, as it has for the prefix /usr.
+if(CMAKE_LIBRARY_ARCHITECTURE AND CMAKE_INSTALL_LIBDIR MATCHES "/${CMAKE_LIBRARY_ARCHITECTURE}$")
+  set(CPACK_DEBIAN_RUNTIME_PACKAGE_MULTIARCH same)
+  set(CPACK_DEBIAN_SIMULATION_PACKAGE_MULTIARCH same)
+endif()
+
+describe(RUNTIME libigh-master1 "EtherCAT buses for real-time applications"
+  " libigh_master.so loads device-description files, configures the slaves on\n an EtherCAT bus and exchanges process data once per call.")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS ${simulation_depends})
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_LIST_DIR}/symbols ${CMAKE_CURRENT_LIST_DIR}/triggers)
+
+describe(SIMULATION libethercat-simulation1 "Simulated IgH EtherCAT Master"
+  " libethercat_simulation.so stands in for the user library of the IgH EtherCAT\n Master, for tests and development without hardware.")
+set(CPACK_DEBIAN_SIMULATION_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_LIST_DIR}/triggers)
+
+describe(DEV libigh-master-dev "EtherCAT buses for real-time applications (development files)"
+  " Header, CMake package, pkg-config file, manual pages, documents and examples\n of libigh_master.so.")
+set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS ${runtime_depends} ${simulation_depends})
+list(JOIN CPACK_DEBIAN_DEV_PACKAGE_DEPENDS ", " CPACK_DEBIAN_DEV_PACKAGE_DEPENDS)
+
+describe(TOOLS igh-master-tools "EtherCAT buses from the command line"
+  " igh_bus looks into device-description files, lists and runs EtherCAT buses,\n and reaches objects and registers of their slaves.")
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS ${runtime_depends})
+
+# What Debian wants in every package is added behind the installation.
+set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/stage.cmake)
+set(CPACK_IGH_MASTER_SOURCE ${PROJECT_SOURCE_DIR})
+set(CPACK_IGH_MASTER_DATE ${IGH_MASTER_DATE})
+set(CPACK_IGH_MASTER_DOCDIR ${CMAKE_INSTALL_DOCDIR})
+include(CPack)
