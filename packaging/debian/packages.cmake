@@ -4,11 +4,11 @@ set(IGH_MASTER_MAINTAINER "The igh_master authors <igh-master@example.org>" CACH
 set(deb_version ${PROJECT_VERSION})
 set(CPACK_COMPONENTS_ALL runtime dev)
 set(simulation_depends "")
-set(deb_platform " It drives the bus through the IgH EtherCAT Master.")
+set(deb_platform "It drives the bus through the IgH EtherCAT Master.")
 if(TARGET ethercat_simulation)
   # Older than the same version for the real master, which so replaces it.
   string(APPEND deb_version "~simulated")
-  set(deb_platform " This build runs on the simulated master: it drives no hardware.")
+  set(deb_platform "This build runs on the simulated master: it drives no hardware.")
   list(APPEND CPACK_COMPONENTS_ALL simulation)
   set(simulation_depends "libethercat-simulation1 (= ${deb_version})")
 endif()
@@ -32,7 +32,10 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/src ${PROJ
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 
-# describe(COMPONENT PACKAGE SUMMARY TEXT): the text's lines start with a blank, as Debian has them.
+set(CPACK_DEBIAN_PACKAGE_SOURCE igh-master)
+# Each package has a summary of its own; without this the project's would stand before it.
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
+
 macro(describe component package summary text)
   set(CPACK_DEBIAN_${component}_PACKAGE_NAME ${package})
   set(CPACK_COMPONENT_${component}_DESCRIPTION "${summary}\n${text}\n${deb_platform}")
@@ -44,22 +47,22 @@ if(CMAKE_LIBRARY_ARCHITECTURE AND CMAKE_INSTALL_LIBDIR MATCHES "/${CMAKE_LIBRARY
 endif()
 
 describe(RUNTIME libigh-master1 "EtherCAT buses for real-time applications"
-  " libigh_master.so loads device-description files, configures the slaves on\n an EtherCAT bus and exchanges process data once per call.")
+  "libigh_master.so loads device-description files, configures the slaves on\nan EtherCAT bus and exchanges process data once per call.")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS ${simulation_depends})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_LIST_DIR}/symbols ${CMAKE_CURRENT_LIST_DIR}/triggers)
 
 describe(SIMULATION libethercat-simulation1 "Simulated IgH EtherCAT Master"
-  " libethercat_simulation.so stands in for the user library of the IgH EtherCAT\n Master, for tests and development without hardware.")
+  "libethercat_simulation.so stands in for the user library of the IgH EtherCAT\nMaster, for tests and development without hardware.")
 set(CPACK_DEBIAN_SIMULATION_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_LIST_DIR}/triggers)
 
 describe(DEV libigh-master-dev "EtherCAT buses for real-time applications (development files)"
-  " Header, CMake package, pkg-config file, manual pages, documents and examples\n of libigh_master.so.")
+  "Header, CMake package, pkg-config file, manual pages, documents and examples\nof libigh_master.so.")
 set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS ${runtime_depends} ${simulation_depends})
 list(JOIN CPACK_DEBIAN_DEV_PACKAGE_DEPENDS ", " CPACK_DEBIAN_DEV_PACKAGE_DEPENDS)
 
 describe(TOOLS igh-master-tools "EtherCAT buses from the command line"
-  " igh_bus looks into device-description files, lists and runs EtherCAT buses,\n and reaches objects and registers of their slaves.")
+  "igh_bus looks into device-description files, lists and runs EtherCAT buses,\nand reaches objects and registers of their slaves.")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS ${runtime_depends})
 
