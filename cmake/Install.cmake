@@ -2,12 +2,12 @@
 # master, where the library is built on it), dev, tools.
 include(CMakePackageConfigHelpers)
 
-# The installed file finds the libraries beside it from its own place, so that a prefix can be moved. None for /usr,
-# which the loader searches anyway.
+# The installed file finds the libraries beside it from its own place, so that a prefix can be moved; under /usr the loader
+# finds them by itself. The link path is for the real master, which usually lives under a prefix of its own.
 function(set_search_path target path)
+  set_target_properties(${target} PROPERTIES INSTALL_RPATH_USE_LINK_PATH ON)
   if(NOT CMAKE_INSTALL_PREFIX STREQUAL "/usr")
-    # The link path: the real master usually lives under a prefix of its own, such as /opt/etherlab.
-    set_target_properties(${target} PROPERTIES INSTALL_RPATH ${path} INSTALL_RPATH_USE_LINK_PATH ON)
+    set_target_properties(${target} PROPERTIES INSTALL_RPATH ${path})
   endif()
 endfunction()
 

@@ -31,7 +31,6 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/src ${PROJECT_BINARY_DIR}/simulation)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
-
 set(CPACK_DEBIAN_PACKAGE_SOURCE igh-master)
 # Each package has a summary of its own; without this the project's would stand before it.
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
@@ -40,11 +39,6 @@ macro(describe component package summary text)
   set(CPACK_DEBIAN_${component}_PACKAGE_NAME ${package})
   set(CPACK_COMPONENT_${component}_DESCRIPTION "${summary}\n${text}\n${deb_platform}")
 endmacro()
-# Multiarch only where the library folder has the architecture in its name, as it has for the prefix /usr.
-if(CMAKE_LIBRARY_ARCHITECTURE AND CMAKE_INSTALL_LIBDIR MATCHES "/${CMAKE_LIBRARY_ARCHITECTURE}$")
-  set(CPACK_DEBIAN_RUNTIME_PACKAGE_MULTIARCH same)
-  set(CPACK_DEBIAN_SIMULATION_PACKAGE_MULTIARCH same)
-endif()
 
 describe(RUNTIME libigh-master1 "EtherCAT buses for real-time applications"
   "libigh_master.so loads device-description files, configures the slaves on\nan EtherCAT bus and exchanges process data once per call.")

@@ -10,6 +10,7 @@ cp "$library" "$work/tree/usr/lib/libigh_master.so.1"
 (cd "$work" && dpkg-gensymbols -c4 -plibigh-master1 -v1.0.0 -I"$SOURCE/packaging/debian/symbols" -Ptree -Onew) ||
   complain "the names are not those of packaging/debian/symbols"
 
-abidiff --drop-private-types --no-architecture --headers-dir2 "$SOURCE/include" "$SOURCE/packaging/abi/libigh_master.abi" "$library" ||
+# Also what abidiff takes for harmless, such as a new enumerator. Without --headers-dir: it would pass over records.
+abidiff --no-architecture --harmless "$SOURCE/packaging/abi/libigh_master.abi" "$library" ||
   complain "the interface is not that of packaging/abi/libigh_master.abi (record.sh beside it records a deliberate change)"
 exit $failed
