@@ -1,0 +1,68 @@
+# cpack -G DEB: one package per component. Names follow the sonames.
+set(IGH_MASTER_MAINTAINER "The igh_master authors <igh-master@example.org>" CACHE STRING "Maintainer of the Debian packages")
+
+set(deb_version ${PROJECT_VERSION})
+set(CPACK_COMPONENTS_ALL runtime dev)
+set(simulation_depends "")
+set(deb_platform "It drives the bus through the IgH EtherCAT Master.")
+if(TARGET ethercat_simulation)
+  # Older than the same version for the real master, which so replaces it.
+  string(APPEND deb_version "~simulated")
+  set(deb_platform "This build runs on the simulated master: it drives no hardware.")
+  list(APPEND CPACK_COMPONENTS_ALL simulation)
+  set(simulation_depends "libethercat-simulation1 (= ${deb_version})")
+endif()
+if(TARGET igh_bus)
+  list(APPEND CPACK_COMPONENTS_ALL tools)
+endif()
+set(runtime_depends "libigh-master1 (= ${deb_version})")
+
+set(CPACK_PACKAGE_NAME igh-master)
+set(CPACK_PACKAGE_VERSION ${deb_version})
+set(CPACK_PACKAGE_CONTACT ${IGH_MASTER_MAINTAINER})
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_GENERATOR DEB)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/src ${PROJECT_BINARY_DIR}/simulation)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
+set(CPACK_DEBIAN_PACKAGE_SOURCE igh-master)
+# Each package has a summary of its own; without this the project's would stand before it.
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
+
+macro(describe component package summary text)
+  set(CPACK_DEBIAN_${component}_PACKAGE_NAME ${package})
+  set(CPACK_COMPONENT_${component}_DESCRIPTION "${summary}\n${text}\n${deb_platform}")
+endmacro()
+
+describe(RUNTIME libigh-master1 "EtherCAT buses for real-time applications"
+  "libigh_master.so loads device-description files, configures the slaves on\nan EtherCAT bus and exchanges process data once per call.")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS ${simulation_depends})
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_LIST_DIR}/symbols ${CMAKE_CURRENT_LIST_DIR}/triggers)
+
+describe(SIMULATION libethercat-simulation1 "Simulated IgH EtherCAT Master"
+  "libethercat_simulation.so stands in for the user library of the IgH EtherCAT\nMaster, for tests and development without hardware.")
+set(CPACK_DEBIAN_SIMULATION_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_LIST_DIR}/triggers)
+
+describe(DEV libigh-master-dev "EtherCAT buses for real-time applications (development files)"
+  "Header, CMake package, pkg-config file, manual pages, documents and examples\nof libigh_master.so.")
+set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS ${runtime_depends} ${simulation_depends})
+list(JOIN CPACK_DEBIAN_DEV_PACKAGE_DEPENDS ", " CPACK_DEBIAN_DEV_PACKAGE_DEPENDS)
+
+describe(TOOLS igh-master-tools "EtherCAT buses from the command line"
+  "igh_bus looks into device-description files, lists and runs EtherCAT buses,\nand reaches objects and registers of their slaves.")
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS ${runtime_depends})
+
+# What Debian wants in every package is added behind the installation.
+set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/stage.cmake)
+set(CPACK_IGH_MASTER_SOURCE ${PROJECT_SOURCE_DIR})
+set(CPACK_IGH_MASTER_DATE ${IGH_MASTER_DATE})
+set(CPACK_IGH_MASTER_DOCDIR ${CMAKE_INSTALL_DOCDIR})
+include(CPack)
