@@ -15,7 +15,7 @@ endif()
 
 set(man_scripts ${CMAKE_CURRENT_SOURCE_DIR}/man)
 add_custom_command(OUTPUT ${manual_dir}/man3/igh_master.3
-  COMMAND Python3::Interpreter ${man_scripts}/header_page.py ${PROJECT_SOURCE_DIR}/include/igh_master.h ${manual_dir}/man3
+  COMMAND Python3::Interpreter -B ${man_scripts}/header_page.py ${PROJECT_SOURCE_DIR}/include/igh_master.h ${manual_dir}/man3
     ${IGH_MASTER_DATE} ${page_source}
   DEPENDS ${man_scripts}/header_page.py ${man_scripts}/roff.py ${PROJECT_SOURCE_DIR}/include/igh_master.h VERBATIM)
 install(DIRECTORY ${manual_dir}/man3 DESTINATION ${CMAKE_INSTALL_MANDIR} COMPONENT dev)
@@ -24,8 +24,8 @@ set(pages ${manual_dir}/man3/igh_master.3)
 if(TARGET ethercat_simulation)
   set(document ${PROJECT_SOURCE_DIR}/docs/simulated-master.md)
   add_custom_command(OUTPUT ${manual_dir}/bus-file.5
-    COMMAND Python3::Interpreter ${man_scripts}/markdown_page.py ${document} ${manual_dir}/bus-file.5 bus-file 5
-      ${IGH_MASTER_DATE} ${page_source} "description of a simulated EtherCAT bus" "A bus from a file" "What it does not do"
+    COMMAND Python3::Interpreter -B ${man_scripts}/markdown_page.py ${document} ${manual_dir}/bus-file.5 bus-file 5
+      ${IGH_MASTER_DATE} ${page_source} "description of a simulated EtherCAT bus" "A bus from a file" "A bus in C++" "What it does not do"
     DEPENDS ${man_scripts}/markdown_page.py ${man_scripts}/roff.py ${document} VERBATIM)
   install(FILES ${manual_dir}/bus-file.5 DESTINATION ${CMAKE_INSTALL_MANDIR}/man5 COMPONENT tools)
   list(APPEND pages ${manual_dir}/bus-file.5)

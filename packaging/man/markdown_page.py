@@ -1,4 +1,5 @@
-"""markdown_page.py DOCUMENT OUTPUT NAME SECTION DATE SOURCE SUMMARY HEADING...: chapters of a document as a manual page.
+"""markdown_page.py DOCUMENT OUTPUT NAME SECTION DATE SOURCE SUMMARY FIRST BEFORE OTHER...: chapters of a document as a
+manual page: those from FIRST on that stand before BEFORE, and the others.
 
 Only what the project's documents use: headings, paragraphs, lists, fenced code and tables. A chapter that is not
 there is an error: the page must not become empty unnoticed."""
@@ -59,14 +60,16 @@ def add_chapter(page, lines):
             page.heading(line.lstrip("# "), 2)
 
 
-def main(document, output, name, section, date, source, summary, *headings):
+def main(document, output, name, section, date, source, summary, first, before, *others):
     page = roff.Page(name, section, date, source, "File Formats Manual")
     page.heading("Name")
     page.text(rf"{roff.verbatim(name)} \- {roff.escape(summary)}")
     found = dict(chapters(pathlib.Path(document).read_text(encoding="utf-8")))
-    for heading in headings:
+    order = list(found)
+    for heading in (first, before, *others):
         if heading not in found:
             sys.exit(f"{document} has no chapter '{heading}'")
+    for heading in [*order[order.index(first):order.index(before)], *others]:
         page.heading(heading)
         add_chapter(page, found[heading])
     page.heading("See also")
