@@ -1,6 +1,8 @@
 // ecrt_slave_config_*.
 #include "Invoke.h"
 
+#include <new>
+
 using namespace ethercat_simulation;
 
 namespace {
@@ -38,6 +40,15 @@ std::string syncsText(unsigned int count, const ec_sync_info_t* syncs) {
   return text + "]";
 }
 
+// Null when there is no memory for a buffer of that size, as the real library has it.
+ec_sdo_request_t* createRequest(SlaveConfiguration& configuration, const SdoPlace& place, std::size_t size) {
+  try {
+    return configuration.master().createSdoRequest(configuration, place, size);
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
+
 } // namespace
 
 int ecrt_slave_config_pdos(ec_slave_config_t* sc, unsigned int n_syncs, const ec_sync_info_t syncs[]) {
@@ -67,9 +78,7 @@ ec_sdo_request_t* ecrt_slave_config_create_sdo_request(ec_slave_config_t* sc, ui
   const SdoPlace place{index, subindex, false};
   return invoke<SlaveConfiguration, ec_sdo_request_t*>(
       Call::createSdoRequest, sc, nullptr,
-      [&](SlaveConfiguration& configuration) {
-        return configuration.master().createSdoRequest(configuration, place, size);
-      },
+      [&](SlaveConfiguration& configuration) { return createRequest(configuration, place, size); },
       [&](const SlaveConfiguration& configuration) {
         return configuration.place() + ", " + hexText(index, 4) + ":" + hexText(subindex, 2).substr(2) +
                ", " + std::to_string(size);
@@ -81,9 +90,7 @@ ec_sdo_request_t* ecrt_slave_config_create_sdo_request_complete(ec_slave_config_
   const SdoPlace place{index, 0, true};
   return invoke<SlaveConfiguration, ec_sdo_request_t*>(
       Call::createSdoRequestComplete, sc, nullptr,
-      [&](SlaveConfiguration& configuration) {
-        return configuration.master().createSdoRequest(configuration, place, size);
-      },
+      [&](SlaveConfiguration& configuration) { return createRequest(configuration, place, size); },
       [&](const SlaveConfiguration& configuration) {
         return configuration.place() + ", " + hexText(index, 4) + ", " + std::to_string(size);
       });

@@ -23,6 +23,8 @@ public:
   typedef void (*ERROR_CALLBACK)(unsigned int deviceId, unsigned int slave, int errorCode, void* userData);
   typedef void (*EXCHANGE_CALLBACK)(void* userData);
 
+  using _SDO_INFO_KEY = ::_SDO_INFO_KEY;
+  using _SDO_INFO_OBJECT = ::_SDO_INFO_OBJECT;
   struct _PDO_ENTRY_INFO_KEY {
     unsigned int slave = 0;
     std::string name;
@@ -179,7 +181,7 @@ private:
   static unsigned int sdoSizeOf(ETHERCAT_DATA_TYPE type, unsigned int count);
   bool createSdo(const _SDO_INFO_KEY& key, ETHERCAT_DATA_TYPE type, unsigned long size, int timeout,
                  bool read, unsigned int* id, const char* sizeText, const char* failureText);
-  static void provideWriteBuffer(_SDO_INFO_OBJECT& object);
+  static bool provideWriteBuffer(_SDO_INFO_OBJECT& object);
   bool requestSdo(const _SDO_INFO_KEY& key, _SDO_INFO_OBJECT& object);
   void renewSdoRequests();
   void dropSdoRequests();

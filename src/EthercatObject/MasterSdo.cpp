@@ -6,6 +6,7 @@
 #include "EthercatDataHelper/EthercatDataHelper.h"
 
 #include <cstdio>
+#include <new>
 
 namespace {
 
@@ -63,8 +64,13 @@ bool CEthercatMaster::createSdo(const _SDO_INFO_KEY& key, ETHERCAT_DATA_TYPE typ
     return false;
   }
   if (_SDO_INFO_OBJECT* const shared = m_sdoInfo.share(key, read, *id)) {
-    provideWriteBuffer(*shared);
-    return true;
+    if (provideWriteBuffer(*shared)) {
+      return true;
+    }
+    shared->users.remove(read);
+    *id = INVALID_ID;
+    std::fputs(failureText, stderr);
+    return false;
   }
   _SDO_INFO_OBJECT& object = m_sdoInfo.nextFree();
   m_sdoInfo.enterKey(key);
@@ -72,8 +78,7 @@ bool CEthercatMaster::createSdo(const _SDO_INFO_KEY& key, ETHERCAT_DATA_TYPE typ
   object.dataType = type;
   object.size = size;
   object.timeoutMs = timeout;
-  provideWriteBuffer(object);
-  if (!requestSdo(key, object)) {
+  if (!requestSdo(key, object) || !provideWriteBuffer(object)) {
     *id = INVALID_ID;
     object.resetSdoInfo();
     std::fputs(failureText, stderr);
@@ -83,9 +88,15 @@ bool CEthercatMaster::createSdo(const _SDO_INFO_KEY& key, ETHERCAT_DATA_TYPE typ
   return true;
 }
 
-void CEthercatMaster::provideWriteBuffer(_SDO_INFO_OBJECT& object) {
-  if ((object.users.flags & HANDLE_WRITABLE) != 0) {
-    object.writeBuffer.resize(object.size);
+// False when there is no memory: the size is the caller's.
+bool CEthercatMaster::provideWriteBuffer(_SDO_INFO_OBJECT& object) {
+  try {
+    if ((object.users.flags & HANDLE_WRITABLE) != 0) {
+      object.writeBuffer.resize(object.size);
+    }
+    return true;
+  } catch (const std::bad_alloc&) {
+    return false;
   }
 }
 

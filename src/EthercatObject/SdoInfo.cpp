@@ -56,15 +56,17 @@ bool _SDO_INFO_OBJECT::exportSdoData() {
 }
 
 void _SDO_INFO_OBJECT::issue(bool read) {
-  inProgress = true;
-  inProgressIsRead = read;
   if (read) {
     static_cast<void>(ecrt_sdo_request_read(request));
-    return;
+  } else {
+    unsigned char* const data = ecrt_sdo_request_data(request);
+    if (data != nullptr) {
+      std::copy(writeBuffer.begin(), writeBuffer.end(), data);
+    }
+    static_cast<void>(ecrt_sdo_request_write(request));
   }
-  unsigned char* const data = ecrt_sdo_request_data(request);
-  if (data != nullptr) {
-    std::copy(writeBuffer.begin(), writeBuffer.end(), data);
-  }
-  static_cast<void>(ecrt_sdo_request_write(request));
+  // A call that the platform refused tells nothing, and leaves the success of an earlier transfer standing:
+  // that must not count as the end of this one.
+  inProgress = ecrt_sdo_request_state(request) != EC_REQUEST_SUCCESS;
+  inProgressIsRead = read;
 }

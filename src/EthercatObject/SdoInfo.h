@@ -70,7 +70,8 @@ struct _SDO_INFO_OBJECT {
   void finish(bool read);
   // Hands the finished read to its destination. A raw read of a typed request delivers nothing.
   bool exportSdoData();
-  // Copies the write buffer to the platform and starts the write, or starts the read.
+  // Copies the write buffer to the platform and starts the write, or starts the read; in progress when the
+  // platform has taken it.
   void issue(bool read);
 };
 

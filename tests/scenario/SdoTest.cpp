@@ -1,78 +1,7 @@
-#include "Fixture.h"
+#include "SdoFixture.h"
 
 namespace scenario {
 namespace {
-
-using ethercat_simulation::SdoFault;
-
-const Device drive = [] {
-  Device device = byteIo;
-  device.objects = {{0x2000, 1, {1, 0}},
-                    {0x2000, 2, {2, 0}},
-                    {0x2000, 3, {3, 0}},
-                    {0x3000, 0, {2}},
-                    {0x3000, 1, {0x11, 0x22}},
-                    {0x3000, 2, {0x33, 0x44}},
-                    {0x4000, 0, {0xFE, 0xFF, 5, 0}}};
-  return device;
-}();
-
-class SdoTest : public Scenario {
-protected:
-  // Between configuration and activation.
-  void prepare() {
-    build({drive});
-    capture([] {
-      igh_master_scan(0, nullptr);
-      igh_master_config_all_slave(0);
-    });
-  }
-  static std::uint32_t create(std::uint16_t index, std::uint8_t subindex, bool read,
-                              ETHERCAT_DATA_TYPE type = DATA_TYPE_UINT, std::uint32_t count = 1) {
-    std::uint32_t id = 0xEEEE;
-    EXPECT_TRUE(igh_master_create_sdo_request_ex(0, 0, index, subindex, type, count, 500, read, &id));
-    return id;
-  }
-  void toOp() {
-    capture([this] {
-      EXPECT_TRUE(igh_master_active(0));
-      cycleUntil(8);
-    });
-  }
-  // What happened to which subindex in each cycle: r or w for issued, . for busy, = for done, ! for failed
-  // and issued again; - for nothing.
-  std::string steps(unsigned int cycles) {
-    std::string text;
-    bus().setTracing(true);
-    while (cycles-- > 0) {
-      bus().clearTrace();
-      cycle();
-      char issued = 0;
-      std::string step = "-";
-      for (const ethercat_simulation::TraceEntry& entry : bus().trace()) {
-        if (entry.call == Call::sdoState) {
-          step = std::string(1, entry.text[entry.text.find(')') - 1]) + "=.=!"[entry.text.back() - '0'];
-        }
-        issued = entry.call == Call::sdoRead ? 'r' : entry.call == Call::sdoWrite ? 'w' : issued;
-      }
-      if (issued != 0 && step.back() == '=') {
-        step.back() = issued;
-      }
-      text += (text.empty() ? "" : " ") + step;
-    }
-    bus().setTracing(false);
-    return text;
-  }
-  // A read of request 0 leaves the cursor behind its read phase.
-  void home() {
-    bool done = false;
-    double value = 0;
-    EXPECT_TRUE(igh_master_sdo_recv(0, 0, &value, &done));
-    while (!done) {
-      cycle();
-    }
-  }
-};
 
 TEST_F(SdoTest, ArmedRequestsCompleteInCursorOrderOneStepPerCycle) {
   prepare();
@@ -197,6 +126,8 @@ TEST_F(SdoTest, RefusalsSayWhy) {
   // A slave that was not configured has no request.
   EXPECT_EQ(typed(0, DATA_TYPE_UINT, 1), "Failed to create SDO request.\n");
   EXPECT_EQ(id, 0xFFFFFFFFU);
+  EXPECT_EQ(typed(0, DATA_TYPE_ULINT, 0x1FFFFFFF),
+            "Failed to create SDO request.\n"); // before any memory is taken
   EXPECT_EQ(capture([&] { igh_master_create_raw_sdo_request_complete(0, 0, 0x3000, 6, 0, true, &id); }).err,
             "Failed to create complete SDO request.\n");
   igh_master_config_all_slave(0);
@@ -231,63 +162,6 @@ TEST_F(SdoTest, RefusalsSayWhy) {
   EXPECT_FALSE(igh_master_process_sdo_immediately(0, 0));
   outOfOrderExpected = true; // made while the master is active
   EXPECT_EQ(create(0x2000, 3, true), 0U);
-}
-
-TEST_F(SdoTest, TheLastUserOfADirectionTakesItsTransferAway) {
-  prepare();
-  const std::uint32_t id = create(0x2000, 1, true);
-  create(0x2000, 1, true);
-  create(0x2000, 1, false);
-  toOp();
-  home();
-  double value = -1;
-  bool readDone = false;
-  bool writeDone = false;
-  EXPECT_TRUE(igh_master_sdo_recv(0, id, &value, &readDone));
-  EXPECT_EQ(steps(3), "- 1r 1.");
-  igh_master_destroy_sdo_request(0, id, true);
-  EXPECT_EQ(steps(1), "1."); // one reader left
-  igh_master_destroy_sdo_request(0, id, true);
-  EXPECT_TRUE(igh_master_sdo_send(0, id, 0x0809, &writeDone));
-  std::string seen;
-  for (int left = 20; left > 0 && !writeDone; --left) {
-    EXPECT_EQ(bus().objectValue(0, 0x2000, 1), (Bytes{1, 0}));
-    seen += steps(1) + " ";
-  }
-  EXPECT_EQ(bus().objectValue(0, 0x2000, 1), (Bytes{9, 8}));
-  EXPECT_THAT(seen, testing::EndsWith("1w 1. 1. 1= ")); // the end of the withdrawn read was not the write's
-  EXPECT_TRUE(!readDone && value == -1);
-  igh_master_destroy_sdo_request(0, id, false);
-  EXPECT_FALSE(igh_master_sdo_send(0, id, 1, &writeDone));
-}
-
-TEST_F(SdoTest, ActivatingAgainRenewsRequestsAndStartsPendingTransfersOver) {
-  prepare();
-  create(0x2000, 1, true);
-  const std::uint32_t writer = create(0x2000, 2, false);
-  std::uint32_t whole = 0;
-  EXPECT_TRUE(igh_master_create_raw_sdo_request_complete(0, 0, 0x3000, 6, 700, true, &whole));
-  toOp();
-  home();
-  bool done[2] = {};
-  Bytes object(6);
-  EXPECT_TRUE(igh_master_sdo_send(0, writer, 7, &done[0]));
-  EXPECT_TRUE(igh_master_raw_sdo_recv(0, whole, object.data(), 6, &done[1]));
-  EXPECT_EQ(steps(2), "2w 2.");
-  bus().setReactivationUnmapped(false);
-  bus().setTracing(true);
-  toOp();
-  EXPECT_THAT(callTexts(Call::createSdoRequestComplete),
-              testing::StartsWith(
-                  "ecrt_slave_config_create_sdo_request_complete(0:0, 0x3000, 6) = 0:0 0x3000:complete"));
-  EXPECT_THAT(callTexts(Call::sdoTimeout),
-              testing::StartsWith("ecrt_sdo_request_timeout(0:0 0x2000:01, 500)"));
-  EXPECT_LT(calls().find("create_sdo_request_complete"), calls().find("master_activate"));
-  bus().setTracing(false);
-  cycle(12);
-  EXPECT_TRUE(done[0] && done[1]);
-  EXPECT_EQ(bus().objectValue(0, 0x2000, 2), (Bytes{7, 0}));
-  EXPECT_EQ(object, (Bytes{2, 0, 0x11, 0x22, 0x33, 0x44}));
 }
 
 } // namespace
