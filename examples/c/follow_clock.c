@@ -1,5 +1,6 @@
 /* Follows the reference clock of the bus: DESCRIPTION.xml... [-n CYCLES], 500 us per cycle. Prints how far
- * the master's time has been moved, and how the difference shrinks. */
+ * the master's time has been moved, and how the difference shrinks. Ends with 0 when OP was held to the end.
+ */
 #define _POSIX_C_SOURCE 200809L
 #include <igh_master.h>
 
@@ -33,33 +34,39 @@ static void sleep_until(int64_t wake_ns) {
 
 /* The master's time is the real time less the offset. Where the offset grows, the bus time runs slower than
  * this machine's: the next cycle has to wait by as much, or the cycle would wander through the bus period. */
-static uint32_t cycle(long cycles) {
+static bool holds_op(long cycles) {
   struct timespec now;
   int64_t wake_ns, offset = 0, printed = 0;
+  long printed_at = 0;
   uint32_t state = 0;
+  bool lost = false;
 
   clock_gettime(CLOCK_MONOTONIC, &now);
   wake_ns = (int64_t)now.tv_sec * 1000000000 + now.tv_nsec;
   for (long i = 1; i <= cycles; ++i) {
     const int64_t before = offset;
+    const bool was_op = state == OP;
     sleep_until(wake_ns);
     igh_master_exchange(MASTER, NULL, NULL);
     offset = offset_ns();
     wake_ns += PERIOD_NS + offset - before;
-    if (i % CYCLES_PER_LINE != 0)
+    igh_master_get_state(MASTER, &state);
+    lost = lost || (was_op && state != OP);
+    if (i % CYCLES_PER_LINE != 0 && i != cycles)
       continue;
     /* A real machine prints from another thread. */
     printf("cycle %ld: offset %lld ns, moving by %.3f ppm\n", i, (long long)offset,
-           (double)(offset - printed) * 1e6 / ((double)PERIOD_NS * CYCLES_PER_LINE));
+           (double)(offset - printed) * 1e6 / ((double)PERIOD_NS * (double)(i - printed_at)));
     printed = offset;
+    printed_at = i;
   }
-  igh_master_get_state(MASTER, &state);
-  return state;
+  printf("AL state: %u%s\n", (unsigned)state, lost ? ", OP was lost on the way" : "");
+  return state == OP && !lost;
 }
 
 int main(int argc, char** argv) {
   long cycles = 20000;
-  uint32_t state;
+  bool held;
 
   if (argc < 2)
     return fprintf(stderr, "usage: %s DESCRIPTION.xml... [-n CYCLES]\n", argv[0]), 2;
@@ -72,6 +79,8 @@ int main(int argc, char** argv) {
     else if (!igh_master_append_eni(MASTER, argv[i]))
       return failed("a description file was not loaded");
   }
+  if (cycles < 1)
+    return failed("the number of cycles must be 1 or more");
   if (!igh_master_scan(MASTER, NULL))
     return failed("no slaves on the bus");
   igh_master_config_all_slave(MASTER);
@@ -79,8 +88,7 @@ int main(int argc, char** argv) {
   igh_master_set_dc_debug_enable(MASTER, true);
   if (!igh_master_active(MASTER))
     return failed("the master was not activated");
-  state = cycle(cycles);
-  printf("AL state: %u\n", (unsigned)state);
+  held = holds_op(cycles);
   igh_master_uninitialize(MASTER);
-  return state == OP ? 0 : 1;
+  return held ? 0 : 1;
 }

@@ -1,18 +1,19 @@
 #!/usr/bin/env python3
-"""The main job from Python: the example machine to OP, a position to a drive and back, an object read by SDO.
+"""The main job from Python: a machine to OP, a position to a drive and back, an SDO read.
 
     run_machine.py [--library libigh_master.so] [--cycles N] DESCRIPTION.xml...
 
-Only the standard library is needed. Python is no real-time language: this shows that the interface works from
-another language, and serves for trying things out.
+The library is the one of --library, else of the environment variable IGH_MASTER_LIBRARY, else
+the installed one. Only Python's standard library is needed. Python is no real-time language: this
+shows that the interface works from another language, and serves for trying things out.
 """
 import argparse
 import ctypes
 import os
 import sys
 import time
-from ctypes import (CFUNCTYPE, POINTER, byref, c_bool, c_char_p, c_double, c_int, c_int32, c_uint, c_uint8,
-                    c_uint16, c_uint32, c_void_p)
+from ctypes import (CFUNCTYPE, POINTER, byref, c_bool, c_char_p, c_double, c_int, c_int32, c_uint,
+                    c_uint8, c_uint16, c_uint32, c_void_p)
 
 MASTER = 0
 PERIOD_NS = 1_000_000
@@ -35,7 +36,8 @@ FUNCTIONS = {
     "create_pdo_info": (c_bool, c_uint32, c_char_p, c_bool, POINTER(c_uint32)),
     "pdo_send": (c_bool, c_uint32, c_double),
     "pdo_recv": (c_bool, c_uint32, POINTER(c_double)),
-    "create_sdo_request": (c_bool, c_uint32, c_uint16, c_uint8, c_int, c_int32, c_bool, POINTER(c_uint32)),
+    "create_sdo_request": (c_bool, c_uint32, c_uint16, c_uint8, c_int, c_int32, c_bool,
+                           POINTER(c_uint32)),
     "sdo_recv": (c_bool, c_uint32, POINTER(c_double), POINTER(c_bool)),
     "active": (c_bool,),
     "exchange": (c_bool, ExchangeCallback, c_void_p),
@@ -107,18 +109,24 @@ def run(master, descriptions, cycles):
     master.get_state(byref(state))
     print(f"{count.value} slaves, {len(callbacks)} callbacks, {len(errors)} errors")
     print(f"Position actual value: {position.value:.0f}")
-    print(f"Mode of operation: {mode_of_operation.value:.0f}" if done.value else "Mode of operation: no answer")
+    answer = f"{mode_of_operation.value:.0f}" if done.value else "no answer"
+    print(f"Mode of operation: {answer}")
     print(f"AL state: {state.value}")
     return 0 if state.value == OP and done.value else 1
 
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
-    parser.add_argument("--library", default="libigh_master.so")
+    parser.add_argument("--library",
+                        default=os.environ.get("IGH_MASTER_LIBRARY", "libigh_master.so"))
     parser.add_argument("--cycles", type=int, default=2000)
     parser.add_argument("descriptions", nargs="+", metavar="DESCRIPTION.xml")
     options = parser.parse_args()
-    master = Master(ctypes.CDLL(options.library))
+    try:
+        master = Master(ctypes.CDLL(options.library))
+    except OSError as error:
+        print(f"run_machine: {error}", file=sys.stderr)
+        return 1
     try:
         master.initialize(PERIOD_NS, False)
         return run(master, options.descriptions, options.cycles)
