@@ -21,6 +21,9 @@ def stock(header, minor):
                     "#define ECRT_VERSION_MAGIC ECRT_VERSION(ECRT_VER_MAJOR, ECRT_VER_MINOR)", header)
     header = re.sub(r"ec_sdo_request_t\* ecrt_slave_config_create_sdo_request_complete\([^;]*;\n", "", header)
     header = re.sub(r"  unsigned int scan_busy.*\n", "", header)
+    header = header.replace("EC_DIR_BOTH, ", "")
+    # The record of a slave is as large, with other places: its state follows the ports at once.
+    header = re.sub(r"  uint8_t (upstream_port|scan_required|ready|bypassed);\n", "", header)
     # Of a configuration's state only online, operational and al_state.
     return re.sub(r"(unsigned int al_state : 4;.*\n)  unsigned int error_flag.*\n.*ready.*\n.*position.*\n", r"\1", header)
 
@@ -33,11 +36,18 @@ def of_release(header, release):
         return header.replace("#define EC_HAVE_SYNC_TO\n", "").replace("size_t ecrt_master_send", "void ecrt_master_send")
     for name in VOID_IN_PATCHED:
         header = header.replace(f"void ecrt_{name}(", f"int ecrt_{name}(")
+    for argument in ("ecrt_domain_data(ec_domain_t*", "ecrt_sdo_request_data(ec_sdo_request_t*",
+                     "ecrt_master_reference_clock_time(ec_master_t*"):
+        header = header.replace(argument, argument.replace("(", "(const "))
     return header.replace("size_t ecrt_master_send", "int ecrt_master_send")
 
 
 def stubs(header):
-    text = "#include <ecrt.h>\n"
+    # What the releases are known to have, so that a slip in the changes above is no quiet pass.
+    al_state, size = (105 if "upstream_port" in header else 104), 176
+    text = ("#include <ecrt.h>\n"
+            f'_Static_assert(offsetof(ec_slave_info_t, al_state) == {al_state} && sizeof(ec_slave_info_t) == {size}, "");\n'
+            '_Static_assert(sizeof(ec_slave_config_state_t) == 4 && sizeof(ec_master_state_t) == 8, "");\n')
     for result, name, arguments in re.findall(r"^([\w ]+\*? ?)\b(ecrt_\w+)\(([^;]*)\);", header, re.MULTILINE):
         value = "ECRT_VERSION_MAGIC" if name == "ecrt_version_magic" else "0"
         body = "" if result.strip() == "void" else f"return {value};"
