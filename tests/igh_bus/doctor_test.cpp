@@ -47,6 +47,13 @@ TEST(Doctor, FindsWhatKeepsAMachineFromRunningABus) {
             "!device node?kernel?locked memory?isolated processors?frequency governor?clock source");
   facts.ioctlMagic = 99;
   EXPECT_EQ(complaints(facts).rfind("?device node", 0), 0U);
+  // The module of stock 1.5.2 fits its own header only, whose version word has two numbers.
+  facts = readyMachine();
+  facts.ioctlMagic = 27;
+  EXPECT_EQ(complaints(facts), "?device node");
+  facts.headerVersion = facts.libraryVersion = 0x0105;
+  EXPECT_EQ(complaints(facts), "");
+  EXPECT_EQ(igh_bus::diagnose(facts)[1].text, "1.5, as the header");
 }
 
 TEST(Doctor, TellsASimulatedBuild) {

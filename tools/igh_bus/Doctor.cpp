@@ -13,8 +13,12 @@
 namespace igh_bus {
 namespace {
 
-// Of the kernel modules whose register and state requests have the layout that the library uses.
-constexpr std::uint32_t knownMagics[] = {36, 37, 33};
+// Register and state requests of the module have the layout that this build uses. The module of stock 1.5.2,
+// 27, has a layout of its own, which only a build with that header has.
+bool isKnownMagic(std::uint32_t magic, std::uint32_t headerVersion) {
+  constexpr std::uint32_t stock15 = 0x0105;
+  return magic == 36 || magic == 37 || magic == 33 || (magic == 27 && headerVersion == stock15);
+}
 
 std::uint64_t softLimit(decltype(RLIMIT_MEMLOCK) resource) {
   rlimit limit{};
@@ -34,7 +38,10 @@ void lookAtDevice(Facts& facts) {
   close(device);
 }
 
+// Stock releases leave the third number out of the word.
 std::string release(std::uint32_t magic) {
+  if (magic <= 0xFFFFU)
+    return format("%u.%u", magic >> 8, magic & 0xFFU);
   return format("%u.%u.%u", magic >> 16, magic >> 8 & 0xFFU, magic & 0xFFU);
 }
 
@@ -63,10 +70,8 @@ Finding device(const Facts& facts) {
                 : "start the master: systemctl start ethercat; is MASTER0_DEVICE set in its configuration?"};
   if (!facts.ioctlMagic)
     return {Finding::failure, "device node", facts.device + " is no device of the master", "remove the file"};
-  for (const auto known : knownMagics) {
-    if (*facts.ioctlMagic == known)
-      return {Finding::ok, "device node", facts.device + format(", ioctl magic %u", known), ""};
-  }
+  if (isKnownMagic(*facts.ioctlMagic, facts.headerVersion))
+    return {Finding::ok, "device node", facts.device + format(", ioctl magic %u", *facts.ioctlMagic), ""};
   return {Finding::warning, "device node",
           facts.device + format(", unknown ioctl magic %u", *facts.ioctlMagic),
           "registers and state requests may not work with this release of the kernel module"};
