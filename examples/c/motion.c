@@ -192,7 +192,7 @@ int main(int argc, char** argv) {
   static Problem problem;
   char fault[96] = "";
   const struct sched_param priority = {.sched_priority = 80};
-  const long cycles = argc == 3 ? strtol(argv[2], NULL, 10) : 10 * PERIODS_PER_S;
+  const long cycles = argc == 3 ? strtol(argv[2], NULL, 10) : 10L * PERIODS_PER_S;
   if (argc < 2 || argc > 3 || cycles < 1)
     return fprintf(stderr, "usage: %s DESCRIPTION.xml [CYCLES]\n", argv[0]), 2;
   if (!igh_master_initialize(MASTER, PERIOD_NS, false) || !igh_master_append_eni(MASTER, argv[1]))

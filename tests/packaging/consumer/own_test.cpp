@@ -1,4 +1,5 @@
-// The test of a user who has the packages: a bus of his own, the link lost, registers through the device file.
+// The test of a user who has the packages: a bus of his own, the link lost, registers through the device
+// file.
 #include <ecrt.h> // of the simulation: comes with IghMaster::simulation alone
 #include <ethercat_simulation/Simulation.h>
 #include <igh_master.h>
