@@ -4,12 +4,13 @@
 # RELEASE search: what configure finds and what it refuses, in which words; nothing is built.
 set -euo pipefail
 source=$1 work=$2/$3 release=$3
+ccache=$(command -v ccache >/dev/null && echo -DCMAKE_CXX_COMPILER_LAUNCHER=ccache || true)
 rm -rf "$work"
 mkdir -p "$work"
 fail() { printf '%s\n' "$@"; exit 1; }
 make_release() { python3 "$source/tests/platform/release.py" "$1" "$source/simulation/include/ecrt.h" "$work/$1"; }
 configure() { # prefix, then options
-  cmake -G Ninja -S "$source" -B "$work/build" -DETHERCAT_ROOT="$1" -DCMAKE_BUILD_TYPE=None "${@:2}" 2>&1
+  cmake -G Ninja -S "$source" -B "$work/build" -DETHERCAT_ROOT="$1" -DCMAKE_BUILD_TYPE=None ${ccache:+"$ccache"} "${@:2}" 2>&1
 }
 expect() { grep -qF -- "$1" <<<"$2" || fail "missing: $1" "$2"; }
 expect_not() { if grep -qF -- "$1" <<<"$2"; then fail "not wanted: $1" "$2"; fi; }
