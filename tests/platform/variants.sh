@@ -4,7 +4,7 @@
 # RELEASE search: what configure finds and what it refuses, in which words; nothing is built.
 set -euo pipefail
 source=$1 work=$2/$3 release=$3
-ccache=$(command -v ccache >/dev/null && echo -DCMAKE_CXX_COMPILER_LAUNCHER=ccache || true)
+if command -v ccache >/dev/null; then ccache=-DCMAKE_CXX_COMPILER_LAUNCHER=ccache; else ccache=; fi
 rm -rf "$work"
 mkdir -p "$work"
 fail() { printf '%s\n' "$@"; exit 1; }
