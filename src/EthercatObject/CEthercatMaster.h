@@ -181,7 +181,6 @@ private:
   static unsigned int sdoSizeOf(ETHERCAT_DATA_TYPE type, unsigned int count);
   bool createSdo(const _SDO_INFO_KEY& key, ETHERCAT_DATA_TYPE type, unsigned long size, int timeout,
                  bool read, unsigned int* id, const char* sizeText, const char* failureText);
-  static bool provideWriteBuffer(_SDO_INFO_OBJECT& object);
   bool requestSdo(const _SDO_INFO_KEY& key, _SDO_INFO_OBJECT& object);
   void renewSdoRequests();
   void dropSdoRequests();
@@ -226,8 +225,12 @@ private:
   std::unique_ptr<ec_pdo_entry_reg_t[]>
       m_pPdoEntryRegs; // m_uiPdoEntryCount rows and a zero row; null before a scan
   bool m_bActive = false;
-  CHandleTable<_PDO_ENTRY_INFO_KEY, _PDO_ENTRY_INFO_OBJECT> m_pdoInfo;
-  CHandleTable<_SDO_INFO_KEY, _SDO_INFO_OBJECT> m_sdoInfo;
+  std::vector<_PDO_ENTRY_INFO_OBJECT> m_vecPdoInfo; // by handle
+  unsigned int m_uiPdoInfoCount = 0; // the handle from which on the next free one is looked for
+  CHandleTable<_PDO_ENTRY_INFO_KEY, _PDO_ENTRY_INFO_OBJECT> m_pdoHandles{m_vecPdoInfo, m_uiPdoInfoCount};
+  std::vector<_SDO_INFO_OBJECT> m_vecSdoInfo; // by handle
+  unsigned int m_uiSdoInfoCount = 0;          // as for process data
+  CHandleTable<_SDO_INFO_KEY, _SDO_INFO_OBJECT> m_sdoHandles{m_vecSdoInfo, m_uiSdoInfoCount};
   unsigned long m_ulSdoCursor = 0;               // request * 2, + 1 for its write
   unsigned long m_ulForcedSdoId = NO_FORCED_SDO; // taken at the next advance of the cursor
   bool m_bSdosIdle = false; // a whole round found nothing armed, and nothing was armed since

@@ -14,6 +14,9 @@ void CEthercatMasterManager::destroyUniqueEthercatMasterManager() {
   }
   m_pUniqueEthercatMasterManager->removeAllEthercatMaster();
   delete m_pUniqueEthercatMasterManager;
+}
+
+CEthercatMasterManager::~CEthercatMasterManager() {
   m_pUniqueEthercatMasterManager = nullptr;
 }
 
@@ -22,23 +25,31 @@ bool CEthercatMasterManager::createEthercatMaster(unsigned short id, unsigned in
   if (m_mapMasters.count(id) != 0) {
     return false;
   }
-  m_mapMasters.emplace(
-      id, std::make_unique<CEthercatMaster>(id, period, enableDc, syncToReferenceClock, m_pfnLog));
+  // What can fail comes first, so that a master that holds its reservation always has its place.
+  std::map<unsigned short, CEthercatMaster*> place{{id, nullptr}};
+  place[id] = new CEthercatMaster(id, period, enableDc, syncToReferenceClock, m_pfnLog);
+  m_mapMasters.merge(place);
   return true;
 }
 
 CEthercatMaster* CEthercatMasterManager::findEthercatMaster(unsigned short id) {
   const auto found = m_mapMasters.find(id);
-  return found == m_mapMasters.end() ? nullptr : found->second.get();
+  return found == m_mapMasters.end() ? nullptr : found->second;
 }
 
 bool CEthercatMasterManager::removeEthercatMaster(unsigned short id) {
-  return m_mapMasters.erase(id) != 0;
+  const auto found = m_mapMasters.find(id);
+  if (found == m_mapMasters.end()) {
+    return false;
+  }
+  delete found->second;
+  m_mapMasters.erase(found);
+  return true;
 }
 
 void CEthercatMasterManager::removeAllEthercatMaster() {
   while (!m_mapMasters.empty()) {
-    m_mapMasters.erase(m_mapMasters.begin());
+    removeEthercatMaster(m_mapMasters.begin()->first);
   }
 }
 

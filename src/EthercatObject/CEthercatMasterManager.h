@@ -4,7 +4,6 @@
 #include "EthercatObject/CEthercatMaster.h"
 
 #include <map>
-#include <memory>
 
 // Owns every master of the process by its id. There is one, or none while no master exists; it is made and
 // ended only through the static operations.
@@ -15,7 +14,9 @@ public:
   static CEthercatMasterManager* getUniqueEthercatMasterManager() { return m_pUniqueEthercatMasterManager; }
   static void destroyUniqueEthercatMasterManager();
 
-  virtual ~CEthercatMasterManager() = default;
+  // Leaves the masters alone: whoever deletes the manager, and does not end it by
+  // destroyUniqueEthercatMasterManager(), has to delete them.
+  virtual ~CEthercatMasterManager();
   virtual bool createEthercatMaster(unsigned short id, unsigned int period, bool enableDc,
                                     bool syncToReferenceClock);
   virtual CEthercatMaster* findEthercatMaster(unsigned short id);
@@ -32,7 +33,7 @@ private:
   static CEthercatMasterManager* m_pUniqueEthercatMasterManager;
 
   LOG_FUNCTION m_pfnLog;
-  std::map<unsigned short, std::unique_ptr<CEthercatMaster>> m_mapMasters;
+  std::map<unsigned short, CEthercatMaster*> m_mapMasters; // owned
 };
 
 #endif

@@ -36,33 +36,33 @@ int CDcController::wrap(unsigned int periodNs, int rawDifference) {
 void CDcController::update(unsigned int periodNs, unsigned long long applicationTimeNs, unsigned int alState,
                            bool debug) {
   const int period = static_cast<int>(periodNs);
-  const int rawDifference = m_iDifferenceNs;
+  const int rawDifference = dc_differ_ns;
   const int previousRaw = m_iPreviousRawDifferenceNs;
-  m_iDifferenceNs = wrap(periodNs, rawDifference);
+  dc_differ_ns = wrap(periodNs, rawDifference);
   m_iPreviousRawDifferenceNs = rawDifference;
   if (!m_bStarted) {
     start(period, applicationTimeNs, debug);
     return;
   }
   ++m_iIntervalCount;
-  m_llDifferenceSum += m_iDifferenceNs;
+  m_llDifferenceSum += dc_differ_ns;
   m_llDriftSum += wrappingDifference(rawDifference, previousRaw);
   if (m_iIntervalCount == INTERVAL_CYCLES) {
     endInterval(period, alState, debug);
   }
-  m_llSystemBaseOffsetNs += sign(m_iDifferenceNs) + m_llAdjustNs;
-  m_llMaxDifferenceNs = std::max<long long>(m_llMaxDifferenceNs, m_iDifferenceNs);
-  m_llMinDifferenceNs = std::min<long long>(m_llMinDifferenceNs, m_iDifferenceNs);
+  m_llSystemBaseOffsetNs += sign(dc_differ_ns) + dc_adjust_ns;
+  max_dc_differ_ns = std::max<long long>(max_dc_differ_ns, dc_differ_ns);
+  min_dc_differ_ns = std::min<long long>(min_dc_differ_ns, dc_differ_ns);
 }
 
 // The first difference other than 0 says that the reference clock answers.
 void CDcController::start(int period, unsigned long long applicationTimeNs, bool debug) {
-  m_bStarted = m_iDifferenceNs != 0;
+  m_bStarted = dc_differ_ns != 0;
   if (!m_bStarted) {
     return;
   }
   if (debug) {
-    std::printf("First master diff: %d.\n", m_iDifferenceNs);
+    std::printf("First master diff: %d.\n", dc_differ_ns);
   }
   m_ullStartTimeNs = applicationTimeNs;
   restartExtremes(period);
@@ -71,8 +71,8 @@ void CDcController::start(int period, unsigned long long applicationTimeNs, bool
 void CDcController::endInterval(int period, unsigned int alState, bool debug) {
   const int step =
       (m_llDifferenceSum > INTERVAL_CYCLES - 1 ? 1 : 0) - (m_llDifferenceSum < 1 - INTERVAL_CYCLES ? 1 : 0);
-  m_llAdjustNs += (m_llDriftSum + INTERVAL_CYCLES / 2) / INTERVAL_CYCLES + step;
-  m_llAdjustNs = std::clamp(m_llAdjustNs, -MAX_ADJUST_NS, MAX_ADJUST_NS);
+  dc_adjust_ns += (m_llDriftSum + INTERVAL_CYCLES / 2) / INTERVAL_CYCLES + step;
+  dc_adjust_ns = std::clamp(dc_adjust_ns, -MAX_ADJUST_NS, MAX_ADJUST_NS);
   m_iIntervalCount = 0;
   m_llDifferenceSum = 0;
   m_llDriftSum = 0;
@@ -83,13 +83,13 @@ void CDcController::endInterval(int period, unsigned int alState, bool debug) {
 }
 
 void CDcController::restartExtremes(int period) {
-  m_llMinDifferenceNs = std::max(period, m_iDifferenceNs);
-  m_llMaxDifferenceNs = std::min(m_iDifferenceNs, 0);
+  min_dc_differ_ns = std::max(period, dc_differ_ns);
+  max_dc_differ_ns = std::min(dc_differ_ns, 0);
 }
 
 void CDcController::print(const char* prefix, unsigned int alState) const {
   std::printf("%sstate = %d, dc_differ_ns = %d, dc_adjust_ns = %ld, min_dc_differ_ns = %ld, max_dc_differ_ns "
               "= %ld!\n",
-              prefix, static_cast<int>(alState), m_iDifferenceNs, static_cast<long>(m_llAdjustNs),
-              static_cast<long>(m_llMinDifferenceNs), static_cast<long>(m_llMaxDifferenceNs));
+              prefix, static_cast<int>(alState), dc_differ_ns, static_cast<long>(dc_adjust_ns),
+              static_cast<long>(min_dc_differ_ns), static_cast<long>(max_dc_differ_ns));
 }

@@ -11,7 +11,7 @@ public:
   void reset(unsigned long long applicationTimeNs = 0);
 
   // Application time minus reference time, as the 32-bit difference of both; kept until update() wraps it.
-  void measure(int rawDifferenceNs) { m_iDifferenceNs = rawDifferenceNs; }
+  void measure(int rawDifferenceNs) { dc_differ_ns = rawDifferenceNs; }
   // One step with the last difference measured. With debug set, the start and the end of each interval print
   // a line; alState is only printed.
   void update(unsigned int periodNs, unsigned long long applicationTimeNs, unsigned int alState, bool debug);
@@ -27,10 +27,10 @@ public:
   long long systemBaseOffsetNs() const { return m_llSystemBaseOffsetNs; }
   unsigned long long startTimeNs() const { return m_ullStartTimeNs; }
   bool started() const { return m_bStarted; }
-  int differenceNs() const { return m_iDifferenceNs; }
-  long long adjustNs() const { return m_llAdjustNs; }
-  long long minDifferenceNs() const { return m_llMinDifferenceNs; }
-  long long maxDifferenceNs() const { return m_llMaxDifferenceNs; }
+  int differenceNs() const { return dc_differ_ns; }
+  long long adjustNs() const { return dc_adjust_ns; }
+  long long minDifferenceNs() const { return min_dc_differ_ns; }
+  long long maxDifferenceNs() const { return max_dc_differ_ns; }
 
 private:
   void start(int period, unsigned long long applicationTimeNs, bool debug);
@@ -40,14 +40,14 @@ private:
   bool m_bStarted = false;
   long long m_llSystemBaseOffsetNs = 0;
   unsigned long long m_ullStartTimeNs = 0;
-  int m_iDifferenceNs = 0;
+  int dc_differ_ns = 0;
   int m_iPreviousRawDifferenceNs = 0;
   long long m_llDifferenceSum = 0; // of wrapped differences in the interval
   long long m_llDriftSum = 0;      // of changes of the raw difference in the interval
-  long long m_llAdjustNs = 0;      // per cycle
+  long long dc_adjust_ns = 0;      // per cycle
   int m_iIntervalCount = 0;
-  long long m_llMinDifferenceNs = 0;
-  long long m_llMaxDifferenceNs = 0;
+  long long min_dc_differ_ns = 0;
+  long long max_dc_differ_ns = 0;
 };
 
 #endif

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <map>
+#include <utility>
 #include <vector>
 
 // Directions of a handle, as bits of an object's flags.
@@ -28,38 +29,55 @@ struct _HANDLE_USERS {
   }
 };
 
-// Bookkeeping of handles: ids are handed out upward and not reused until clear(); one key has one object,
-// shared by its users. OBJECT offers isFree(), reset() and a member `users`.
+// Bookkeeping of the handles in a table of its owner's: ids are handed out upward and not reused until
+// clear(); one key has one object, shared by its users. OBJECT offers isFree(), reset() and a member `users`,
+// and is moved without an exception.
 template <class KEY, class OBJECT> class CHandleTable {
 public:
-  // Counts one more user of the object with this key. Null when there is none; a key whose slot is free, left
-  // by a creation that failed, counts as unknown.
-  OBJECT* share(const KEY& key, bool read, unsigned int& id) {
+  // What the entry of one object needs of the heap, taken beforehand.
+  class CPlace {
+    friend class CHandleTable;
+    std::map<KEY, unsigned long> m_mapIdByKey;
+    std::map<unsigned long, KEY> m_mapKeyById;
+  };
+
+  // `objects` is indexed by id; no id below `nextId` is handed out.
+  CHandleTable(std::vector<OBJECT>& objects, unsigned int& nextId)
+      : m_vecObjects(objects), m_uiNextId(nextId) {}
+
+  // The object with this key, and its id. Null when there is none; a key whose slot is free, left by a
+  // renewal that failed, counts as unknown.
+  OBJECT* findKey(const KEY& key, unsigned int& id) {
     const auto found = m_mapIdByKey.find(key);
-    if (found == m_mapIdByKey.end() || m_vecObjects[found->second].isFree() || keyOf(found->second) != key) {
+    if (found == m_mapIdByKey.end() || m_vecObjects[found->second].isFree()) {
       return nullptr;
     }
     id = static_cast<unsigned int>(found->second);
-    OBJECT& object = m_vecObjects[id];
-    object.users.add(read);
-    return &object;
+    return &m_vecObjects[id];
   }
 
-  // The slot of the next id; it stays the next one until take() is called.
-  OBJECT& nextFree() {
-    while (m_uiCursor < m_vecObjects.size() && !m_vecObjects[m_uiCursor].isFree()) {
-      ++m_uiCursor;
+  // Takes all the memory that entering an object under this key needs, and enters nothing. The place is void
+  // after the next enter() or clear().
+  CPlace makePlace(const KEY& key) {
+    while (m_uiNextId < m_vecObjects.size() && !m_vecObjects[m_uiNextId].isFree()) {
+      ++m_uiNextId;
     }
-    if (m_uiCursor == m_vecObjects.size()) {
-      m_vecObjects.resize(m_uiCursor == 0 ? 16 : static_cast<std::size_t>(m_uiCursor) * 2);
+    if (m_uiNextId == m_vecObjects.size()) {
+      m_vecObjects.resize(m_uiNextId == 0 ? 16 : static_cast<std::size_t>(m_uiNextId) * 2);
     }
-    return m_vecObjects[m_uiCursor];
+    CPlace place;
+    place.m_mapIdByKey.emplace(key, m_uiNextId);
+    place.m_mapKeyById.emplace(m_uiNextId, key);
+    return place;
   }
-  void enterKey(const KEY& key) {
-    m_mapIdByKey[key] = m_uiCursor;
-    m_mapKeyById[m_uiCursor] = key;
+  // The id of the object, which is whole by now.
+  unsigned int enter(CPlace&& place, OBJECT&& object) noexcept {
+    m_mapIdByKey.erase(place.m_mapIdByKey.begin()->first);
+    m_mapIdByKey.merge(place.m_mapIdByKey);
+    m_mapKeyById.merge(place.m_mapKeyById);
+    m_vecObjects[m_uiNextId] = std::move(object);
+    return m_uiNextId++;
   }
-  unsigned int take() { return m_uiCursor++; }
 
   // Takes one user away; true when that was the last one and the slot is free again.
   bool release(unsigned int id, bool read) {
@@ -81,18 +99,17 @@ public:
 
   const KEY& keyOf(unsigned long id) const { return m_mapKeyById.at(id); }
   OBJECT* find(unsigned int id) { return id < m_vecObjects.size() ? &m_vecObjects[id] : nullptr; }
-  std::vector<OBJECT>& objects() { return m_vecObjects; }
 
   void clear() {
     m_vecObjects.clear();
     m_mapIdByKey.clear();
     m_mapKeyById.clear();
-    m_uiCursor = 0;
+    m_uiNextId = 0;
   }
 
 private:
-  std::vector<OBJECT> m_vecObjects;
-  unsigned int m_uiCursor = 0;
+  std::vector<OBJECT>& m_vecObjects;
+  unsigned int& m_uiNextId;
   std::map<KEY, unsigned long> m_mapIdByKey;
   std::map<unsigned long, KEY> m_mapKeyById;
 };

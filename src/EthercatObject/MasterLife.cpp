@@ -40,10 +40,10 @@ void CEthercatMaster::clearAllSlaveObject() {
   m_uiImageSize = 0; // an image that is still mapped is that of the old slaves
   m_vecSlaves.clear();
   m_vecPdoEntryNames.clear();
-  m_pdoInfo.clear();
+  m_pdoHandles.clear();
   m_inputs.clear();
   m_outputs.clear();
-  m_sdoInfo.clear();
+  m_sdoHandles.clear();
   m_ulSdoCursor = 0;
   m_ulForcedSdoId = NO_FORCED_SDO;
 }

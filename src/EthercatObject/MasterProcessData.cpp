@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <climits>
 #include <cstring>
+#include <utility>
 
 namespace {
 
@@ -55,30 +56,33 @@ bool CEthercatMaster::createPdoInfo(unsigned int slave, const char* name, bool r
     return false;
   }
   const _PDO_ENTRY_INFO_KEY key{slave, name};
-  if (m_pdoInfo.share(key, read, *id) != nullptr) {
+  if (_PDO_ENTRY_INFO_OBJECT* const shared = m_pdoHandles.findKey(key, *id)) {
+    shared->users.add(read);
     m_bArrangementStale = true;
     return true;
   }
-  _PDO_ENTRY_INFO_OBJECT& object = m_pdoInfo.nextFree();
   CSlaveENIObject* const description = m_vecSlaves[slave]->getENIObject();
+  _PDO_ENTRY_INFO_OBJECT object;
   unsigned long entry = ULONG_MAX;
   if (description != nullptr) {
     object.registration = description->getSlavePDOEntryReg(name, entry);
   }
   if (entry == ULONG_MAX) {
     *id = INVALID_ID;
-    object.resetPdoInfo();
     return false;
   }
   object.offset = m_vecSlaves[slave]->getPdoEntryOffset(static_cast<unsigned int>(entry));
   object.users.add(read);
-  m_pdoInfo.enterKey(key);
   object.initPdoEntryDataType(entryTypeName(*description, static_cast<unsigned int>(entry)));
-  if (object.size != 0) {
-    object.inputPosition = m_inputs.add(static_cast<unsigned int>(object.size));
-    object.outputPosition = m_outputs.add(static_cast<unsigned int>(object.size));
+  const auto size = static_cast<unsigned int>(object.size);
+  auto place = m_pdoHandles.makePlace(key);
+  m_inputs.reserve(size);
+  m_outputs.reserve(size);
+  if (size != 0) { // from here on nothing fails
+    object.inputPosition = m_inputs.add(size);
+    object.outputPosition = m_outputs.add(size);
   }
-  *id = m_pdoInfo.take();
+  *id = m_pdoHandles.enter(std::move(place), std::move(object));
   m_bArrangementStale = true;
   return true;
 }
@@ -87,15 +91,15 @@ void CEthercatMaster::destroyPdoInfo(unsigned int id, bool read) {
   if (m_pMaster == nullptr) {
     return;
   }
-  m_pdoInfo.release(id, read);
-  m_bArrangementStale = m_bArrangementStale || m_pdoInfo.find(id) != nullptr;
+  m_pdoHandles.release(id, read);
+  m_bArrangementStale = m_bArrangementStale || m_pdoHandles.find(id) != nullptr;
 }
 
 bool CEthercatMaster::readPdo(unsigned int id, double* value) {
   if (m_pMaster == nullptr || m_pPdoEntryRegs == nullptr || value == nullptr) {
     return false;
   }
-  const _PDO_ENTRY_INFO_OBJECT* const object = m_pdoInfo.find(id);
+  const _PDO_ENTRY_INFO_OBJECT* const object = m_pdoHandles.find(id);
   if (object == nullptr || (object->users.flags & HANDLE_READABLE) == 0) {
     return false;
   }
@@ -108,7 +112,7 @@ bool CEthercatMaster::writePdo(unsigned int id, double value) {
   if (m_pMaster == nullptr || m_pPdoEntryRegs == nullptr) {
     return false;
   }
-  const _PDO_ENTRY_INFO_OBJECT* const object = m_pdoInfo.find(id);
+  const _PDO_ENTRY_INFO_OBJECT* const object = m_pdoHandles.find(id);
   if (object == nullptr || (object->users.flags & HANDLE_WRITABLE) == 0) {
     return false;
   }
@@ -138,7 +142,7 @@ void CEthercatMaster::copyOutputs() {
 void CEthercatMaster::arrangeProcessData() {
   m_inputs.beginItems();
   m_outputs.beginItems();
-  for (_PDO_ENTRY_INFO_OBJECT& object : m_pdoInfo.objects()) {
+  for (_PDO_ENTRY_INFO_OBJECT& object : m_vecPdoInfo) {
     if (object.isFree() || object.size == 0) {
       continue;
     }

@@ -6,7 +6,7 @@
 #include "EthercatDataHelper/EthercatDataHelper.h"
 
 #include <cstdio>
-#include <new>
+#include <utility>
 
 namespace {
 
@@ -63,41 +63,24 @@ bool CEthercatMaster::createSdo(const _SDO_INFO_KEY& key, ETHERCAT_DATA_TYPE typ
   if (id == nullptr || key.slave >= m_vecSlaves.size()) {
     return false;
   }
-  if (_SDO_INFO_OBJECT* const shared = m_sdoInfo.share(key, read, *id)) {
-    if (provideWriteBuffer(*shared)) {
-      return true;
-    }
-    shared->users.remove(read);
-    *id = INVALID_ID;
-    std::fputs(failureText, stderr);
-    return false;
+  if (_SDO_INFO_OBJECT* const shared = m_sdoHandles.findKey(key, *id)) {
+    shared->addUser(read);
+    return true;
   }
-  _SDO_INFO_OBJECT& object = m_sdoInfo.nextFree();
-  m_sdoInfo.enterKey(key);
-  object.users.add(read);
+  _SDO_INFO_OBJECT object;
   object.dataType = type;
   object.size = size;
   object.timeoutMs = timeout;
-  if (!requestSdo(key, object) || !provideWriteBuffer(object)) {
+  object.addUser(read);
+  // The platform comes last: what it has given stays with the slave configuration.
+  auto place = m_sdoHandles.makePlace(key);
+  if (!requestSdo(key, object)) {
     *id = INVALID_ID;
-    object.resetSdoInfo();
     std::fputs(failureText, stderr);
     return false;
   }
-  *id = m_sdoInfo.take();
+  *id = m_sdoHandles.enter(std::move(place), std::move(object));
   return true;
-}
-
-// False when there is no memory: the size is the caller's.
-bool CEthercatMaster::provideWriteBuffer(_SDO_INFO_OBJECT& object) {
-  try {
-    if ((object.users.flags & HANDLE_WRITABLE) != 0) {
-      object.writeBuffer.resize(object.size);
-    }
-    return true;
-  } catch (const std::bad_alloc&) {
-    return false;
-  }
 }
 
 // Gets the platform's request for an object; false when it is refused or the slave has no configuration.
@@ -120,14 +103,13 @@ bool CEthercatMaster::requestSdo(const _SDO_INFO_KEY& key, _SDO_INFO_OBJECT& obj
 
 // Deactivation has freed every request. What was armed starts over on the new ones.
 void CEthercatMaster::renewSdoRequests() {
-  std::vector<_SDO_INFO_OBJECT>& objects = m_sdoInfo.objects();
-  for (size_t id = 0; id < objects.size(); ++id) {
-    if (objects[id].isFree()) {
+  for (size_t id = 0; id < m_vecSdoInfo.size(); ++id) {
+    if (m_vecSdoInfo[id].isFree()) {
       continue;
     }
-    const _SDO_INFO_KEY& key = m_sdoInfo.keyOf(id);
-    if (!requestSdo(key, objects[id])) {
-      objects[id].resetSdoInfo();
+    const _SDO_INFO_KEY& key = m_sdoHandles.keyOf(id);
+    if (!requestSdo(key, m_vecSdoInfo[id])) {
+      m_vecSdoInfo[id].resetSdoInfo();
       std::fputs(key.complete ? "Failed to create complete SDO request.\n"
                               : "Failed to create SDO request.\n",
                  stderr);
@@ -136,7 +118,7 @@ void CEthercatMaster::renewSdoRequests() {
 }
 
 void CEthercatMaster::dropSdoRequests() {
-  for (_SDO_INFO_OBJECT& object : m_sdoInfo.objects()) {
+  for (_SDO_INFO_OBJECT& object : m_vecSdoInfo) {
     object.resetSdoInfo();
   }
 }
@@ -145,8 +127,8 @@ void CEthercatMaster::destroySdoRequest(unsigned int id, bool read) {
   if (m_pMaster == nullptr) {
     return;
   }
-  _SDO_INFO_OBJECT* const object = m_sdoInfo.find(id);
-  if (object == nullptr || m_sdoInfo.release(id, read)) {
+  _SDO_INFO_OBJECT* const object = m_sdoHandles.find(id);
+  if (object == nullptr || m_sdoHandles.release(id, read)) {
     return;
   }
   for (const bool direction : {true, false}) {

@@ -5,11 +5,10 @@
 // The cursor stays on a request until its transfer is done, so a failing one is retried while the others
 // wait. The position before the one it starts at is not visited within one step.
 void CEthercatMaster::serviceSdoRequests() {
-  std::vector<_SDO_INFO_OBJECT>& objects = m_sdoInfo.objects();
-  if (m_uiMasterState < EC_AL_STATE_PREOP || objects.empty()) {
+  if (m_uiMasterState < EC_AL_STATE_PREOP || m_vecSdoInfo.empty()) {
     return;
   }
-  const unsigned long positions = 2 * objects.size();
+  const unsigned long positions = 2 * m_vecSdoInfo.size();
   const unsigned long stop = m_ulSdoCursor == 0 ? positions - 1 : m_ulSdoCursor - 1;
   if (m_bSdosIdle) { // where the walk below would end as well
     m_ulSdoCursor = stop;
@@ -18,7 +17,7 @@ void CEthercatMaster::serviceSdoRequests() {
   }
   const bool wholeRound = m_ulForcedSdoId == NO_FORCED_SDO;
   while (m_ulSdoCursor != stop) {
-    _SDO_INFO_OBJECT& object = objects[m_ulSdoCursor / 2];
+    _SDO_INFO_OBJECT& object = m_vecSdoInfo[m_ulSdoCursor / 2];
     const bool read = m_ulSdoCursor % 2 == 0;
     if (object.request != nullptr && object.isArmed(read)) {
       serviceSdo(object, read);
@@ -26,7 +25,7 @@ void CEthercatMaster::serviceSdoRequests() {
     }
     moveToNextSdoId();
   }
-  m_bSdosIdle = wholeRound && !objects[stop / 2].isArmed(stop % 2 == 0);
+  m_bSdosIdle = wholeRound && !m_vecSdoInfo[stop / 2].isArmed(stop % 2 == 0);
 }
 
 void CEthercatMaster::serviceSdo(_SDO_INFO_OBJECT& object, bool read) {
@@ -61,7 +60,7 @@ void CEthercatMaster::reportSdo(const char* text) const {
 }
 
 void CEthercatMaster::moveToNextSdoId() {
-  const size_t requests = m_sdoInfo.objects().size();
+  const size_t requests = m_vecSdoInfo.size();
   const unsigned long forced = m_ulForcedSdoId;
   m_ulForcedSdoId = NO_FORCED_SDO;
   if (forced < requests) {

@@ -21,7 +21,7 @@ _SDO_INFO_OBJECT* CEthercatMaster::armable(unsigned int id, bool read, const voi
   if (m_pMaster == nullptr || m_pPdoEntryRegs == nullptr || data == nullptr) {
     return nullptr;
   }
-  _SDO_INFO_OBJECT* const object = m_sdoInfo.find(id);
+  _SDO_INFO_OBJECT* const object = m_sdoHandles.find(id);
   if (object != nullptr && (object->users.flags & (read ? HANDLE_READABLE : HANDLE_WRITABLE)) == 0) {
     std::fputs(read ? "SDO don't create with readable flag\n" : "SDO don't create with writable flag\n",
                stdout);
@@ -110,7 +110,7 @@ bool CEthercatMaster::rawSdoSend(unsigned int id, const void* data, unsigned int
 }
 
 bool CEthercatMaster::processSdoImmediately(unsigned int id) {
-  if (id >= m_sdoInfo.objects().size() || m_ulForcedSdoId != NO_FORCED_SDO) {
+  if (id >= m_vecSdoInfo.size() || m_ulForcedSdoId != NO_FORCED_SDO) {
     return false;
   }
   m_ulForcedSdoId = id;

@@ -14,15 +14,19 @@ template <class T> void reserveDoubling(std::vector<T>& vector, size_t needed) {
 
 } // namespace
 
-unsigned int CPdoBuffers::add(unsigned int size) {
-  const auto position = static_cast<unsigned int>(m_vecBytes.size());
+void CPdoBuffers::reserve(unsigned int size) {
   const size_t bytes = m_vecBytes.size() + size;
-  ++m_uiHandles;
+  const size_t handles = static_cast<size_t>(m_uiHandles) + 1;
   reserveDoubling(m_vecBytes, bytes);
   reserveDoubling(m_vecSpareBytes, bytes);
-  reserveDoubling(m_vecItems, m_uiHandles);
-  reserveDoubling(m_vecRuns, m_uiHandles);
-  m_vecBytes.resize(bytes);
+  reserveDoubling(m_vecItems, handles);
+  reserveDoubling(m_vecRuns, handles);
+}
+
+unsigned int CPdoBuffers::add(unsigned int size) noexcept {
+  const auto position = static_cast<unsigned int>(m_vecBytes.size());
+  ++m_uiHandles;
+  m_vecBytes.resize(m_vecBytes.size() + size);
   return position;
 }
 

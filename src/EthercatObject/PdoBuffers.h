@@ -9,7 +9,7 @@
 // next to each other here, so that they move together.
 //
 // arrange() sorts the block anew after handles came, went or got their places in the image. Every byte of
-// memory it needs has been set aside by add(), so it may run inside the cycle.
+// memory it needs has been set aside by reserve(), so it may run inside the cycle.
 class CPdoBuffers {
 public:
   // One live handle. `position` (in this block) is updated by arrange(). Only `copied` bytes of it move; 0
@@ -21,8 +21,11 @@ public:
     unsigned int copied;
   };
 
-  // Adds zeroed bytes for a new handle at the end of the block; returns their position. Not for the cycle.
-  unsigned int add(unsigned int size);
+  // Takes the memory for one more handle of this size; not for the cycle.
+  void reserve(unsigned int size);
+  // Adds zeroed bytes for a new handle, which memory was reserved for, at the end of the block; returns their
+  // position.
+  unsigned int add(unsigned int size) noexcept;
   void clear();
 
   unsigned char* at(unsigned int position) { return m_vecBytes.data() + position; }

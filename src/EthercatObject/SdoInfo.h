@@ -60,6 +60,13 @@ struct _SDO_INFO_OBJECT {
   void resetSdoInfo() { *this = _SDO_INFO_OBJECT(); }
   unsigned long getSdoBufLen() const { return size; }
 
+  // Counts one more user, unless there is no memory for the write buffer of the first writer.
+  void addUser(bool read) {
+    if (!read) {
+      writeBuffer.resize(size);
+    }
+    users.add(read);
+  }
   bool isArmed(bool read) const {
     return read ? readPending && (users.flags & HANDLE_READABLE) != 0
                 : writePending && (users.flags & HANDLE_WRITABLE) != 0;

@@ -39,6 +39,7 @@ TEST_P(PdoBuffers, ManyEntriesMoveAsIfEachWereCopiedAlone) {
     const unsigned int size = 1U << below(4);
     naive.push_back({size, slots[i], below(5) == 0 ? 0 : below(9) == 0 ? 1 : size, true, {}});
     naive[i].bytes.resize(size);
+    buffers.reserve(size);
     positions[i] = buffers.add(size);
   }
   for (int round = 0; round < 4; ++round) {
