@@ -4,12 +4,14 @@
 #include "XmlParser/XmlText.h"
 
 #include <libxml/parser.h>
+#include <libxml/xmlerror.h>
 #include <sys/stat.h>
 
 #include <cstdio>
 #include <cstring>
 #include <exception>
 #include <memory>
+#include <new>
 #include <optional>
 #include <string>
 #include <utility>
@@ -49,11 +51,21 @@ std::optional<OpenedFile> openedFile(char const* path, int mode) {
   return OpenedFile{file.getLength(), isCompressed(file)};
 }
 
+/* After a failed allocation libxml2 gives what it had read until then, as if it were the whole document. */
+void throwIfCutShort() {
+  xmlError const* const error = xmlGetLastError();
+  if (error != nullptr && error->code == XML_ERR_NO_MEMORY) {
+    throw std::bad_alloc();
+  }
+}
+
 /* Null when the file is no well-formed document or a hostile one. */
 _XmlNode* readTree(xml_file_handle& handle, char const* path, unsigned long length) {
   /* libxml2 takes the name "-" for the standard input. */
   char const* const name = std::strcmp(path, "-") == 0 ? "./-" : path;
+  xmlResetLastError();
   std::unique_ptr<xmlDoc, FreeDocument> const document(xmlParseFile(name));
+  throwIfCutShort();
   xmlNode const* rootElement = document ? xmlDocGetRootElement(document.get()) : nullptr;
   if (rootElement == nullptr) {
     return nullptr;

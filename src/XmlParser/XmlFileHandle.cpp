@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <memory>
+#include <new>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
@@ -16,8 +17,12 @@ struct OpenElement {
   _XmlNode* lastChild;
 };
 
-char const* characters(xmlChar const* text) {
-  return reinterpret_cast<char const*>(text);
+/* A name is missing only where there was no memory for it. */
+char const* nameCharacters(xmlChar const* name) {
+  if (name == nullptr) {
+    throw std::bad_alloc();
+  }
+  return reinterpret_cast<char const*>(name);
 }
 
 xmlNode const* nextElement(xmlNode const* node) {
@@ -53,7 +58,7 @@ void copyAttributes(xmlNode const* element, XmlText& text, std::vector<NodeAttri
   attributes.resize(count);
   auto copy = attributes.begin();
   for (xmlAttr const* attribute = element->properties; attribute != nullptr; attribute = attribute->next) {
-    copy->name = characters(attribute->name);
+    copy->name = nameCharacters(attribute->name);
     text.read(attribute->children, copy->value);
     ++copy;
   }
@@ -93,7 +98,7 @@ _XmlNode* xml_file_handle::xml_copy_tree_private(xmlNode const* element, XmlText
 _XmlNode* xml_file_handle::xml_paser_node_private(xmlNode const* element, _XmlNode* parent,
                                                   _XmlNode* previous, XmlText& text) {
   XmlNodePool::OwnedNode node = nodes.create();
-  node->name = characters(element->name);
+  node->name = nameCharacters(element->name);
   text.readTrimmed(element->children, node->value);
   copyAttributes(element, text, node->attributes);
   if (previous != nullptr) {
