@@ -188,7 +188,9 @@ IGH_MASTER_API bool igh_master_get_slot_pdo_increment(uint16_t id, uint32_t slav
 
 /* Registers the process data, sets up distributed clocks and activates the master. Every slave must have been
  * configured. On an active master it starts afresh. Set-up. Result 1 when the master is active; otherwise 0,
- * with a line on standard output or error unless there was no scan or no IgH master. */
+ * with a line on standard output or error when a slave was not configured, the registration failed or the
+ * process image could not be mapped, and without a word when there is no IgH master, when there was no scan
+ * or the last one gave 0; a refusal by the IgH master is told by its own library. */
 IGH_MASTER_API bool igh_master_active(uint16_t id);
 
 /* One communication cycle: receive, checks with error callbacks, inputs, callback, outputs, send. To be
