@@ -93,7 +93,7 @@ TEST(Run, BringsTheExampleMachineToOpAndMovesNamedValues) {
     EXPECT_THAT(outcome.out, Not(HasSubstr("4:3rd Channel 1 = 0\n"))); // counts frames
     EXPECT_THAT(outcome.out, Not(HasSubstr("ec_pdo_entry_reg_t")));    // the listing, only when asked for
     EXPECT_THAT(outcome.out, Not(HasSubstr("\r")));                    // no progress in a pipe
-    for (const char* row : {"fastest", "last", "slowest", "Missed wake-ups: "})
+    for (const char* row : {"fastest", "last", "slowest", "Cycles left out for late wake-ups: "})
       EXPECT_THAT(outcome.out, HasSubstr(row));
   }
 }

@@ -76,7 +76,7 @@ bool Pacemaker::wait() {
   if (late > m_latestNs)
     m_latestNs = late;
   if (late >= m_periodNs) {
-    m_missed += static_cast<std::uint64_t>(late / m_periodNs);
+    m_leftOut += static_cast<std::uint64_t>(late / m_periodNs);
     m_nextNs += late / m_periodNs * m_periodNs;
   }
   return !StopSignals::requested();

@@ -34,15 +34,15 @@ public:
   // Sleeps until the next time. Late by whole periods, it leaves them out and counts them. False when a
   // signal asked for the end meanwhile.
   bool wait();
-  void shift(std::int64_t ns) { m_nextNs += ns; } // all times to come
-  std::uint64_t missed() const { return m_missed; }
+  void shift(std::int64_t ns) { m_nextNs += ns; }        // all times to come
+  std::uint64_t leftOut() const { return m_leftOut; }    // periods
   std::int64_t latencyNs() const { return m_latencyNs; } // of the last wake-up
   std::int64_t latestNs() const { return m_latestNs; }   // the worst wake-up, behind its time
 
 private:
   std::int64_t m_periodNs;
   std::int64_t m_nextNs;
-  std::uint64_t m_missed = 0;
+  std::uint64_t m_leftOut = 0;
   std::int64_t m_latencyNs = 0;
   std::int64_t m_latestNs = 0;
 };

@@ -107,8 +107,8 @@ void printResults(const RunOptions& options, const Session& session, const Pacem
   climb.print();
   printWatched(options, session);
   printErrors(session.errors());
-  std::printf("\nMissed wake-ups: %" PRIu64 " (latest wake-up %.1f us behind its time)\n", pacemaker.missed(),
-              static_cast<double>(pacemaker.latestNs()) / 1e3);
+  std::printf("\nCycles left out for late wake-ups: %" PRIu64 " (the latest %.1f us behind its time)\n",
+              pacemaker.leftOut(), static_cast<double>(pacemaker.latestNs()) / 1e3);
   std::printf("\n");
   printTiming(session);
 }

@@ -153,7 +153,7 @@ Status run(const RunOptions& options) {
                             reason.empty() ? "success" : reason,
                             options.periodNs / 1e3,
                             session.cycles(),
-                            pacemaker.missed(),
+                            pacemaker.leftOut(),
                             climb.changes(),
                             inspectHost()};
     writeReport(options.reportFolder, reportData(facts, *recording));

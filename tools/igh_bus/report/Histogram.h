@@ -14,7 +14,7 @@ class Histogram {
 public:
   static constexpr std::size_t classes = 10000; // 10 ms; what is longer has a count of its own
 
-  // Longer than `limitNs` is an overrun.
+  // Durations longer than `limitNs` are counted besides.
   explicit Histogram(std::int64_t limitNs) : m_limitNs(limitNs) {}
 
   void add(std::int64_t ns) {
@@ -23,12 +23,12 @@ public:
     ++(place < classes ? m_counts[place] : m_beyond);
     m_minimumNs = m_samples == 0 ? ns : std::min(m_minimumNs, ns);
     m_maximumNs = std::max(m_maximumNs, ns);
-    m_overruns += ns > m_limitNs ? 1 : 0;
+    m_beyondLimit += ns > m_limitNs ? 1 : 0;
     ++m_samples;
   }
 
   std::uint64_t samples() const { return m_samples; }
-  std::uint64_t overruns() const { return m_overruns; }
+  std::uint64_t beyondLimit() const { return m_beyondLimit; }
   std::uint64_t beyond() const { return m_beyond; }
   std::uint64_t count(std::size_t microseconds) const { return m_counts[microseconds]; }
   double minimumUs() const { return static_cast<double>(m_minimumNs) / 1e3; }
@@ -60,7 +60,7 @@ private:
   std::int64_t m_minimumNs = 0;
   std::int64_t m_maximumNs = 0;
   std::uint64_t m_samples = 0;
-  std::uint64_t m_overruns = 0;
+  std::uint64_t m_beyondLimit = 0;
   std::uint64_t m_beyond = 0;
   std::array<std::uint64_t, classes> m_counts{};
 };

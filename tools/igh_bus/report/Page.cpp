@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 
 namespace igh_bus {
 namespace {
@@ -45,19 +44,23 @@ std::string factTable(const Json& facts) {
   return "<table>\n" + rows + "</table>\n";
 }
 
-constexpr const char* columns[] = {"samples",  "min_us",    "p50_us", "p99_us",
-                                   "p99.9_us", "p99.99_us", "max_us", "overruns"};
+struct Column {
+  const char* key;
+  const char* label;
+};
+constexpr Column columns[] = {{"samples", "samples"}, {"min_us", "min"},          {"p50_us", "p50"},
+                              {"p99_us", "p99"},      {"p99.9_us", "p99.9"},      {"p99.99_us", "p99.99"},
+                              {"max_us", "max"},      {"over_period", "> period"}};
 
 std::string phaseTable(const Json& phases) {
   std::string rows = "<tr><th>us</th>";
-  for (const char* column : columns)
-    rows += "<th class=\"n\">" + std::string(column, std::strcspn(column, "_")) + "</th>";
+  for (const auto& [key, label] : columns)
+    rows += "<th class=\"n\">" + escaped(label) + "</th>";
   rows += "</tr>\n";
   for (const auto& [name, phase] : phases.items()) {
     rows += "<tr><th>" + escaped(phase.at("title").get<std::string>()) + "</th>";
-    for (const char* column : columns)
-      rows +=
-          "<td class=\"n\" data-value=\"" + name + "/" + column + "\">" + number(phase.at(column)) + "</td>";
+    for (const auto& [key, label] : columns)
+      rows += "<td class=\"n\" data-value=\"" + name + "/" + key + "\">" + number(phase.at(key)) + "</td>";
     rows += "</tr>\n";
   }
   return "<table>\n" + rows + "</table>\n";
@@ -78,8 +81,8 @@ std::string histogramChart(const Json& phase) {
   chart.axisX("us, in classes of 1 us");
   chart.axisY("samples");
   chart.bars(bars, 1);
-  for (const char* column : columns)
-    chart.note(std::string(column, std::strcspn(column, "_")) + "  " + number(phase.at(column)));
+  for (const auto& [key, label] : columns)
+    chart.note(std::string(label) + "  " + number(phase.at(key)));
   if (phase.at("beyond_classes") != 0)
     chart.note("not drawn  " + number(phase.at("beyond_classes")));
   return chart.svg();

@@ -30,7 +30,7 @@ Json histogramData(const Histogram& histogram) {
           {"p99.9_us", histogram.percentileUs(0.999)},
           {"p99.99_us", histogram.percentileUs(0.9999)},
           {"max_us", histogram.maximumUs()},
-          {"overruns", histogram.overruns()},
+          {"over_period", histogram.beyondLimit()},
           {"beyond_classes", histogram.beyond()},
           {"classes", classes}};
 }
@@ -52,7 +52,7 @@ Json reportData(const ReportFacts& facts, const Recording& recording) {
                  {"cycles", facts.cycles},
                  {"mode", facts.mode},
                  {"distributed_clocks", facts.clocks},
-                 {"missed_wake_ups", facts.missedWakeUps},
+                 {"cycles_left_out", facts.cyclesLeftOut},
                  {"verdict", facts.verdict}};
   const Host& host = facts.host;
   data["host"] = {{"kernel", host.kernel},
@@ -105,14 +105,14 @@ void writeReport(const std::string& folder, const Json& data) {
 }
 
 void printShortReport(const Recording& recording) {
-  std::printf("\nTiming in us            min      p50      p99    p99.9   p99.99      max  overruns\n");
+  std::printf("\nTiming in us            min      p50      p99    p99.9   p99.99      max  > period\n");
   for (int phase = 0; phase < Recording::phases; ++phase) {
     const auto which = static_cast<Recording::Phase>(phase);
     const Histogram& histogram = recording.histogram(which);
     std::printf("  %-15s %9.1f %8.0f %8.0f %8.0f %8.0f %8.1f %9" PRIu64 "\n", Recording::title(which),
                 histogram.minimumUs(), histogram.percentileUs(0.5), histogram.percentileUs(0.99),
                 histogram.percentileUs(0.999), histogram.percentileUs(0.9999), histogram.maximumUs(),
-                histogram.overruns());
+                histogram.beyondLimit());
   }
 }
 

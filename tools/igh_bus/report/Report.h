@@ -24,7 +24,7 @@ struct ReportFacts {
   std::string verdict; // "success", or why the run was none
   double periodUs;
   std::uint64_t cycles;
-  std::uint64_t missedWakeUps;
+  std::uint64_t cyclesLeftOut;
   std::vector<StateChange> states;
   Host host;
 };
