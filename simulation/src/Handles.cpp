@@ -1,7 +1,5 @@
 #include "Handles.h"
 
-#include <sys/mman.h>
-
 namespace ethercat_simulation {
 
 Handles& Handles::instance() {
@@ -10,18 +8,10 @@ Handles& Handles::instance() {
   return handles;
 }
 
-Handles::Handles() {
-  void* range = mmap(nullptr, rangeSize, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-  m_base = range == MAP_FAILED ? 0 : reinterpret_cast<std::uintptr_t>(range);
-}
-
 void* Handles::append(const Handle& handle) {
   const std::size_t number = m_forgotten + m_handles.size();
-  if (m_base == 0 || number >= rangeSize / stride) {
-    return nullptr;
-  }
   m_handles.push_back(handle);
-  return reinterpret_cast<void*>(m_base + number * stride); // NOLINT(performance-no-int-to-ptr)
+  return reinterpret_cast<void*>(base + number * stride); // NOLINT(performance-no-int-to-ptr)
 }
 
 void Handles::kill(void* address) {

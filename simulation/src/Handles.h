@@ -1,6 +1,7 @@
-// The handles that the application holds. A handle is an address inside a reserved range that nothing can
-// read or write, and no address is given out twice: a handle that has died, or a pointer that never was a
-// handle, is recognised without touching memory, and one that is followed by mistake faults at once.
+// The handles that the application holds. A handle is an address that no process can have memory at, and none
+// is given out twice: a handle that has died, or a pointer that never was a handle, is recognised without
+// touching memory, and one that is followed by mistake faults at once. Nothing is mapped for it, so an
+// application that locks its memory pays nothing.
 #ifndef ETHERCAT_SIMULATION_HANDLES_H
 #define ETHERCAT_SIMULATION_HANDLES_H
 
@@ -41,7 +42,6 @@ class Handles {
 public:
   static Handles& instance();
 
-  // Null when the range is used up.
   template <class Object> void* create(Object& object, Master& owner) {
     return append({kindOf<Object>(), &object, &owner});
   }
@@ -51,23 +51,24 @@ public:
 
   // Null for an address that is no handle of the masters that exist.
   const Handle* find(const void* address) const {
-    const auto distance = reinterpret_cast<std::uintptr_t>(address) - m_base;
+    const auto distance = reinterpret_cast<std::uintptr_t>(address) - base;
     const std::size_t number = distance / stride - m_forgotten;
     return distance % stride == 0 && number < m_handles.size() ? &m_handles[number] : nullptr;
   }
   // A handle from before the last forgetAll().
   bool isForgotten(const void* address) const {
-    return reinterpret_cast<std::uintptr_t>(address) - m_base < m_forgotten * stride;
+    return reinterpret_cast<std::uintptr_t>(address) - base < m_forgotten * stride;
   }
 
 private:
-  Handles();
+  Handles() = default;
   void* append(const Handle& handle);
 
   static constexpr std::size_t stride = 16;
-  static constexpr std::size_t rangeSize = std::size_t{1} << 32;
+  // Neither half of the address space of x86-64, with four or five levels of pages; on ARM, where the top
+  // byte counts for nothing, in the half of the kernel.
+  static constexpr std::uintptr_t base = 0x7EC0'0000'0000'0000;
 
-  std::uintptr_t m_base = 0;
   std::size_t m_forgotten = 0; // handles of earlier times
   std::vector<Handle> m_handles;
 };

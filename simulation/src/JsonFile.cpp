@@ -7,8 +7,10 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <fcntl.h>
 #include <memory>
 #include <set>
+#include <sys/stat.h>
 
 namespace ethercat_simulation {
 
@@ -21,9 +23,16 @@ constexpr std::size_t deepestNesting = 32;
 constexpr std::size_t longestReason = 160;
 
 std::string readAll(const std::string& path) {
-  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
+  // Not blocking: a pipe without a writer would hold up the application for ever.
+  const int descriptor = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(
+      descriptor >= 0 ? fdopen(descriptor, "rb") : nullptr, std::fclose);
   if (file == nullptr) {
     throw FileProblem{"", std::string("cannot be opened: ") + std::strerror(errno)};
+  }
+  struct stat status {};
+  if (fstat(fileno(file.get()), &status) == 0 && !S_ISREG(status.st_mode)) {
+    throw FileProblem{"", "is not a regular file"};
   }
   std::string text;
   std::vector<char> buffer(1U << 16U);

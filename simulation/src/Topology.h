@@ -65,7 +65,8 @@ public:
 
 private:
   void changed();
-  void reach();
+  // Which slaves frames reach, from this position on.
+  void reach(std::size_t from);
   void countLostLink(std::size_t position);
   void makeList();
   void scanNow();

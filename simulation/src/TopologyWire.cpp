@@ -14,7 +14,7 @@ void Topology::insert(std::size_t position, const Slave& slave) {
     m_units.back()->settle();
   }
   m_hasDrives = m_hasDrives || m_units.back()->hasDrive();
-  reach();
+  reach(place);
 }
 
 void Topology::remove(std::size_t position) {
@@ -22,7 +22,7 @@ void Topology::remove(std::size_t position) {
     m_wire[position]->setPresent(false);
     m_wire.erase(m_wire.begin() + static_cast<std::ptrdiff_t>(position));
     countLostLink(position);
-    reach();
+    reach(position);
   }
 }
 
@@ -33,7 +33,7 @@ void Topology::setWireBroken(std::size_t position, bool broken) {
     if (broken) {
       countLostLink(position + 1);
     }
-    reach();
+    reach(position + 1);
   }
 }
 
@@ -45,19 +45,21 @@ void Topology::setPowered(std::size_t position, bool powered) {
       countLostLink(position);
       countLostLink(position + 1);
     }
-    reach();
+    reach(position);
   }
 }
 
-// The bus is a line: nothing reaches a slave behind one without power.
-void Topology::reach() {
-  m_reached = 0;
-  bool open = true;
-  for (SlaveUnit* unit : m_wire) {
-    open = open && unit->isPowered();
-    unit->setPresent(open);
+// The bus is a line: nothing reaches a slave behind one without power. Those before the place of a change
+// keep what they have, so that a bus of many slaves is built in time that grows with their number.
+void Topology::reach(std::size_t from) {
+  bool open = m_reached >= from && (from == 0 || !m_wire[from - 1]->isWireBroken());
+  m_reached = std::min(m_reached, from);
+  for (std::size_t position = from; position < m_wire.size(); ++position) {
+    SlaveUnit& unit = *m_wire[position];
+    open = open && unit.isPowered();
+    unit.setPresent(open);
     m_reached += open ? 1U : 0U;
-    open = open && !unit->isWireBroken();
+    open = open && !unit.isWireBroken();
   }
   changed();
 }

@@ -1,9 +1,11 @@
 #include "Bench.h"
 
+#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <regex>
+#include <sys/stat.h>
 
 using namespace bench;
 
@@ -126,6 +128,10 @@ TEST_F(BusFileTest, ABadFileGivesOneLineAndNoBus) {
   EXPECT_EQ(ecrt_request_master(0), nullptr);
   EXPECT_EQ(::testing::internal::GetCapturedStderr(),
             "/nonexistent/bus.json: cannot be opened: No such file or directory\n");
+  std::remove(path.c_str());
+  ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+  EXPECT_EQ(sim::loadBusFile(path), path + ": is not a regular file") << "a pipe without a writer";
+  std::remove(path.c_str());
 }
 
 TEST_F(BusFileTest, TheSchemaHasEveryKeyThatTheReaderAccepts) {

@@ -1,6 +1,7 @@
 #include "Bench.h"
 
 #include <fcntl.h>
+#include <fstream>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -22,6 +23,14 @@ TEST_F(HandleTest, AMasterIsHeldOnceAndOneWithoutBusDoesNotExist) {
   EXPECT_EQ(::testing::internal::GetCapturedStderr(),
             "Failed to open master 3: there is no simulated bus of this index.\n"
             "Failed to reserve master 0: Device or resource busy\n");
+  std::ifstream mappings(
+      "/proc/self/maps"); // a mapping would count as locked in a process that locks its memory
+  const auto address = reinterpret_cast<std::uintptr_t>(master);
+  std::string rest;
+  for (std::uintptr_t first = 0, last = 0; mappings >> std::hex >> first; std::getline(mappings, rest)) {
+    mappings.ignore() >> last;
+    EXPECT_TRUE(address < first || address >= last) << rest;
+  }
   ecrt_release_master(master);
   EXPECT_FALSE(bus().reserved());
   EXPECT_NE(ecrt_request_master(0), nullptr);
