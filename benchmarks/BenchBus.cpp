@@ -89,6 +89,7 @@ void buildBus(unsigned int index, unsigned int slaves, const std::vector<sim::Sy
   slave.name = "Bench";
   slave.defaultMapping = managers;
   sim::Bus& bus = sim::bus(index);
+  bus.setTiming(sim::Timing::fast);
   bus.setClimbCycles(1);
   for (unsigned int i = 0; i < slaves; ++i) {
     bus.addSlave(slave);

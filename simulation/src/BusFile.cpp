@@ -28,14 +28,27 @@ ReferenceClock readReferenceClock(const JsonNode& node) {
   return clock;
 }
 
+Timing readTiming(const JsonNode& node) {
+  const std::string name = node.text();
+  if (name != "real" && name != "fast") {
+    node.fail("must be \"real\" or \"fast\"");
+  }
+  return name == "real" ? Timing::real : Timing::fast;
+}
+
 void expectMaster(const JsonNode& node) {
-  node.expectObject({"index", "climb_cycles", "scan_cycles", "sdo_cycles", "frame_latency_us",
-                     "reactivation_unmapped", "reference_clock", "slaves", "seed", "faults"});
+  node.expectObject({"index", "timing", "cycle_us", "climb_cycles", "scan_cycles", "sdo_cycles",
+                     "frame_latency_us", "reactivation_unmapped", "reference_clock", "slaves", "seed",
+                     "faults"});
 }
 
 BusPlan readMaster(const JsonNode& node) {
   BusPlan plan;
   plan.place = node.place().empty() ? "/slaves" : node.place();
+  if (node.has("timing")) {
+    plan.timing = readTiming(node.at("timing"));
+  }
+  plan.cycleTime = std::chrono::microseconds(node.get<std::int64_t>("cycle_us", 0, longestLatency, 0));
   plan.climbCycles = node.get("climb_cycles", 1, mostCycles, plan.climbCycles);
   plan.scanCycles = node.get("scan_cycles", 1, mostCycles, plan.scanCycles);
   plan.sdoCycles = node.get("sdo_cycles", 1, mostCycles, plan.sdoCycles);
@@ -97,9 +110,19 @@ std::string readBusFile(const std::string& path, std::vector<BusPlan>& plans) {
 }
 
 void BusPlan::build(Bus& bus) const {
-  bus.setClimbCycles(climbCycles);
-  bus.setScanCycles(scanCycles);
-  bus.setSdoCycles(sdoCycles);
+  if (timing) {
+    bus.setTiming(*timing);
+  }
+  bus.setCycleTime(cycleTime);
+  if (climbCycles > 0) {
+    bus.setClimbCycles(climbCycles);
+  }
+  if (scanCycles > 0) {
+    bus.setScanCycles(scanCycles);
+  }
+  if (sdoCycles > 0) {
+    bus.setSdoCycles(sdoCycles);
+  }
   bus.setFrameLatency(frameLatency);
   bus.setReactivationUnmapped(reactivationUnmapped);
   if (referenceClock) {

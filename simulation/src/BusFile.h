@@ -12,9 +12,11 @@ namespace ethercat_simulation {
 struct BusPlan {
   std::string place; // in the file, for messages
   unsigned int index = 0;
-  unsigned int climbCycles = 2;
-  unsigned int scanCycles = 5;
-  unsigned int sdoCycles = 3;
+  std::optional<Timing> timing;
+  std::chrono::microseconds cycleTime{0};
+  unsigned int climbCycles = 0; // 0: as the timing has it
+  unsigned int scanCycles = 0;
+  unsigned int sdoCycles = 0;
   std::chrono::microseconds frameLatency{0};
   bool reactivationUnmapped = true;
   std::optional<ReferenceClock> referenceClock;

@@ -74,8 +74,8 @@ void Clock::transmit(const Flight& flight) {
   }
 }
 
-void Clock::land(Moment timeout) {
-  m_read.arrive(timeout);
+void Clock::land(const SimulatedTime& time, Moment timeout) {
+  m_read.arrive(time, timeout);
   m_receives += offsetsKnown() ? 0U : 1U;
 }
 

@@ -25,7 +25,7 @@ public:
   void queueRead();
   void transmit(const Flight& flight);
   void fail() { m_read.fail(); }
-  void land(Moment timeout);
+  void land(const SimulatedTime& time, Moment timeout);
 
   // 0, -EAGAIN while the offsets are not known, or -EIO when the frame that reads the clock has not come
   // back.

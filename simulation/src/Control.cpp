@@ -2,12 +2,32 @@
 #include "Master.h"
 
 #include <algorithm>
+#include <cstdlib>
+#include <string_view>
 
 namespace ethercat_simulation {
+
+Timing timingOfEnvironment() {
+  const char* name = std::getenv("ETHERCAT_SIMULATION_TIMING");
+  return name != nullptr && std::string_view(name) == "fast" ? Timing::fast : Timing::real;
+}
 
 unsigned int Master::addSlave(const Slave& slave) {
   m_topology.insert(m_topology.wireSize(), slave);
   return static_cast<unsigned int>(m_topology.wireSize() - 1);
+}
+
+void Master::setTiming(Timing timing) {
+  m_topology.setTiming(timing);
+  m_sdoCycles = 3;
+}
+
+void Master::setCycleTime(std::chrono::nanoseconds cycle) {
+  m_time.setCycle(cycle.count());
+}
+
+void Master::passTime(std::chrono::nanoseconds time) {
+  m_time.pass(time.count());
 }
 
 void Master::setClimbCycles(unsigned int cyclesPerTransition) {

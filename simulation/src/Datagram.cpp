@@ -2,15 +2,8 @@
 
 #include <algorithm>
 #include <cstring>
-#include <ctime>
 
 namespace ethercat_simulation {
-
-Moment now() {
-  timespec time{};
-  clock_gettime(CLOCK_MONOTONIC, &time);
-  return Moment{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
-}
 
 void Travel::depart(const Flight& flight) {
   m_state = flight.lost ? TravelState::failed : TravelState::sent;
@@ -20,12 +13,12 @@ void Travel::depart(const Flight& flight) {
   m_due = flight.due;
 }
 
-bool Travel::arrive(Moment timeout) {
+bool Travel::arrive(const SimulatedTime& time, Moment timeout) {
   if (m_state != TravelState::sent || m_late) {
     return false;
   }
   if (m_timed) {
-    const Moment moment = now();
+    const Moment moment = time.now();
     if (moment < m_due) {
       if (moment - m_sent > timeout) {
         m_state = TravelState::failed;
@@ -97,8 +90,8 @@ void Datagram::pass(Participant& participant, std::uint64_t frame) {
   m_counter += (participant.writes ? m_writeWeight : 0U) + (participant.reads ? 1U : 0U);
 }
 
-void Datagram::land(Moment timeout) {
-  if (m_travel.arrive(timeout) && m_returns && m_size > 0) {
+void Datagram::land(const SimulatedTime& time, Moment timeout) {
+  if (m_travel.arrive(time, timeout) && m_returns && m_size > 0) {
     std::memcpy(m_image, m_wire.data(), m_size);
   }
 }

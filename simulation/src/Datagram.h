@@ -3,13 +3,10 @@
 #ifndef ETHERCAT_SIMULATION_DATAGRAM_H
 #define ETHERCAT_SIMULATION_DATAGRAM_H
 
+#include "SimulatedTime.h"
 #include "SlaveConfiguration.h"
 
 namespace ethercat_simulation {
-
-// Moment of the monotonic clock in ns. The clock is only asked where a latency makes a difference.
-using Moment = std::int64_t;
-Moment now();
 
 // What the sender wants to know about the way of a frame.
 struct Flight {
@@ -34,8 +31,9 @@ public:
   void depart(const Flight& flight);
   // The next send goes out, behind which a late frame is found.
   void passed() { m_late = false; }
-  // True at the receive that finds it back. Nothing is awaited longer than the timeout.
-  bool arrive(Moment timeout);
+  // True at the receive that finds it back. Nothing is awaited longer than the timeout. The time is only
+  // asked where a latency makes a difference.
+  bool arrive(const SimulatedTime& time, Moment timeout);
 
 private:
   TravelState m_state = TravelState::idle;
@@ -60,7 +58,7 @@ public:
   std::uint32_t workingCounter() const { return m_counter; }
   // Passes every slave, on the copy of the image that the frame is.
   void transmit(const Flight& flight);
-  void land(Moment timeout);
+  void land(const SimulatedTime& time, Moment timeout);
 
 private:
   struct Participant {

@@ -5,6 +5,10 @@
 
 namespace ethercat_simulation {
 
+Master::Master(unsigned int index) : m_index(index) {
+  setTiming(timingOfEnvironment());
+}
+
 ec_master_t* Master::reserve() {
   if (m_handle == nullptr) {
     m_handle = Handles::instance().create(*this, *this);
@@ -142,13 +146,14 @@ Flight Master::makeFlight() {
     --m_framesToDelay;
   }
   if (flight.timed) {
-    flight.sent = now();
+    flight.sent = m_time.now();
     flight.due = flight.sent + m_latency;
   }
   return flight;
 }
 
 void Master::send() {
+  m_time.passCycle();
   if (m_active) {
     m_faults.step(*this);
   }
@@ -200,13 +205,13 @@ void Master::stepSdoRequests() {
 void Master::receive() {
   for (const auto& domain : m_domains) {
     for (Datagram& datagram : domain->datagrams()) {
-      datagram.land(m_timeout);
+      datagram.land(m_time, m_timeout);
     }
   }
-  m_clock.land(m_timeout);
+  m_clock.land(m_time, m_timeout);
   // A refused frame is an answer as well: the state machine learns from it that the link is down.
   const bool refused = m_stateMachine.is(TravelState::failed) && !m_topology.linkSeen();
-  if (m_stateMachine.arrive(m_timeout) || refused) {
+  if (m_stateMachine.arrive(m_time, m_timeout) || refused) {
     m_stateMachine.settle();
     m_topology.step();
     stepSdoRequests();

@@ -8,15 +8,19 @@
 #include "FaultSchedule.h"
 #include "Handles.h"
 #include "Recorder.h"
+#include "SimulatedTime.h"
 #include "Topology.h"
 
 #include <unordered_map>
 
 namespace ethercat_simulation {
 
+// What ETHERCAT_SIMULATION_TIMING names.
+Timing timingOfEnvironment();
+
 class Master final : public Bus {
 public:
-  explicit Master(unsigned int index) : m_index(index) {}
+  explicit Master(unsigned int index);
 
   // Life.
   unsigned int index() const { return m_index; }
@@ -55,6 +59,9 @@ public:
 
   // Control side.
   unsigned int addSlave(const Slave& slave) override;
+  void setTiming(Timing timing) override;
+  void setCycleTime(std::chrono::nanoseconds cycle) override;
+  void passTime(std::chrono::nanoseconds time) override;
   void setClimbCycles(unsigned int cyclesPerTransition) override;
   void setFrameLatency(std::chrono::nanoseconds latency) override;
   void setFrameTimeout(std::chrono::nanoseconds timeout) override;
@@ -116,6 +123,7 @@ private:
 
   unsigned int m_index;
   Recorder m_recorder;
+  SimulatedTime m_time;
   Configurations m_configurations;
   std::unordered_map<std::uint32_t, SlaveConfiguration*> m_places; // by alias and position
   Topology m_topology{m_configurations};

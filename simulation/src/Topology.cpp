@@ -13,6 +13,11 @@ void Topology::request(SlaveUnit& unit, std::uint8_t state) {
   }
 }
 
+void Topology::setTiming(Timing /*timing*/) {
+  m_climbCycles = 2;
+  m_scanCycles = 5;
+}
+
 void Topology::setClimbCycles(unsigned int cycles) {
   m_climbCycles = std::max(cycles, 1U);
 }

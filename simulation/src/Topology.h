@@ -35,6 +35,7 @@ public:
   void countLostFrame();
   void setLink(bool up);
   bool link() const { return m_link; }
+  void setTiming(Timing timing);
   void setClimbCycles(unsigned int cycles);
   void setScanCycles(unsigned int cycles);
   // One cycle of every drive, whether a frame reached it or not.

@@ -1,9 +1,9 @@
 // Control side of the simulated EtherCAT master: what a test or a test bench says to the bus.
 //
 // The library under test calls <ecrt.h>; the test builds the bus, sets faults and reads what happened here.
-// Nothing locks: use one thread, or none of this while another thread cycles. Time is counted in cycles
-// (one send and receive round) wherever an application cannot see the difference; only the frame latency is
-// real time.
+// Nothing locks: use one thread, or none of this while another thread cycles. States, transfers and scans
+// take the time of a real master, unless setTiming says otherwise; they move only while the application
+// cycles.
 #ifndef ETHERCAT_SIMULATION_SIMULATION_H
 #define ETHERCAT_SIMULATION_SIMULATION_H
 
@@ -187,6 +187,12 @@ struct ReferenceClock {
   std::uint32_t seed = 1;
 };
 
+// What states, SDO transfers, scans and register accesses take.
+enum class Timing {
+  real, // the times of a real master
+  fast, // a few cycles, counted in sends and receives; for tests that look at something else
+};
+
 // One simulated master with its bus. Lives until reset(); references stay valid until then.
 class Bus {
 public:
@@ -195,17 +201,25 @@ public:
   // Building. Slaves take ring positions in the order in which they are added.
   virtual unsigned int addSlave(const Slave& slave) = 0;
 
-  // Speed. Cycles that each state change of a slave takes (at least 1; default 2).
+  // Speed. A new bus has the timing that ETHERCAT_SIMULATION_TIMING names, "real" or "fast"; real without it.
+  // Undoes the orders of setClimbCycles, setScanCycles and setSdoCycles.
+  virtual void setTiming(Timing timing) = 0;
+  // Makes the time of the bus virtual: each send passes so much of it, and nothing else but passTime does, so
+  // that a run repeats itself whatever the machine is busy with. 0: the monotonic clock (default).
+  virtual void setCycleTime(std::chrono::nanoseconds cycle) = 0;
+  virtual void passTime(std::chrono::nanoseconds time) = 0; // of a virtual time
+  // Cycles that each state change of a slave takes (at least 1; 2 with fast timing).
   virtual void setClimbCycles(unsigned int cyclesPerTransition) = 0;
   // Time from send to the moment when receive finds the frame (default 0).
   virtual void setFrameLatency(std::chrono::nanoseconds latency) = 0;
   // A receive later than this after the send gives up a frame that is not back yet (default 4 ms, one tick of
   // a 250 Hz kernel; 500 us on a real master that was built with a cycle counter).
   virtual void setFrameTimeout(std::chrono::nanoseconds timeout) = 0;
-  // Cycles for which scan_busy stays set after the topology changed while active (default 5).
+  // Cycles for which scan_busy stays set after the topology changed while active (5 with fast timing).
   virtual void setScanCycles(unsigned int cycles) = 0;
 
-  // Exchanges that an SDO transfer takes from its turn in the slave's queue (at least 1; default 3). A slave
+  // Exchanges that an SDO transfer takes from its turn in the slave's queue (at least 1; 3 with fast
+  // timing). A slave
   // has one transfer at a time, in the order in which the requests were created, and none while it climbs.
   // A request that has waited for its turn longer than its time-out ends in ERROR; a cycle counts as 1 ms.
   // Requests move by cycling only, also before activation.

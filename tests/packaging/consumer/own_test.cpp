@@ -10,6 +10,7 @@ int main() {
   ethercat_simulation::Slave drive;
   drive.vendorId = 0x0B0B;
   drive.productCode = 0x500;
+  ethercat_simulation::bus().setTiming(ethercat_simulation::Timing::fast);
   ethercat_simulation::bus().addSlave(drive);
 
   std::uint32_t slaves = 0;
