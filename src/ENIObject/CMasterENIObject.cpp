@@ -1,13 +1,20 @@
 #include "ENIObject/CMasterENIObject.h"
 #include "ENIObject/DescriptionElements.h"
+#include "File/File.h"
 
 #include <cstdio>
 #include <cstdlib>
 
 namespace {
 
-/* Room that the slots of one file may expand to; real devices need some ten kilobytes. */
-constexpr std::size_t placementBudget = std::size_t{64} * 1024 * 1024;
+/* Bytes that the slots of a file may expand to: real devices need some ten kilobytes, and a longer file has
+ * more of them. */
+std::size_t placementBudget(char const* path) {
+  constexpr std::size_t shortFile = std::size_t{64} * 1024 * 1024;
+  constexpr std::size_t perByte = 64;
+  CFile file;
+  return file.open(path, FILE_MODE_READ) ? shortFile + perByte * file.getLength() : shortFile;
+}
 
 struct DestroyHandle {
   void operator()(xml_file_handle* handle) const { xml_file_destroy(handle); }
@@ -34,7 +41,6 @@ unsigned int CMasterENIObject::insertENIFile(char const* path, bool replace) {
   if (replace) {
     previous.swap(m_mapVendor);
   }
-  m_ulPlacementBudget = placementBudget;
   std::unique_ptr<xml_file_handle, DestroyHandle> const handle(xml_file_create());
   unsigned int const result = resolveFile(handle.get(), path);
   if (result == 0 && replace) {
@@ -55,6 +61,7 @@ unsigned int CMasterENIObject::resolveFile(xml_file_handle* handle, char const* 
     return 0;
   }
   CXmlParser parser(handle);
+  m_ulPlacementBudget = placementBudget(path);
   reportMessage(m_pfnLog, 1, "File version is %s", trimmed(attributeText(parser, root, "Version")).c_str());
   return resolveEthercatInfo(parser, root);
 }

@@ -112,8 +112,8 @@ private:
   unsigned int resolveDeviceDetail(CXmlParser& parser, _XmlNode* device, unsigned int vendorId);
   void resolveSlots(CXmlParser& parser, _XmlNode* slots, _DeviceIdentity const& identity,
                     CSlaveENIObject& slave);
-  bool placeModule(_SlotENIInfo const& module, std::string const& namePrefix, unsigned int pdoOffset,
-                   unsigned int indexOffset, CSlaveENIObject& slave);
+  static void placeModule(_SlotENIInfo const& module, std::string const& namePrefix, unsigned int pdoOffset,
+                          unsigned int indexOffset, CSlaveENIObject& slave);
   void resolveDevicePdos(CXmlParser& parser, _XmlNode* device, _PdoDirection const& direction,
                          _DeviceIdentity const& identity, CSlaveENIObject& slave);
   static void resolveDcOpModes(CXmlParser& parser, _XmlNode* device, CSlaveENIObject& slave);

@@ -10,8 +10,17 @@ namespace {
  * indexes. */
 constexpr std::size_t recordSize = 256;
 
-std::size_t placementCost(_PdoEntryInfoTemplate const& entry) {
-  return recordSize + 4 * entry.strName.size() + entry.strDataType.size();
+std::size_t placementCost(_SlotENIInfo const& module) {
+  std::size_t cost = 0;
+  for (auto const* templates : {&module.vecRxPdo, &module.vecTxPdo}) {
+    for (_PdoInfoTemplate const& pdo : *templates) {
+      cost += recordSize;
+      for (_PdoEntryInfoTemplate const& entry : pdo.vecEntry) {
+        cost += recordSize + 4 * entry.strName.size() + entry.strDataType.size();
+      }
+    }
+  }
+  return cost;
 }
 
 bool spend(std::size_t cost, std::size_t& budget) {
@@ -79,24 +88,24 @@ void CMasterENIObject::resolveSlots(CXmlParser& parser, _XmlNode* slots, _Device
     if (module == m_mapModule.end()) {
       continue;
     }
-    if (!placeModule(module->second, formatSeqInEnglish(position), pdoOffset, indexOffset, slave)) {
-      reportDevice(0, "Device slots expand too far, the rest is left out.", identity);
+    /* A small hostile file can name a large module in very many slots. */
+    if (!spend(placementCost(module->second), m_ulPlacementBudget)) {
+      std::string const leftOut = "Device slots expand too far, left out from slot " +
+                                  std::to_string(position) + " of " + std::to_string(slave.getSlotNumber()) +
+                                  " on.";
+      reportDevice(0, leftOut.c_str(), identity);
       return;
     }
+    placeModule(module->second, formatSeqInEnglish(position), pdoOffset, indexOffset, slave);
     pdoOffset += pdoIncrement;
     indexOffset += indexIncrement;
   }
 }
 
-/* False when the file has used up its room: a small hostile file can name a large module in very many slots.
- */
-bool CMasterENIObject::placeModule(_SlotENIInfo const& module, std::string const& namePrefix,
+void CMasterENIObject::placeModule(_SlotENIInfo const& module, std::string const& namePrefix,
                                    unsigned int pdoOffset, unsigned int indexOffset, CSlaveENIObject& slave) {
   for (_PdoDirection const& direction : PDO_DIRECTIONS) {
     for (_PdoInfoTemplate const& pdo : module.*direction.templates) {
-      if (!spend(recordSize, m_ulPlacementBudget)) {
-        return false;
-      }
       if (!(slave.*direction.createSyncInfo)(pdo.uiSync)) {
         continue;
       }
@@ -105,16 +114,12 @@ bool CMasterENIObject::placeModule(_SlotENIInfo const& module, std::string const
       slave.createPDOInfoIfNotExist(syncInfo, pdoIndex);
       CSlaveENIObject::_PDOINFO* pdoInfo = slave.getPDOInfo(syncInfo, pdoIndex);
       for (_PdoEntryInfoTemplate const& entry : pdo.vecEntry) {
-        if (!spend(placementCost(entry), m_ulPlacementBudget)) {
-          return false;
-        }
         ec_pdo_entry_info_t placed = entry.entry;
         placed.index = static_cast<unsigned short>(placed.index + (entry.bDependOnSlot ? indexOffset : 0));
         slave.addPDOEntry(pdoInfo, namePrefix + entry.strName, entry.strDataType, placed);
       }
     }
   }
-  return true;
 }
 
 void CMasterENIObject::resolveDevicePdos(CXmlParser& parser, _XmlNode* device, _PdoDirection const& direction,

@@ -7,9 +7,11 @@
 #include <libxml/xmlerror.h>
 #include <sys/stat.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdio>
-#include <cstring>
 #include <exception>
+#include <limits>
 #include <memory>
 #include <new>
 #include <optional>
@@ -21,6 +23,7 @@ namespace {
 struct FreeDocument {
   void operator()(xmlDoc* document) const { xmlFreeDoc(document); }
 };
+using Document = std::unique_ptr<xmlDoc, FreeDocument>;
 
 /* A pipe or a terminal would hold the caller until somebody writes to it. */
 bool mayBlock(char const* path) {
@@ -28,27 +31,27 @@ bool mayBlock(char const* path) {
   return stat(path, &status) == 0 && !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode);
 }
 
-/* libxml2 would unpack gzip and xz, a thousandfold and more. */
-bool isCompressed(CFile& file) {
-  char start[6] = {};
-  file.read(start, sizeof(start));
-  return std::memcmp(start, "\x1f\x8b", 2) == 0 || std::memcmp(start,
-                                                               "\xfd"
-                                                               "7zXZ",
-                                                               6) == 0;
-}
-
-struct OpenedFile {
-  unsigned long length;
-  bool compressed;
-};
-
-std::optional<OpenedFile> openedFile(char const* path, int mode) {
+std::optional<unsigned long> openedLength(char const* path, int mode) {
   CFile file;
   if (mayBlock(path) || !file.open(path, mode)) {
     return std::nullopt;
   }
-  return OpenedFile{file.getLength(), isCompressed(file)};
+  return file.getLength();
+}
+
+/* What can be read of it, at most `length` bytes. */
+std::string fileText(char const* path, std::size_t length) {
+  CFile file;
+  file.open(path, FILE_MODE_READ);
+  std::string text(length, '\0');
+  std::size_t filled = 0;
+  int count = 1;
+  while (filled < length && count > 0) {
+    count = file.read(&text[filled], static_cast<unsigned int>(length - filled));
+    filled += static_cast<std::size_t>(std::max(count, 0));
+  }
+  text.resize(filled);
+  return text;
 }
 
 /* After a failed allocation libxml2 gives what it had read until then, as if it were the whole document. */
@@ -59,13 +62,23 @@ void throwIfCutShort() {
   }
 }
 
+/* From memory, because libxml2 itself takes some paths for addresses in the network or for the standard
+ * input, and unpacks compressed files, a thousandfold and more. Null when it is no well-formed document. */
+Document parsedFile(char const* path, unsigned long length) {
+  if (length > std::numeric_limits<int>::max()) {
+    return nullptr;
+  }
+  std::string const text = fileText(path, length);
+  xmlResetLastError();
+  Document document(xmlReadMemory(text.data(), static_cast<int>(text.size()), path, nullptr,
+                                  XML_PARSE_NONET | XML_PARSE_COMPACT));
+  throwIfCutShort();
+  return document;
+}
+
 /* Null when the file is no well-formed document or a hostile one. */
 _XmlNode* readTree(xml_file_handle& handle, char const* path, unsigned long length) {
-  /* libxml2 takes the name "-" for the standard input. */
-  char const* const name = std::strcmp(path, "-") == 0 ? "./-" : path;
-  xmlResetLastError();
-  std::unique_ptr<xmlDoc, FreeDocument> const document(xmlParseFile(name));
-  throwIfCutShort();
+  Document const document = parsedFile(path, length);
   xmlNode const* rootElement = document ? xmlDocGetRootElement(document.get()) : nullptr;
   if (rootElement == nullptr) {
     return nullptr;
@@ -79,14 +92,14 @@ _XmlNode* readTree(xml_file_handle& handle, char const* path, unsigned long leng
 }
 
 bool openDocument(xml_file_handle& handle, char const* path, int mode) {
-  std::optional<OpenedFile> const file = openedFile(path, mode);
-  if (!file) {
+  std::optional<unsigned long> const length = openedLength(path, mode);
+  if (!length) {
     std::printf("Open file error,the file maybe not exist:%s\n", path);
     return false;
   }
   std::string fileName = path;
-  if (file->length != 0) {
-    handle.root = file->compressed ? nullptr : readTree(handle, path, file->length);
+  if (*length != 0) {
+    handle.root = readTree(handle, path, *length);
     if (handle.root == nullptr) {
       std::printf("Parser xml error:%s\n", path);
       return false;

@@ -37,7 +37,8 @@ bool xml_file_open(xml_file_handle* handle, char const* path, int mode);
 
 /* Frees the tree and empties the handle, which must not be null. A document opened with FILE_MODE_READ_WRITE
  * is stored first, under the name it was opened by; to change a file that is there it takes FILE_MODE_KEEP
- * too, as opening truncates otherwise. What cannot be stored is dropped without a word. */
+ * too, as opening truncates otherwise. What cannot be stored is dropped without a word, and the file stays as
+ * it was when the new text has no room. */
 void xml_file_close(xml_file_handle* handle);
 
 /* Closes, deletes and nulls the caller's pointer; a null pointer is ignored. */

@@ -3,6 +3,7 @@
 #include "XmlParser/XmlParser.h"
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -26,15 +27,14 @@ constexpr std::pair<char const*, char const*> escapes[] = {
     {"&", "&amp;"},    {"<", "&lt;"},      {">", "&gt;"},      {"'", "&apos;"},   {"\"", "&quot;"},
     {" ", "&#x0020;"}, {"\t", "&#x0009;"}, {"\r", "&#x000D;"}, {"\n", "&#x000A;"}};
 
-/* Counts what a document takes without writing it anywhere. */
-class LengthCounter final : public CFile {
+class TextCollector final : public CFile {
 public:
-  int write(void const* /*buffer*/, unsigned int count) override {
-    length += count;
+  int write(void const* buffer, unsigned int count) override {
+    text.append(static_cast<char const*>(buffer), count);
     return static_cast<int>(count);
   }
 
-  unsigned long length = 0;
+  std::string text{documentStart};
 };
 
 struct DestroyFile {
@@ -60,14 +60,17 @@ void writeText(CFile& file, std::string_view text) {
   }
 }
 
-void writeDocument(xml_file_handle const& handle, CFile& file) {
-  writeText(file, documentStart);
-  handle.xml_store_private(&file, handle.root, 0);
+/* More than the process may write into one file is not written either. */
+bool isBeyondLimit(unsigned long length) {
+  rlimit limit{};
+  return getrlimit(RLIMIT_FSIZE, &limit) == 0 && length > limit.rlim_cur;
 }
 
-/* Storing truncates the file, so whether the new text fits is to be known before. Reserves the room on disk;
- * truncating gives it back. A file system that cannot reserve is trusted. */
+/* Reserves the room on disk; truncating gives it back. A file system that cannot reserve is trusted. */
 bool reserveRoom(int fd, unsigned long oldLength, unsigned long newLength) {
+  if (isBeyondLimit(newLength)) {
+    return false;
+  }
   if (fallocate(fd, FALLOC_FL_KEEP_SIZE, 0, static_cast<off_t>(newLength)) == 0) {
     return true;
   }
@@ -80,18 +83,13 @@ bool reserveRoom(int fd, unsigned long oldLength, unsigned long newLength) {
 }
 
 /* True also when there is nothing to lose. */
-bool fitsInPlaceOfOldText(xml_file_handle const& handle) {
+bool fitsInPlaceOfOldText(char const* path, unsigned long newLength) {
   std::unique_ptr<file_object_handle, DestroyFile> const file(file_object_create());
-  if (!file_object_open(file.get(), handle.fileName.c_str(), FILE_MODE_READ_WRITE | FILE_MODE_KEEP)) {
+  if (!file_object_open(file.get(), path, FILE_MODE_READ_WRITE | FILE_MODE_KEEP)) {
     return true;
   }
   unsigned long const oldLength = file_object_get_length(file.get());
-  if (oldLength == 0) {
-    return true;
-  }
-  LengthCounter counter;
-  writeDocument(handle, counter);
-  return reserveRoom(file->fd, oldLength, counter.length);
+  return oldLength == 0 || reserveRoom(file->fd, oldLength, newLength);
 }
 
 std::string escaped(std::string const& text) {
@@ -127,11 +125,16 @@ std::string elementLine(_XmlNode const& node, int depth) {
 
 } // namespace
 
+/* Opening truncates the file, so before that the whole text is built and room for it is found: neither a
+ * shortage of memory nor a full disk may cut what was stored earlier. */
 void xml_file_handle::xml_store_document_private() {
   try {
+    TextCollector document;
+    xml_store_private(&document, root, 0);
     CFile file;
-    if (fitsInPlaceOfOldText(*this) && file.open(fileName.c_str(), FILE_MODE_READ_WRITE | FILE_MODE_CREATE)) {
-      writeDocument(*this, file);
+    if (fitsInPlaceOfOldText(fileName.c_str(), document.text.size()) &&
+        file.open(fileName.c_str(), FILE_MODE_READ_WRITE | FILE_MODE_CREATE)) {
+      writeText(file, document.text);
     }
   } catch (std::exception const&) {
     /* Out of memory: like a file that cannot be written. */

@@ -37,6 +37,12 @@ inline Messages complaints() {
   return found;
 }
 
+/* What the test lets run out. */
+extern struct Shortage {
+  bool disk = false;
+  int allocationsLeft = -1; /* negative: as many as wanted */
+} shortage;
+
 /* A file in the temporary folder, deleted with the object. */
 class TemporaryFile {
 public:

@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
+#include <filesystem>
+#include <sys/stat.h>
+
 using description_test::TemporaryFile;
 
 namespace {
@@ -108,4 +112,35 @@ TEST(Document, OpeningReplacesReportsAndNeverWrites) {
   EXPECT_TRUE(xml_file_remove_all(document.handle));
   xml_file_close(document.handle);
   EXPECT_EQ(document.file.content(), before);
+}
+
+TEST(Document, APathIsThatOfAPlainFileWhateverItLooksLike) {
+  namespace fs = std::filesystem;
+  TemporaryFile const name("");
+  std::string const folder = std::string(name.path()) + ".folder";
+  fs::path const before = fs::current_path();
+  fs::create_directories(folder + "/http:/host");
+  fs::create_directories(folder + "/file:/");
+  fs::current_path(folder);
+  xml_file_handle* handle = xml_file_create();
+  for (char const* path : {"http://host/a", "http:/host/b", "file:///c", "-", "%2d"}) {
+    std::ofstream(path) << "<a k='" << path << "'/>";
+    ASSERT_TRUE(xml_file_open(handle, path, 1)) << path;
+    EXPECT_EQ(xml_file_get_root(handle)->attributes[0].value, path);
+  }
+  std::ofstream("gzip", std::ios::binary)
+      << std::string("\x1f\x8b\x08\0\0\0\0\0\x02\x03\xb3\x49\xd4\xb7\x03\0\xd4\x1c\xd1\x01\x04\0\0\0", 24);
+  mkfifo("pipe", 0600);
+  int const writer = open("pipe", O_RDWR | O_CLOEXEC); /* so that a reader is not held */
+  testing::internal::CaptureStdout();
+  for (char const* path : {"gzip", "pipe", "/dev/null", "."}) {
+    EXPECT_FALSE(xml_file_open(handle, path, 1)) << path;
+  }
+  EXPECT_EQ(testing::internal::GetCapturedStdout(),
+            "Parser xml error:gzip\nOpen file error,the file maybe not exist:pipe\n"
+            "Open file error,the file maybe not exist:/dev/null\nParser xml error:.\n");
+  close(writer);
+  xml_file_destroy(handle);
+  fs::current_path(before);
+  fs::remove_all(folder);
 }
