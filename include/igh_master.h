@@ -105,6 +105,12 @@ typedef void (*igh_master_exchange_callback)(void* userData);
  *                         of the SYNC0 cycle
  *   syncToReferenceClock  true: the master's time follows the reference clock; false: the reference clock is
  *                         steered to the master's time
+ * Following goes at one nanosecond per exchange in SAFEOP or OP, and at a rate that is learnt from the drift,
+ * at most 1000 ns per exchange. A master that is ahead of the reference comes to rest at the nearest whole
+ * period. A master that is behind does not: negative differences do not wrap to the nearest period, the whole
+ * difference is walked off at one nanosecond per exchange (10 ms in ten million exchanges, with every phase
+ * of the period crossed ten times on the way). A reading of the reference clock that fails counts as time 0:
+ * 10 s of them at 1 ms move the master's time by up to 10 ms.
  * Result 1 when the period is in range, also when the id exists already (it keeps its period and flags) and
  * also when no IgH master of this index could be reserved: then igh_master_scan and igh_master_active fail.
  * 0, with a line on standard output, for a period out of range. */
@@ -170,7 +176,9 @@ IGH_MASTER_API bool igh_master_enable_eoe_function(uint16_t id, uint32_t slave, 
  * exact revision, and prints the resulting configuration as source-like tables to standard output. A slave
  * without description is kept and takes no process data. All handles and configurations of an earlier scan
  * are void. `count` may be null; it receives the number of slaves. Set-up. Result 0 when there is no slave or
- * no IgH master. */
+ * no IgH master. Scan an active master only after ETHERCAT_ERROR_SLAVE_ADDED or ETHERCAT_ERROR_SLAVE_LOST and
+ * with the link up: when the result is 0, no exchange sends anything any more; uninitialize and start over.
+ */
 IGH_MASTER_API bool igh_master_scan(uint16_t id, uint32_t* count);
 
 /* Write the product code and the revision of a slave. Set-up. Result 0 for an index out of range; a null
@@ -195,7 +203,9 @@ IGH_MASTER_API bool igh_master_get_slot_pdo_increment(uint16_t id, uint32_t slav
  * configured. On an active master it starts afresh. Set-up. Result 1 when the master is active; otherwise 0,
  * with a line on standard output or error when a slave was not configured, the registration failed or the
  * process image could not be mapped, and without a word when there is no IgH master, when there was no scan
- * or the last one gave 0; a refusal by the IgH master is told by its own library. */
+ * or the last one gave 0; a refusal by the IgH master is told by its own library. A failed activation
+ * leaves its process data registered with the IgH master; after some, the slaves have no room left and every
+ * further one fails: uninitialize between tries. */
 IGH_MASTER_API bool igh_master_active(uint16_t id);
 
 /* One communication cycle: receive, checks with error callbacks, inputs, callback, outputs, send. To be

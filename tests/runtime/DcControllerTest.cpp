@@ -1,6 +1,8 @@
 #include "EthercatObject/DcController.h"
 
 #include <climits>
+#include <cstdint>
+#include <cstdlib>
 #include <gtest/gtest.h>
 
 namespace {
@@ -127,6 +129,74 @@ TEST_F(DcController, AnIntervalEndsWithALineAndNewExtremes) {
             "state = 8, dc_differ_ns = 9, dc_adjust_ns = 2, min_dc_differ_ns = -40, max_dc_differ_ns = 7!\n");
   EXPECT_EQ(controller.minDifferenceNs(), 9);
   EXPECT_EQ(controller.maxDifferenceNs(), 9);
+}
+
+// Numbers only: a reference clock that starts `ahead` ns ahead of the real time and gains `drift` ns in each
+// cycle. While `lost`, its reading fails and counts as 0.
+class Course : public DcController {
+protected:
+  void begin(std::int64_t ahead, std::int64_t drift) {
+    controller.reset();
+    m_cycle = 0;
+    m_ahead = ahead;
+    m_drift = drift;
+  }
+  void run(std::int64_t cycles, bool lost = false) {
+    constexpr std::int64_t settling = 100;
+    for (; cycles > 0; --cycles) {
+      ++m_cycle;
+      const std::int64_t now = m_cycle * period + 1234567890;
+      const std::int64_t master = now - controller.systemBaseOffsetNs();
+      const std::int64_t reference = lost ? 0 : now + m_ahead + m_drift * m_cycle;
+      raw = static_cast<std::int32_t>(static_cast<std::uint32_t>(master - reference));
+      outside = std::abs(raw - target) > 10000 ? m_cycle : outside;
+      controller.measure(raw);
+      if (m_cycle > settling) {
+        controller.update(period, 0, 8, false);
+      }
+    }
+  }
+  std::int32_t raw = 0;
+  std::int32_t target = 0;
+  std::int64_t outside = 0; // the last cycle in which the raw difference was more than 10 us off the target
+
+private:
+  std::int64_t m_cycle = 0;
+  std::int64_t m_ahead = 0;
+  std::int64_t m_drift = 0;
+};
+
+// Only a positive raw difference ends at the nearest whole period. A negative one is walked off to 0, one
+// nanosecond per cycle, and crosses every phase of the period ten times on that way.
+TEST_F(Course, APositiveRawDifferenceEndsAtAWholePeriodAndANegativeOneOnlyAtZero) {
+  constexpr int tenPeriods = 10 * static_cast<int>(period);
+  for (const bool ahead : {true, false}) {
+    begin(ahead ? tenPeriods : -tenPeriods, 50);
+    target = ahead ? 0 : tenPeriods;
+    run(1000000);
+    EXPECT_EQ(raw, ahead ? -9057376 : tenPeriods);
+    run(9060000);
+    EXPECT_EQ(outside, ahead ? 10047375 : 47375);
+    EXPECT_EQ(raw, target);
+    EXPECT_EQ(controller.adjustNs(), -50);
+  }
+}
+
+TEST_F(Course, TenSecondsOfFailedReadingsMoveTheOffsetByMillisecondsAndTakeHoursToWalkOff) {
+  for (const int drift : {50, -50}) {
+    begin(0, drift);
+    run(120000);
+    ASSERT_LT(outside, 60000);
+    const std::int64_t before = controller.systemBaseOffsetNs();
+    run(10000, true);
+    const std::int64_t moved = controller.systemBaseOffsetNs() - before;
+    EXPECT_GE(moved, 7000000);
+    EXPECT_LE(moved, 10000000);
+    EXPECT_EQ(controller.adjustNs(), 1000); // the rate's limit: what a cycle loses is a whole period
+    run(7000000);
+    EXPECT_LT(raw, -1000000);
+    EXPECT_EQ(controller.adjustNs(), -drift); // the rate itself is found again at once
+  }
 }
 
 } // namespace

@@ -89,6 +89,14 @@ TEST_P(Reactivation, ScanConfigureActivateFollowsAChangedBus) {
   }
 }
 
+TEST_F(Scenario, ARescanThatIsStillOnAtAReactivationIsNoneOfItsErrors) {
+  startInOp({byteIo});
+  bus().insertSlave(1, slaveOf(byteIo));
+  cycle(3);
+  quietly([] { EXPECT_TRUE(igh_master_active(0)); });
+  EXPECT_EQ(errorsOf(30), "");
+}
+
 TEST_F(Scenario, ImageThatCannotBeMappedEndsAReactivationAndIsLeftAloneInTheFirst) {
   bus().setImageNeverMapped(true);
   start({byteIo});
