@@ -26,7 +26,12 @@ void scan() {
 } // namespace
 
 TEST_F(Scenario, FirstActivationMakesTheseCallsWithTheseArguments) {
-  build({byteIo, switcher, clocked, clocked}, {0, 2000000, true, true});
+  Device allTimes{0x31, {{"Out", "USINT"}}, {}, "<Dc><OpMode><Name>DC</Name>"};
+  allTimes.extra += "<AssignActivate>#x0700</AssignActivate>"
+                    "<CycleTimeSync0>500000</CycleTimeSync0><ShiftTimeSync0>-30000</ShiftTimeSync0>"
+                    "<CycleTimeSync1>250000</CycleTimeSync1><ShiftTimeSync1>1000</ShiftTimeSync1>"
+                    "</OpMode></Dc>";
+  build({byteIo, switcher, clocked, allTimes}, {0, 2000000, true, true});
   scan();
   bus().setTracing(true);
   configure();
@@ -39,14 +44,15 @@ TEST_F(Scenario, FirstActivationMakesTheseCallsWithTheseArguments) {
                                   "3 input 0x1A00(0x6000:01/8)]) = 0\n"
                                   "ecrt_slave_config_pdos(0:1, EC_END, NULL) = 0\n"));
   bus().clearTrace();
-  const std::string times = "circle0=2000000, shift0 = 1000000, circle1=0, shift1 = 0\n";
-  expectPrint("uiAssignActivate = 300, config dc for slave 0:2, " + times +
-                  "uiAssignActivate = 300, config dc for slave 0:3, " + times,
+  const std::string prints = ", config dc for slave 0:";
+  expectPrint("uiAssignActivate = 300" + prints +
+                  "2, circle0=2000000, shift0 = 1000000, circle1=0, shift1 = 0\n" + "uiAssignActivate = 700" +
+                  prints + "3, circle0=500000, shift0 = -30000, circle1=250000, shift1 = 1000\n",
               "", [] { activate(true); });
   EXPECT_EQ(calls(), "master_create_domain domain_reg_pdo_entry_list slave_config_dc slave_config_dc "
                      "master_select_reference_clock master_activate domain_data");
-  EXPECT_THAT(callTexts(Call::configDc),
-              testing::StartsWith("ecrt_slave_config_dc(0:2, 0x0300, 2000000, 1000000, 0, 0)\n"));
+  EXPECT_EQ(callTexts(Call::configDc), "ecrt_slave_config_dc(0:2, 0x0300, 2000000, 1000000, 0, 0)\n"
+                                       "ecrt_slave_config_dc(0:3, 0x0700, 500000, -30000, 250000, 1000)\n");
   EXPECT_EQ(callTexts(Call::selectReferenceClock), "ecrt_master_select_reference_clock(0:2) = 0\n");
 }
 
@@ -68,6 +74,19 @@ TEST_F(Scenario, ReferenceClockIsChosenOnlyToFollowItAndClocksOnceOffStayOff) {
   cycle(20, 3);
   bringUp(3);
   EXPECT_EQ(bus(3).callCount(Call::configDc), 0U);
+}
+
+TEST_F(Scenario, AliasGoesIntoConfigurationAndRegistrationAsTheScanReadIt) {
+  Device aliased = byteIo;
+  aliased.alias = 0x12C;
+  build({byteIo, aliased});
+  bus().setTracing(true);
+  bringUp();
+  EXPECT_THAT(callTexts(Call::slaveConfig),
+              testing::HasSubstr("ecrt_master_slave_config(300, 1, 0x00000002, 0x00000010)"));
+  EXPECT_THAT(
+      callTexts(Call::regPdoEntryList),
+      testing::HasSubstr("300:1 0x00000002 0x00000010 0x7000:01, 300:1 0x00000002 0x00000010 0x6000:01]"));
 }
 
 TEST_F(Scenario, UnconfiguredSlaveAndRefusedConfigurationEachSayOneLine) {

@@ -1,4 +1,5 @@
 #include "Fixture.h"
+#include "SteppedClock.h"
 
 using namespace scenario;
 
@@ -90,30 +91,71 @@ TEST_F(Scenario, SafeopMovesDataAndMixedStatesSuspendItForTheWholeBus) {
 }
 
 TEST_F(Scenario, ExchangeModePollsForALateFrameUntilItIsThere) {
+  SteppedClock clock;
   startInOp({byteIo}, {0, 1000000, false, false, true});
   bus().setFrameLatency(std::chrono::microseconds(400));
-  const std::uint64_t polls = bus().callCount(Call::receive);
+  clock.sleeps.clear();
   int called = 0;
-  for (int i = 0; i < 20; ++i) {
-    cycleWith([&] { ++called; });
-  }
-  EXPECT_EQ(called, 20);
+  cycleWith([&] { ++called; });
+  EXPECT_EQ(called, 1);
   EXPECT_EQ(errors, "");
-  EXPECT_GT(bus().callCount(Call::receive) - polls, 20U);
+  EXPECT_EQ(clock.sleeps, (std::vector<std::int64_t>{120000, 50000, 50000, 50000, 50000, 50000, 50000}));
 }
 
-// The budget is counted in polls, so these numbers do not depend on how late the sleeps end.
-TEST_F(Scenario, ExchangeModeGivesUpAfterTheBudgetOfThePeriod) {
-  const std::vector<std::pair<std::uint32_t, std::uint64_t>> pollsOfPeriod{
-      {100000, 1}, {200000, 1}, {240000, 1}, {340000, 2}, {999999, 8}, {1000000, 17}, {1200000, 21}};
-  for (const auto& [period, polls] : pollsOfPeriod) {
+TEST_F(Scenario, ExchangeModeWaitsByThePeriodGoesOnAfterASignalAndGivesUpInTheEnd) {
+  struct Case {
+    std::uint32_t period;
+    std::int64_t firstWait;
+    std::size_t polls;
+  };
+  for (const auto& [period, firstWait, polls] :
+       {Case{100000, 50000, 1}, Case{239998, 119999, 1}, Case{240000, 120000, 1}, Case{340000, 120000, 2},
+        Case{999999, 120000, 8}, Case{1000000, 120000, 17}, Case{1200000, 120000, 21}}) {
+    SteppedClock clock;
     startInOp({byteIo}, {0, period, false, false, true});
     bus().dropFrames(1);
+    clock.sleeps.clear();
+    clock.interruptions = 1;
     const std::uint64_t before = bus().callCount(Call::domainProcess);
     cycleWith([] { ADD_FAILURE() << "callback without a frame"; });
     EXPECT_EQ(bus().callCount(Call::domainProcess) - before, polls) << period;
+    std::vector<std::int64_t> sleeps(polls + 1, 50000);
+    sleeps[0] = firstWait;
+    sleeps[1] = firstWait - firstWait / 2; // the same sleep, resumed
+    EXPECT_EQ(clock.sleeps, sleeps) << period;
     EXPECT_EQ(errors, "0/*/1");
     EXPECT_EQ(errorsOf(1), "");
+    startOver();
+  }
+}
+
+TEST_F(Scenario, EachPhaseOfACycleCostsItsOwnTime) {
+  for (const int exchangeMode : {0, 1}) {
+    SteppedClock clock;
+    Device device = byteIo;
+    device.objects = {{0x2000, 0, {1}}};
+    build({device}, {0, 1000000, false, false, exchangeMode == 1});
+    quietly([] { igh_master_scan(0, nullptr); });
+    igh_master_config_all_slave(0);
+    std::uint32_t id = 0;
+    igh_master_create_sdo_request(0, 0, 0x2000, 0, DATA_TYPE_USINT, 0, true, &id);
+    EXPECT_TRUE(igh_master_active(0));
+    cycleUntil(8);
+    double read = 0;
+    bool done = false;
+    EXPECT_TRUE(igh_master_sdo_recv(0, id, &read, &done));
+    cycle(1);
+    clock.receiveTakes = 3000;
+    clock.sdoStateTakes = 5000;
+    clock.sendTakes = 11000;
+    cycleWith([&] { clock.now += 7000; });
+    _ETHERCAT_COMM_DIAG_INFO last{};
+    igh_master_get_comm_diag_info(0, COMM_DIAG_LAST, &last);
+    EXPECT_EQ(last.txPdoReceivedCostUs, exchangeMode * 120 + 3); // with the wait for the frame
+    EXPECT_EQ(last.sdoCostUs, 5);
+    EXPECT_EQ(last.rxPdoSentCostUs, 11);
+    EXPECT_EQ(last.userCallbackCostUs, 7);
+    EXPECT_EQ(last.totalExchangeCostUs, exchangeMode * 120 + 26);
     startOver();
   }
 }

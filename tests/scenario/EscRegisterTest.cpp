@@ -43,14 +43,18 @@ TEST_F(Scenario, EscRegistersAreReadAndClearedThroughTheDeviceFile) {
   capture([] { EXPECT_TRUE(igh_master_clear_esc_error_regs(0, 1)); });
   EXPECT_EQ(bus().registers(1, 0x0300, 20), Bytes(20, 0));
 
-  // The result of a failed access is 1 all the same.
+  // The result of a failed access is 1 all the same, and what was read is 0.
+  bytes = {1, 2, 3};
   const Printed bad = capture([&] {
     EXPECT_TRUE(igh_master_read_esc_reg(0, 9, 0x0AB0, bytes.data(), 2));
     EXPECT_TRUE(igh_master_read_esc_reg(0, 9, 0, nullptr, 0));
     EXPECT_TRUE(igh_master_read_esc_reg(0, 0, 0, nullptr, 4));
+    EXPECT_TRUE(igh_master_write_esc_reg(0, 0, 0, nullptr, 4));
   });
+  EXPECT_EQ(bytes, (Bytes{0, 0, 3}));
   EXPECT_EQ(bad.err,
             "EscRegRead failed while slave = 9, address = ab0, size = 2, errno = Invalid argument\n");
+  EXPECT_EQ(bad.out, "");
 }
 
 TEST_F(Scenario, StateRequestsTakeEffectAndNothingHappensWithoutTheDeviceFile) {

@@ -32,6 +32,9 @@ void recordError(unsigned int device, unsigned int slave, int code, void* text) 
   auto& all = *static_cast<std::string*>(text);
   all += (all.empty() ? "" : " ") + std::to_string(device) + "/" +
          (slave == ETHERCAT_ERROR_WHOLE_MASTER ? "*" : std::to_string(slave)) + "/" + std::to_string(code);
+  int last = 0;
+  igh_master_get_last_error(static_cast<std::uint16_t>(device), &last);
+  EXPECT_EQ(last, code) << "the callback sees the error as the last one";
 }
 
 } // namespace
@@ -43,6 +46,7 @@ ethercat_simulation::Slave slaveOf(const Device& device) {
   slave.revisionNumber = 1;
   slave.name = "device";
   slave.objects = device.objects;
+  slave.alias = device.alias;
   return slave;
 }
 

@@ -34,6 +34,7 @@ struct Device {
   std::string extra = {}; // more XML inside the Device element
   bool described = true;
   std::vector<ethercat_simulation::Object> objects = {};
+  std::uint16_t alias = 0;
 };
 
 inline const Device byteIo{0x10, {{"Out", "USINT"}}, {{"In", "USINT"}}};

@@ -18,7 +18,9 @@ bool canWrite(std::uint32_t handle) {
 } // namespace
 
 TEST_F(Scenario, EntryIsSharedByItsUsersAndItsIdIsNotReused) {
-  start({{0x60, {{"Out", "USINT"}, {"Bit", "BOOL"}, {"gap", "BITARR8", 7}}, {{"In", "USINT"}}}});
+  start({{0x60,
+          {{"Out", "USINT"}, {"Bit", "BOOL"}, {"gap", "BITARR8", 7}, {"Low", "usint", 8}},
+          {{"In", "USINT"}}}});
   EXPECT_EQ(handle(0, "In", true), 0U);
   EXPECT_EQ(handle(0, "In", true), 0U);
   EXPECT_EQ(value(0), 0.0); // before the first cycle
@@ -52,8 +54,9 @@ TEST_F(Scenario, EntryIsSharedByItsUsersAndItsIdIsNotReused) {
   EXPECT_EQ(handle(0, "Bit", true), 3U); // a type without conversion reads nothing and moves nothing
   EXPECT_EQ(value(3), -1e9);
   send(0, "Bit", 1.0);
+  send(0, "Low", 1.0); // names of types are case-sensitive too
   cycleUntil(8);
-  EXPECT_EQ(bus().outputs(0), (Bytes{0, 0}));
+  EXPECT_EQ(bus().outputs(0), (Bytes{0, 0, 0}));
 }
 
 TEST_F(Scenario, TableOfHandlesGrowsAndEveryHandleMovesItsOwnEntry) {
