@@ -74,6 +74,7 @@ TEST_F(SdoTest, TypesArraysCompleteAccessAndRawBytesDeliverWhatTheyShould) {
   create(0x2000, 1, true);
   const std::uint32_t pair = create(0x4000, 0, true, DATA_TYPE_INT, 2);
   EXPECT_EQ(create(0x4000, 0, false, DATA_TYPE_USINT), pair); // shared; type and size stay
+  const std::uint32_t lint = create(0x2000, 3, true, DATA_TYPE_LINT);
   std::uint32_t whole = 0, part = 0;
   EXPECT_TRUE(igh_master_create_raw_sdo_request_complete(0, 0, 0x3000, 6, 500, true, &whole));
   EXPECT_TRUE(igh_master_create_raw_sdo_request(0, 0, 0x3000, 0, 1, 500, true, &part));
@@ -103,6 +104,9 @@ TEST_F(SdoTest, TypesArraysCompleteAccessAndRawBytesDeliverWhatTheyShould) {
   cycle(8);
   EXPECT_TRUE(done[0]);
   EXPECT_EQ(untouched, Bytes(4, 0x77)); // a typed request read raw
+  EXPECT_TRUE(igh_master_sdo_recv(0, lint, values, &done[0]));
+  cycle(8);
+  EXPECT_TRUE(done[0] && values[0] == 0); // no conversion
 }
 
 TEST_F(SdoTest, RefusalsSayWhy) {
