@@ -75,9 +75,9 @@ def script_of(document, place, complaints):
 def check_synopses(text, complaints):
     for command, rest in re.findall(r"^igh_bus ((?:[a-z]+ )+)(.*)", text, re.M):
         help_text = subprocess.run([BUILD / "tools/igh_bus/igh_bus", *command.split(), "--help"],
-                                   check=False, capture_output=True, text=True).stdout
-        for word in re.findall(r"--[a-z-]+", rest):
-            if not re.search(rf"^  {word}\b", help_text, re.M):
+                                   check=True, capture_output=True, text=True).stdout
+        for word in ["Exit status:", *re.findall(r"--[a-z-]+", rest)]:
+            if not re.search(rf"^ *{word}(?![a-z-])", help_text, re.M):
                 complaints.append(f"igh_bus {command}has no {word}")
 
 

@@ -60,13 +60,4 @@ TEST(Usage, AWrongCommandLineGetsOneLineAndStatusTwo) {
     std::remove(path.c_str());
 }
 
-TEST(Usage, HelpNamesTheExitStatusesAndSucceeds) {
-  for (const std::vector<std::string>& arguments : {std::vector<std::string>{"--help"}, {"run", "--help"}}) {
-    const auto outcome = ighBus(arguments);
-    EXPECT_EQ(outcome.status, 0);
-    EXPECT_THAT(outcome.out, testing::HasSubstr("Exit status:"));
-    EXPECT_EQ(outcome.err, "");
-  }
-}
-
 } // namespace
