@@ -285,6 +285,8 @@ IGH_MASTER_API void igh_master_destroy_sdo_request(uint16_t id, uint32_t handle,
  * or the direction's last user is destroyed. `done` may be null; it is cleared first. The size (count) must
  * be the request's. The raw form delivers bytes and needs a raw request: of a typed one it delivers nothing,
  * although *done turns true. The _ex form delivers doubles; elements of a type without conversion read as 0.
+ * Of an answer that is shorter than the request, the missing bytes are delivered as 0 (an element that is
+ * answered in part is converted from its low bytes).
  * Cycle. Result 0 for an unknown handle, a null buffer, a transfer that is pending already, or, with a line
  * on standard output, a handle without readers or a size that does not match. */
 IGH_MASTER_API bool igh_master_raw_sdo_recv(uint16_t id, uint32_t handle, void* data, uint32_t size,
@@ -295,7 +297,10 @@ IGH_MASTER_API bool igh_master_sdo_recv_ex(uint16_t id, uint32_t handle, double*
 IGH_MASTER_API bool igh_master_sdo_recv(uint16_t id, uint32_t handle, double* value, bool* done);
 
 /* Arm a write of data that is copied at once; `done` must stay valid as above. Cycle. Results as for reads;
- * also 0 for a type without conversion (with the elements before it already taken over). */
+ * also 0 for a type without conversion (with the elements before it already taken over). After a short answer
+ * to a read of the same request the master would write no more bytes than that answer had: until a read is
+ * answered in full, or the master is activated again, a write counts as one whose size does not match. One
+ * that was armed before such an answer waits as long, while other requests are served. */
 IGH_MASTER_API bool igh_master_raw_sdo_send(uint16_t id, uint32_t handle, const void* data, uint32_t size,
                                             bool* done);
 IGH_MASTER_API bool igh_master_sdo_send_ex(uint16_t id, uint32_t handle, const double* values, uint32_t count,

@@ -7,6 +7,7 @@
 #include "EthercatObject/DcController.h"
 #include "EthercatObject/HandleTable.h"
 #include "EthercatObject/PdoBuffers.h"
+#include "EthercatObject/SdoCursor.h"
 #include "EthercatObject/SdoInfo.h"
 
 #include <ecrt.h>
@@ -131,8 +132,6 @@ public:
   void clearAllEscErrorRegs();
 
 private:
-  static constexpr unsigned long NO_FORCED_SDO = ~0UL;
-
   CSlaveENIObject* descriptionOf(unsigned int slave) const; // null also for a slave out of range
   bool writeSlotValue(unsigned int slave, unsigned int (CSlaveENIObject::*getter)() const,
                       unsigned int* out) const;
@@ -231,9 +230,7 @@ private:
   std::vector<_SDO_INFO_OBJECT> m_vecSdoInfo; // by handle
   unsigned int m_uiSdoInfoCount = 0;          // as for process data
   CHandleTable<_SDO_INFO_KEY, _SDO_INFO_OBJECT> m_sdoHandles{m_vecSdoInfo, m_uiSdoInfoCount};
-  unsigned long m_ulSdoCursor = 0;               // request * 2, + 1 for its write
-  unsigned long m_ulForcedSdoId = NO_FORCED_SDO; // taken at the next advance of the cursor
-  bool m_bSdosIdle = false; // a whole round found nothing armed, and nothing was armed since
+  CSdoCursor m_sdoCursor;
   CPdoBuffers m_inputs;
   CPdoBuffers m_outputs;
   bool m_bArrangementStale = false; // handles changed since the buffers were arranged

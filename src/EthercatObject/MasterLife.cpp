@@ -44,8 +44,7 @@ void CEthercatMaster::clearAllSlaveObject() {
   m_inputs.clear();
   m_outputs.clear();
   m_sdoHandles.clear();
-  m_ulSdoCursor = 0;
-  m_ulForcedSdoId = NO_FORCED_SDO;
+  m_sdoCursor.reset();
 }
 
 unsigned int CEthercatMaster::getMasterState() const {

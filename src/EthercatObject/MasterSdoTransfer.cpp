@@ -30,9 +30,10 @@ _SDO_INFO_OBJECT* CEthercatMaster::armable(unsigned int id, bool read, const voi
   return object;
 }
 
-// The checks that follow: the size in bytes (0 fits none) and a transfer that is pending already.
+// The checks that follow: the size in bytes (0 fits none), which must also be what the platform would write,
+// and a transfer that is pending already.
 bool CEthercatMaster::isArmableWith(const _SDO_INFO_OBJECT& object, bool read, unsigned long size) {
-  if (object.size != size) {
+  if (object.size != size || (!read && object.isWriteCut())) {
     std::fputs("SDO do not match field size\n", stdout);
     return false;
   }
@@ -45,13 +46,13 @@ void CEthercatMaster::armRead(_SDO_INFO_OBJECT& object, ETHERCAT_DATA_TYPE desti
   object.readDestination = destination;
   object.readDone = done;
   object.readPending = true;
-  m_bSdosIdle = false;
+  m_sdoCursor.wake();
 }
 
 void CEthercatMaster::armWrite(_SDO_INFO_OBJECT& object, bool* done) {
   object.writeDone = done;
   object.writePending = true;
-  m_bSdosIdle = false;
+  m_sdoCursor.wake();
 }
 
 bool CEthercatMaster::readSdo(unsigned int id, double* value, bool* done) {
@@ -110,9 +111,5 @@ bool CEthercatMaster::rawSdoSend(unsigned int id, const void* data, unsigned int
 }
 
 bool CEthercatMaster::processSdoImmediately(unsigned int id) {
-  if (id >= m_vecSdoInfo.size() || m_ulForcedSdoId != NO_FORCED_SDO) {
-    return false;
-  }
-  m_ulForcedSdoId = id;
-  return true;
+  return id < m_vecSdoInfo.size() && m_sdoCursor.force(id);
 }

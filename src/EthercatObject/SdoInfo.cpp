@@ -3,7 +3,6 @@
 #include "EthercatDataHelper/EthercatDataHelper.h"
 
 #include <algorithm>
-#include <cstring>
 #include <tuple>
 
 int _SDO_INFO_KEY::compare(const _SDO_INFO_KEY& a, const _SDO_INFO_KEY& b) {
@@ -41,14 +40,19 @@ bool _SDO_INFO_OBJECT::exportSdoData() {
   if (destination == nullptr || data == nullptr) {
     return false;
   }
+  const unsigned long answered = std::min<unsigned long>(ecrt_sdo_request_data_size(request), size);
   if (dataType == DATA_TYPE_RAW && destinationType == DATA_TYPE_RAW) {
-    std::memcpy(destination, data, size);
+    auto* const bytes = static_cast<unsigned char*>(destination);
+    std::fill(std::copy_n(data, answered, bytes), bytes + size, static_cast<unsigned char>(0));
   } else if (destinationType == DATA_TYPE_LREAL) {
     auto* const values = static_cast<unsigned char*>(destination);
-    const unsigned long count = size / CEthercatDataHelper::getTypeSize(dataType);
-    for (unsigned long i = 0; i < count; ++i) {
+    const unsigned long width = CEthercatDataHelper::getTypeSize(dataType);
+    for (unsigned long i = 0; i < size / width; ++i) {
+      unsigned char element[sizeof(double)] = {}; // as wide as the widest type
+      const unsigned long start = std::min(i * width, answered);
+      std::copy_n(data + start, std::min(width, answered - start), element);
       double value = 0.0;
-      CEthercatDataHelper::doubleFromBuffer(dataType, data, false, &value, i);
+      CEthercatDataHelper::doubleFromBuffer(dataType, element, false, &value, 0);
       CEthercatDataHelper::doubleToBuffer(value, DATA_TYPE_LREAL, false, values, i);
     }
   }
@@ -59,14 +63,10 @@ void _SDO_INFO_OBJECT::issue(bool read) {
   if (read) {
     static_cast<void>(ecrt_sdo_request_read(request));
   } else {
-    unsigned char* const data = ecrt_sdo_request_data(request);
+    unsigned char* const data = inProgress ? nullptr : ecrt_sdo_request_data(request);
     if (data != nullptr) {
       std::copy(writeBuffer.begin(), writeBuffer.end(), data);
     }
     static_cast<void>(ecrt_sdo_request_write(request));
   }
-  // A call that the platform refused tells nothing, and leaves the success of an earlier transfer standing:
-  // that must not count as the end of this one.
-  inProgress = ecrt_sdo_request_state(request) != EC_REQUEST_SUCCESS;
-  inProgressIsRead = read;
 }

@@ -75,10 +75,13 @@ struct _SDO_INFO_OBJECT {
   void withdraw(bool read);
   // Ends the pending transfer of a direction: it counts as done.
   void finish(bool read);
-  // Hands the finished read to its destination. A raw read of a typed request delivers nothing.
+  // Hands the finished read to its destination; what lies behind a short answer counts as zero bytes. A raw
+  // read of a typed request delivers nothing.
   bool exportSdoData();
-  // Copies the write buffer to the platform and starts the write, or starts the read; in progress when the
-  // platform has taken it.
+  // The platform writes as many bytes as the last answer had: a write would be cut now, and count as done.
+  bool isWriteCut() const { return request != nullptr && ecrt_sdo_request_data_size(request) < size; }
+  // Starts the read or the write at the platform. A write that is not in progress yet brings its data along:
+  // the platform's buffer holds anything until then.
   void issue(bool read);
 };
 

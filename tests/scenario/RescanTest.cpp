@@ -100,6 +100,10 @@ TEST_F(Scenario, ARescanThatIsStillOnAtAReactivationIsNoneOfItsErrors) {
 TEST_F(Scenario, ImageThatCannotBeMappedEndsAReactivationAndIsLeftAloneInTheFirst) {
   bus().setImageNeverMapped(true);
   start({byteIo});
+  std::uint32_t request = 0;
+  outOfOrderExpected = 1; // made while the master is active
+  EXPECT_TRUE(igh_master_create_sdo_request(0, 0, 0x2000, 1, DATA_TYPE_UINT, 0, false, &request));
+  EXPECT_TRUE(igh_master_sdo_send(0, request, 1, nullptr));
   send(0, "Out", 7);
   const std::uint32_t in = handle(0, "In", true);
   bus().setInputs(0, {8});
@@ -109,4 +113,12 @@ TEST_F(Scenario, ImageThatCannotBeMappedEndsAReactivationAndIsLeftAloneInTheFirs
               [] { EXPECT_FALSE(igh_master_active(0)); });
   EXPECT_FALSE(bus().active());
   expectPrint("slave 1 do not config\n", "", [] { EXPECT_FALSE(igh_master_active(0)); });
+  // The requests died with the configurations, and nothing asks for them again.
+  expectPrint("SDO don't create with writable flag\n", "",
+              [&] { EXPECT_FALSE(igh_master_sdo_send(0, request, 1, nullptr)); });
+  bus().setImageNeverMapped(false);
+  bus().setReactivationUnmapped(false);
+  igh_master_config_all_slave(0);
+  EXPECT_TRUE(igh_master_active(0));
+  cycleUntil(8);
 }

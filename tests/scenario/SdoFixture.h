@@ -53,7 +53,8 @@ protected:
       char issued = 0;
       std::string step = "-";
       for (const ethercat_simulation::TraceEntry& entry : bus().trace()) {
-        if (entry.call == Call::sdoState && issued == 0) {
+        if (entry.call == Call::sdoState) {
+          EXPECT_EQ(step, "-") << "one look per step, and before the issue";
           step = std::string(1, entry.text[entry.text.find(')') - 1]) + "=.=!"[entry.text.back() - '0'];
         }
         issued = entry.call == Call::sdoRead ? 'r' : entry.call == Call::sdoWrite ? 'w' : issued;

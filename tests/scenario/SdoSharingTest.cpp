@@ -59,27 +59,70 @@ TEST_F(SdoTest, TheDirectionsOfARequestDoNotTouchEachOther) {
   EXPECT_TRUE(readDone && writeDone);
   EXPECT_EQ(bus().objectValue(0, 0x4000, 0), sent);
 
-  // A write that the platform refuses is not done, although the read before it was; its data goes out again.
-  bus().failNext(Call::sdoWrite, -EIO);
-  const Bytes next{5, 6, 7, 8};
-  EXPECT_TRUE(igh_master_raw_sdo_send(0, id, next.data(), 4, &writeDone));
-  cycle(3);
-  EXPECT_FALSE(writeDone);
-  bus().setSdoFault(0, 0x4000, 0, SdoFault::abort);
-  cycle(10);
-  bus().setSdoFault(0, 0x4000, 0, SdoFault::none);
-  cycle(10);
-  EXPECT_TRUE(writeDone);
-  EXPECT_EQ(bus().objectValue(0, 0x4000, 0), next);
-
-  // The last writer takes the armed write with it, and leaves the read alone.
+  // The last writer takes the armed write with it, and leaves the read alone, which is not started anew. A
+  // read that is withdrawn while it fails leaves nothing of the platform's buffer to the next write.
   EXPECT_TRUE(igh_master_raw_sdo_recv(0, id, received.data(), 4, &readDone));
+  EXPECT_EQ(steps(2), "0r 0.");
   EXPECT_TRUE(igh_master_raw_sdo_send(0, id, sent.data(), 4, &writeDone));
   igh_master_destroy_sdo_request(0, id, false);
+  EXPECT_EQ(steps(2), "0. 0=");
+  EXPECT_TRUE(readDone && received == sent && !writeDone);
   EXPECT_TRUE(igh_master_create_raw_sdo_request(0, 0, 0x4000, 0, 4, 0, false, &id));
-  EXPECT_TRUE(igh_master_raw_sdo_send(0, id, sent.data(), 4, &writeDone));
-  cycle(20);
-  EXPECT_TRUE(readDone && writeDone);
+  bus().setSdoFault(0, 0x4000, 0, SdoFault::abort);
+  EXPECT_TRUE(igh_master_raw_sdo_recv(0, id, received.data(), 4, &readDone));
+  cycle(8);
+  igh_master_destroy_sdo_request(0, id, true);
+  bus().setSdoFault(0, 0x4000, 0, SdoFault::none);
+  const Bytes next{5, 6, 7, 8};
+  EXPECT_TRUE(igh_master_raw_sdo_send(0, id, next.data(), 4, &writeDone));
+  for (int left = 20; left > 0 && bus().objectValue(0, 0x4000, 0) == sent; --left) {
+    cycle();
+  }
+  EXPECT_EQ(bus().objectValue(0, 0x4000, 0), next);
+  cycle(10);
+  EXPECT_TRUE(writeDone);
+}
+
+TEST_F(SdoTest, BehindAShortAnswerStandZerosAndNoWriteIsCut) {
+  prepare();
+  const std::uint32_t other = create(0x2000, 1, true);
+  std::uint32_t raw = 0;
+  for (const bool read : {true, false}) {
+    EXPECT_TRUE(igh_master_create_raw_sdo_request(0, 0, 0x4000, 0, 4, 0, read, &raw));
+  }
+  const std::uint32_t typed = create(0x3000, 1, true, DATA_TYPE_INT, 2);
+  toOp();
+  home();
+  Bytes received(4, 0x77);
+  double values[3] = {};
+  bool done[4] = {};
+  const auto readAll = [&](const Bytes& answer) {
+    bus().setObjectValue(0, 0x4000, 0, answer);
+    bus().setObjectValue(0, 0x3000, 1, answer);
+    EXPECT_TRUE(igh_master_raw_sdo_recv(0, raw, received.data(), 4, &done[0]));
+    EXPECT_TRUE(igh_master_sdo_recv_ex(0, typed, values, 2, &done[1]));
+    EXPECT_TRUE(igh_master_sdo_recv(0, other, &values[2], &done[2]));
+    cycle(16);
+    EXPECT_TRUE(done[0] && done[1] && done[2]) << "nobody is held up";
+  };
+  const Bytes sent{1, 2, 3, 4};
+  const auto arm = [&] { return igh_master_raw_sdo_send(0, raw, sent.data(), 4, &done[3]); };
+  EXPECT_TRUE(arm()); // and then the answer leaves it too little room
+  readAll({0xFE, 0xFF, 5});
+  EXPECT_EQ(received, (Bytes{0xFE, 0xFF, 5, 0}));
+  EXPECT_TRUE(values[0] == -2 && values[1] == 5);
+  EXPECT_FALSE(done[3]);
+  EXPECT_EQ(bus().objectValue(0, 0x4000, 0).size(), 3U);
+  readAll({9, 9, 9, 9});
+  EXPECT_TRUE(done[3]);
+  EXPECT_EQ(bus().objectValue(0, 0x4000, 0), sent);
+  readAll({7});
+  EXPECT_EQ(received, (Bytes{7, 0, 0, 0}));
+  EXPECT_TRUE(values[0] == 7 && values[1] == 0);
+  EXPECT_EQ(capture([&] { EXPECT_FALSE(arm()); }).out, "SDO do not match field size\n");
+  bus().setReactivationUnmapped(false);
+  toOp();
+  EXPECT_TRUE(arm());
 }
 
 TEST_F(SdoTest, AScanTakesCursorAndForcedRequestBack) {
@@ -104,6 +147,24 @@ TEST_F(SdoTest, AScanTakesCursorAndForcedRequestBack) {
   EXPECT_TRUE(igh_master_sdo_recv(0, id, &value, &done));
   cycle(10);
   EXPECT_TRUE(done && value == 3);
+}
+
+TEST_F(SdoTest, ServiceBeginsInPreop) {
+  prepare();
+  create(0x2000, 1, true);
+  const std::uint32_t b = create(0x2000, 2, true);
+  double value = 0;
+  bool done = false;
+  bus().setClimbCycles(20);
+  quietly([] { igh_master_active(0); });
+  cycleUntil(1);
+  EXPECT_TRUE(igh_master_sdo_recv(0, b, &value, &done));
+  EXPECT_EQ(steps(1), "-") << "in INIT";
+  cycleUntil(2);
+  EXPECT_EQ(steps(1), "2.") << "issued in PREOP";
+  cycleUntil(8);
+  cycle(10);
+  EXPECT_TRUE(done && value == 2);
 }
 
 TEST_F(SdoTest, ActivatingAgainRenewsRequestsAndStartsPendingTransfersOver) {

@@ -78,7 +78,11 @@ bool Request::armRaw() {
 
 void Request::arm() {
   if (!(m_transfer.type ? armTyped() : armRaw()))
-    throw Failure(busError, "the library refused the transfer");
+    throw Failure(busError,
+                  m_transfer.read
+                      ? "the library refused the read"
+                      : "the library refused the write: after a short answer it takes a read that is "
+                        "answered in full, or a new activation");
 }
 
 // False when the transfer was not done in time.
@@ -159,7 +163,7 @@ void throwRefusal(const SdoTransfer& transfer, const Answer& answer, double seco
   throw Failure(busError, slave + transfer.object() + ": " + std::strerror(-answer.result));
 }
 
-// A short answer is a success for the library, and the rest of the buffer is rubbish.
+// A short answer is a success for the library, and the rest of the buffer is zeros.
 void checkLength(const SdoTransfer& transfer, const Answer& answer) {
   if (answer.bytes.size() != transfer.size())
     throw Failure(busError, format("slave %u answered %zu bytes for %s, asked for %zu: wrong %s?",

@@ -1,0 +1,70 @@
+#ifndef ETHERCATOBJECT_SDOCURSOR_H
+#define ETHERCATOBJECT_SDOCURSOR_H
+
+#include <atomic>
+
+// Which transfer the service takes next. A position is request * 2, + 1 for its write; the cursor goes round
+// over the positions of a table and stays on a transfer until that is done.
+class CSdoCursor {
+public:
+  // Moves to the next armed position, at most to the one before where it stands: that one is left to the next
+  // step. False when there is none. isArmed(request, read) is asked for each position on the way.
+  template <class IS_ARMED> bool findArmed(unsigned long requests, const IS_ARMED& isArmed) {
+    const unsigned long stop = m_ulPosition == 0 ? 2 * requests - 1 : m_ulPosition - 1;
+    if (m_bIdle.load(std::memory_order_relaxed)) { // where the walk below would end as well
+      m_ulPosition = stop;
+      m_ulForced = NONE;
+      return false;
+    }
+    // Marked before the walk: what is armed behind the cursor meanwhile, by another thread, takes it back.
+    m_bIdle.exchange(true, std::memory_order_acq_rel);
+    const bool wholeRound = m_ulForced == NONE;
+    bool found = false;
+    while (m_ulPosition != stop && !found) {
+      found = isArmed(request(), isRead());
+      if (!found) {
+        advance(requests);
+      }
+    }
+    if (found || !wholeRound || isArmed(stop / 2, stop % 2 == 0)) {
+      m_bIdle.store(false, std::memory_order_relaxed);
+    }
+    return found;
+  }
+  unsigned long request() const { return m_ulPosition / 2; }
+  bool isRead() const { return m_ulPosition % 2 == 0; }
+
+  void advance(unsigned long requests) {
+    const unsigned long forced = m_ulForced;
+    m_ulForced = NONE;
+    if (forced < requests) {
+      m_ulPosition = 2 * forced;
+      return;
+    }
+    m_ulPosition = m_ulPosition + 1 >= 2 * requests ? 0 : m_ulPosition + 1;
+  }
+  // Takes this request at the next advance; false while another one waits for that.
+  bool force(unsigned long request) {
+    if (m_ulForced != NONE) {
+      return false;
+    }
+    m_ulForced = request;
+    return true;
+  }
+  // To be called behind each arming: a table in which nothing is armed is not walked again.
+  void wake() { m_bIdle.store(false, std::memory_order_release); }
+  void reset() {
+    m_ulPosition = 0;
+    m_ulForced = NONE;
+    wake();
+  }
+
+private:
+  static constexpr unsigned long NONE = ~0UL;
+
+  unsigned long m_ulPosition = 0;
+  unsigned long m_ulForced = NONE;
+  std::atomic<bool> m_bIdle{false}; // a whole round found nothing armed, and nothing was armed since
+};
+
+#endif

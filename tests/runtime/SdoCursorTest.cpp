@@ -1,0 +1,42 @@
+// The walk of the SDO service over its table, with what another thread may arm in the middle of it.
+#include "EthercatObject/SdoCursor.h"
+
+#include <gtest/gtest.h>
+#include <set>
+
+namespace {
+
+TEST(SdoCursor, WhatIsArmedBehindTheCursorDuringAWalkIsFoundByTheNextOne) {
+  for (unsigned long start = 0; start < 8; ++start) {
+    CSdoCursor cursor;
+    std::set<unsigned long> armed;
+    unsigned long asked = 0;
+    unsigned long late = ~0UL; // the position that is armed while the walk asks for the last one
+    const auto isArmed = [&](unsigned long request, bool read) {
+      const unsigned long position = 2 * request + (read ? 0 : 1);
+      if (++asked == 8 && late != ~0UL) {
+        armed.insert(late);
+        cursor.wake();
+      }
+      return armed.count(position) != 0;
+    };
+    for (unsigned long i = 0; i < start; ++i) {
+      cursor.advance(4);
+    }
+    late = start; // asked first
+    EXPECT_FALSE(cursor.findArmed(4, isArmed));
+    late = ~0UL;
+    EXPECT_TRUE(cursor.findArmed(4, isArmed)) << start;
+    EXPECT_EQ(2 * cursor.request() + (cursor.isRead() ? 0 : 1), start);
+    // Idle: nothing is asked, and a forced request is taken along as by a walk.
+    armed.clear();
+    EXPECT_FALSE(cursor.findArmed(4, isArmed));
+    asked = 100;
+    EXPECT_TRUE(cursor.force(3));
+    EXPECT_FALSE(cursor.findArmed(4, isArmed));
+    EXPECT_EQ(asked, 100U);
+    EXPECT_TRUE(cursor.force(3));
+  }
+}
+
+} // namespace
