@@ -20,20 +20,39 @@ Entry readEntry(const JsonNode& node) {
   Entry entry;
   entry.index = node.get<std::uint16_t>("index", 0, limit16);
   entry.subindex = node.get<std::uint8_t>("subindex", 0, limit8, 0);
-  entry.bitLength = node.get<std::uint8_t>("bit_length", 1, limit8);
+  entry.bitLength = node.get<std::uint8_t>("bit_length", 0, limit8);
   return entry;
 }
 
+bool readFlag(const JsonNode& node, const char* key, bool missing) {
+  return node.has(key) ? node.at(key).flag() : missing;
+}
+
+// Descriptions have entries without bits and PDOs without index, and the real master takes them.
 Pdo readPdo(const JsonNode& node) {
-  node.expectObject({"index", "entries"});
+  node.expectObject({"index", "entries", "fixed", "excludes"});
   Pdo pdo;
-  pdo.index = node.get<std::uint16_t>("index", 1, limit16);
+  pdo.index = node.get<std::uint16_t>("index", 0, limit16);
+  pdo.fixed = readFlag(node, "fixed", pdo.fixed);
   if (node.has("entries")) {
     for (const JsonNode& entry : node.at("entries").elements()) {
       pdo.entries.push_back(readEntry(entry));
     }
   }
+  if (node.has("excludes")) {
+    for (const JsonNode& excluded : node.at("excludes").elements()) {
+      pdo.excludes.push_back(static_cast<std::uint16_t>(excluded.number(0, limit16)));
+    }
+  }
   return pdo;
+}
+
+std::vector<Pdo> readPdos(const JsonNode& node) {
+  std::vector<Pdo> pdos;
+  for (const JsonNode& element : node.elements()) {
+    pdos.push_back(readPdo(element));
+  }
+  return pdos;
 }
 
 SyncManager readSyncManager(const JsonNode& node) {
@@ -47,9 +66,7 @@ SyncManager readSyncManager(const JsonNode& node) {
   }
   manager.direction = name == "output" ? Direction::output : Direction::input;
   if (node.has("pdos")) {
-    for (const JsonNode& pdo : node.at("pdos").elements()) {
-      manager.pdos.push_back(readPdo(pdo));
-    }
+    manager.pdos = readPdos(node.at("pdos"));
   }
   return manager;
 }
@@ -111,7 +128,7 @@ Object readObject(const JsonNode& node) {
     node.fail("must have either \"bytes\", or \"value\" and \"type\"");
   }
   object.bytes = node.has("bytes") ? readBytes(node.at("bytes")) : readValue(node);
-  object.readOnly = node.has("read_only") && node.at("read_only").flag();
+  object.readOnly = readFlag(node, "read_only", object.readOnly);
   return object;
 }
 
@@ -161,9 +178,23 @@ void checkDriveObjects(const Slave& slave, const JsonNode& objects) {
   }
 }
 
+void readProcessData(const JsonNode& node, Slave& slave) {
+  if (node.has("sync_managers")) {
+    slave.defaultMapping = readSyncManagers(node.at("sync_managers"));
+  }
+  if (node.has("further_pdos")) {
+    slave.furtherPdos = readPdos(node.at("further_pdos"));
+  }
+  slave.checksLengths = readFlag(node, "checks_lengths", slave.checksLengths);
+  slave.coe = readFlag(node, "coe", node.has("objects") || slave.model == SlaveModel::drive);
+  slave.pdoAssign = readFlag(node, "pdo_assign", slave.pdoAssign);
+  slave.pdoConfig = readFlag(node, "pdo_config", slave.pdoConfig);
+}
+
 Slave readSlave(const JsonNode& node) {
   node.expectObject({"vendor_id", "product_code", "revision", "serial", "alias", "name", "model", "drive",
-                     "distributed_clocks", "sync_managers", "objects"});
+                     "distributed_clocks", "sync_managers", "further_pdos", "checks_lengths", "coe",
+                     "pdo_assign", "pdo_config", "objects"});
   Slave slave;
   slave.vendorId = node.get<std::uint32_t>("vendor_id", 0, limit32);
   slave.productCode = node.get<std::uint32_t>("product_code", 0, limit32);
@@ -182,12 +213,8 @@ Slave readSlave(const JsonNode& node) {
     }
     slave.drive = readDrive(node.at("drive"));
   }
-  if (node.has("distributed_clocks")) {
-    slave.distributedClocks = node.at("distributed_clocks").flag();
-  }
-  if (node.has("sync_managers")) {
-    slave.defaultMapping = readSyncManagers(node.at("sync_managers"));
-  }
+  slave.distributedClocks = readFlag(node, "distributed_clocks", slave.distributedClocks);
+  readProcessData(node, slave);
   if (node.has("objects")) {
     slave.objects = readObjects(node.at("objects"));
     if (slave.model == SlaveModel::drive) {

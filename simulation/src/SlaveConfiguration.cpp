@@ -1,20 +1,12 @@
 #include "SlaveConfiguration.h"
 
-#include "Domain.h"
+#include "Master.h"
+#include "PdoWriter.h"
 
+#include <algorithm>
 #include <cerrno>
 
 namespace ethercat_simulation {
-
-std::size_t SlaveConfiguration::SyncManagerPlan::size() const {
-  std::size_t bits = 0;
-  for (const Pdo& pdo : pdos) {
-    for (const Entry& entry : pdo.entries) {
-      bits += entry.bitLength;
-    }
-  }
-  return (bits + 7) / 8;
-}
 
 void SlaveConfiguration::attach(SlaveUnit* unit, unsigned int ringPosition) {
   m_unit = unit;
@@ -73,14 +65,31 @@ int SlaveConfiguration::configurePdos(unsigned int count, const ec_sync_info_t* 
   return 0;
 }
 
+std::uint16_t SlaveConfiguration::writeTo(SlaveUnit& unit) const {
+  const PdoWriter writer(unit.pdos(), unit.identity(), m_owner.index(), m_ringPosition);
+  writer.write(m_plans);
+  const std::uint16_t code = unit.pdos().check(m_plans);
+  if (code != 0) {
+    writer.reportRefusal(code);
+  }
+  return code;
+}
+
 std::vector<Entry> SlaveConfiguration::defaultEntries(std::uint16_t pdoIndex) const {
+  const auto search = [&](const std::vector<Pdo>& pdos) {
+    return std::find_if(pdos.begin(), pdos.end(), [&](const Pdo& pdo) { return pdo.index == pdoIndex; });
+  };
   if (m_unit != nullptr) {
-    for (const SyncManager& manager : m_unit->identity().defaultMapping) {
-      for (const Pdo& pdo : manager.pdos) {
-        if (pdo.index == pdoIndex) {
-          return pdo.entries;
-        }
+    const Slave& identity = m_unit->identity();
+    for (const SyncManager& manager : identity.defaultMapping) {
+      const auto found = search(manager.pdos);
+      if (found != manager.pdos.end()) {
+        return found->entries;
       }
+    }
+    const auto found = search(identity.furtherPdos);
+    if (found != identity.furtherPdos.end()) {
+      return found->entries;
     }
   }
   return {};

@@ -7,8 +7,6 @@
 #include "SdoRequest.h"
 #include "SlaveUnit.h"
 
-#include <array>
-
 namespace ethercat_simulation {
 
 class Domain;
@@ -55,6 +53,9 @@ public:
   }
   void stepSdoRequests(unsigned int exchanges) { m_sdoRequests.step(m_unit, exchanges); }
 
+  // Writes the PDOs to the slave. 0, or the AL status code with which it refuses SAFEOP then.
+  std::uint16_t writeTo(SlaveUnit& unit) const;
+
   // Activation: makes room for the bytes of every sync manager.
   void allocateProcessData();
   // The slave has been told its FMMUs; from now on it answers in this configuration's name.
@@ -74,11 +75,6 @@ public:
   const std::vector<std::uint8_t>& outputs() const { return m_outputs; }
 
 private:
-  struct SyncManagerPlan {
-    ec_direction_t direction = EC_DIR_INVALID;
-    std::vector<Pdo> pdos;
-    std::size_t size() const; // bytes
-  };
   struct EntryPlace {
     std::size_t bit;
     Entry entry;
@@ -99,7 +95,7 @@ private:
   std::uint32_t m_productCode;
   SlaveUnit* m_unit = nullptr;
   unsigned int m_ringPosition = 0;
-  std::array<SyncManagerPlan, syncManagerCount> m_plans;
+  SyncManagerPlans m_plans;
   std::vector<Fmmu> m_fmmus;
   SdoQueue m_sdoRequests;
 

@@ -81,7 +81,7 @@ void SlaveUnit::setResponding(bool responding) {
 }
 
 bool SlaveUnit::step(unsigned int climbCycles, unsigned int stagger) {
-  if (m_alCode != 0 && !m_alHeld && !acknowledge(climbCycles)) {
+  if (m_alCode != 0 && !m_alHeld && !m_refused && !acknowledge(climbCycles)) {
     return true;
   }
   const std::uint8_t wanted = wantedState();
@@ -96,14 +96,22 @@ bool SlaveUnit::step(unsigned int climbCycles, unsigned int stagger) {
   if (--m_wait > 0) {
     return true;
   }
-  const bool needsConfiguration = wanted >= stateSafeop && m_attached == nullptr;
-  if (wanted > m_maximumState || !isState(wanted) || needsConfiguration) {
-    m_refused = true;
-  } else {
+  m_refused = !accepts(wanted);
+  if (!m_refused) {
     enter(wanted);
   }
   m_busy = !m_refused && wantedState() != m_state;
   return true;
+}
+
+bool SlaveUnit::accepts(std::uint8_t state) {
+  const bool needsConfiguration = state >= stateSafeop && m_attached == nullptr;
+  if (state > m_maximumState || !isState(state) || needsConfiguration) {
+    return false;
+  }
+  // The code stays until the next request or climb: nobody asks a slave again that has refused.
+  m_alCode = m_state == statePreop && state == stateSafeop ? m_attached->writeTo(*this) : std::uint16_t{0};
+  return m_alCode == 0;
 }
 
 // The master takes the error bit back; that takes as long as a change of the state.
@@ -144,6 +152,7 @@ void SlaveUnit::setPowered(bool powered) {
     m_wait = 0;
     m_registers.clear();
     m_dictionary.restore(m_identity.objects);
+    m_pdos.restore();
     if (m_drive != nullptr) {
       m_drive->powerUp();
     }

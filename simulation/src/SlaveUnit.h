@@ -4,7 +4,7 @@
 
 #include "DriveModel.h"
 #include "EscRegisters.h"
-#include "ObjectDictionary.h"
+#include "SlavePdos.h"
 
 #include <memory>
 
@@ -28,6 +28,7 @@ public:
   bool hasMailbox() const { return m_state != stateInit && !hasError(); }
   ObjectDictionary& dictionary() { return m_dictionary; }
   const ObjectDictionary& dictionary() const { return m_dictionary; }
+  SlavePdos& pdos() { return m_pdos; }
   EscRegisters& registers() { return m_registers; }
   const EscRegisters& registers() const { return m_registers; }
   bool takesOutputs() const { return m_state == stateOp; }
@@ -73,10 +74,13 @@ private:
   std::uint8_t stepTowards(std::uint8_t state) const;
   void enter(std::uint8_t state);
   void fallTo(std::uint8_t state);
+  // Whether the slave goes on to this state; otherwise it says why.
+  bool accepts(std::uint8_t state);
   bool acknowledge(unsigned int climbCycles);
 
   Slave m_identity;
   ObjectDictionary m_dictionary;
+  SlavePdos m_pdos{m_identity, m_dictionary};
   EscRegisters m_registers;
   std::unique_ptr<DriveModel> m_drive;
   std::uint8_t m_state = stateInit;

@@ -17,10 +17,21 @@ namespace {
 
 constexpr bool simulated = IGH_BUS_SIMULATED != 0;
 constexpr const char* busVariable = "ETHERCAT_SIMULATION_BUS";
+constexpr unsigned int lastSyncManager = 15;
+constexpr std::size_t mostDriven = 255; // slaves that the library looks at
 
 using nlohmann::json;
 
-json syncManagerJson(const SyncManager& syncManager) {
+// A module's PDO is not found: the description says nothing more of it.
+const PdoMarkup* markupOf(const Device& device, bool output, std::uint16_t index) {
+  const auto& pdos = device.markup.pdos;
+  const auto found = std::find_if(pdos.begin(), pdos.end(), [&](const PdoMarkup& pdo) {
+    return pdo.assigned && pdo.output == output && pdo.index == index;
+  });
+  return found == pdos.end() ? nullptr : &*found;
+}
+
+json syncManagerJson(const Device& device, const SyncManager& syncManager) {
   json pdos = json::array();
   for (const auto& pdo : syncManager.pdos) {
     json entries = json::array();
@@ -28,22 +39,33 @@ json syncManagerJson(const SyncManager& syncManager) {
       entries.push_back({{"index", format("0x%04X", unsigned{entry.index})},
                          {"subindex", entry.subindex},
                          {"bit_length", entry.bitLength}});
-    pdos.push_back({{"index", format("0x%04X", unsigned{pdo.index})}, {"entries", entries}});
+    const auto* markup = markupOf(device, syncManager.output, pdo.index);
+    pdos.push_back({{"index", format("0x%04X", unsigned{pdo.index})},
+                    {"entries", entries},
+                    {"fixed", markup && markup->fixed},
+                    {"excludes", markup ? json(markup->excludes) : json::array()}});
   }
   return {
       {"index", syncManager.index}, {"direction", syncManager.output ? "output" : "input"}, {"pdos", pdos}};
 }
 
+// The slave as its description has it. What no slave can have is left to the master to refuse: a sync manager
+// beyond the last one.
 json slaveJson(const Device& device) {
   json syncManagers = json::array();
-  for (const auto& syncManager : device.syncManagers)
-    syncManagers.push_back(syncManagerJson(syncManager));
+  for (const auto& syncManager : device.syncManagers) {
+    if (syncManager.index <= lastSyncManager)
+      syncManagers.push_back(syncManagerJson(device, syncManager));
+  }
   return {{"vendor_id", format("0x%08X", device.key.vendorId)},
           {"product_code", format("0x%08X", device.key.productCode)},
           {"revision", format("0x%08X", device.key.revision)},
           {"name", device.typeName.substr(0, EC_MAX_STRING_LENGTH - 1)},
           {"model", "loopback"},
           {"distributed_clocks", !device.clockModes.empty()},
+          {"coe", device.markup.coe},
+          {"pdo_assign", device.markup.pdoAssign},
+          {"pdo_config", device.markup.pdoConfig},
           {"sync_managers", syncManagers}};
 }
 
@@ -99,7 +121,7 @@ std::vector<FoundSlave> surveyBus(const ScanOptions& options, const std::vector<
   if (!master)
     throw Failure(busError, format("EtherCAT master %u cannot be reserved", unsigned{options.master}));
   std::vector<FoundSlave> slaves;
-  constexpr unsigned int mostSlaves = 255; // the library looks no further
+  constexpr unsigned int mostSlaves = 65535; // 0xFFFF is none
   for (unsigned int position = 0; position < mostSlaves; ++position) {
     FoundSlave slave{};
     if (ecrt_master_get_slave(master, static_cast<std::uint16_t>(position), &slave.info) < 0)
@@ -112,6 +134,14 @@ std::vector<FoundSlave> surveyBus(const ScanOptions& options, const std::vector<
   if (slaves.empty())
     throw Failure(busError, format("no slave answers on EtherCAT master %u", unsigned{options.master}));
   return slaves;
+}
+
+void checkSize(const std::vector<FoundSlave>& slaves) {
+  if (slaves.size() > mostDriven)
+    throw Failure(busError,
+                  format("the bus has %zu slaves: the library drives the first %zu, the others stay in "
+                         "PREOP, and the whole bus never reaches OP",
+                         slaves.size(), mostDriven));
 }
 
 void checkSlave(std::uint32_t slave, const std::vector<FoundSlave>& slaves) {

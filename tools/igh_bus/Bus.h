@@ -32,6 +32,9 @@ struct FoundSlave {
 // Reserves the master, reads its slaves and releases it. Throws Failure when there is no master or no slave.
 std::vector<FoundSlave> surveyBus(const ScanOptions& options, const std::vector<Device>& devices);
 
+// Throws Failure(busError) for a bus with more slaves than the library drives.
+void checkSize(const std::vector<FoundSlave>& slaves);
+
 // Throws Failure(usageError) for a slave that is not on the bus.
 void checkSlave(std::uint32_t slave, const std::vector<FoundSlave>& slaves);
 

@@ -79,7 +79,7 @@ void checkClock(std::vector<Complaint>& complaints, const Device& device) {
 
 void checkLeftOut(std::vector<Complaint>& complaints, const Device& device) {
   std::string rows[2];
-  for (const auto& pdo : device.markup) {
+  for (const auto& pdo : device.markup.pdos) {
     auto& row = rows[pdo.output ? 0 : 1];
     if (!pdo.assigned)
       row += (row.empty() ? pdo.output ? "RxPdo " : "TxPdo " : ", ") + format("0x%04X", unsigned{pdo.index});
@@ -95,13 +95,13 @@ void checkLeftOut(std::vector<Complaint>& complaints, const Device& device) {
 
 void checkExclusions(std::vector<Complaint>& complaints, const Device& device) {
   std::map<std::pair<bool, std::uint16_t>, const PdoMarkup*> assigned;
-  for (const auto& pdo : device.markup) {
+  for (const auto& pdo : device.markup.pdos) {
     if (pdo.assigned)
       assigned.try_emplace({pdo.output, pdo.index}, &pdo);
   }
   Complaint complaint{
       "PDOs that exclude each other are all assigned to one sync manager: a real slave refuses that", {}};
-  for (const auto& pdo : device.markup) {
+  for (const auto& pdo : device.markup.pdos) {
     for (const auto other : pdo.excludes) {
       const auto found = assigned.find({pdo.output, other});
       if (pdo.assigned && found != assigned.end() && found->second->syncManager == pdo.syncManager)

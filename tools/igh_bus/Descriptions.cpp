@@ -143,7 +143,7 @@ std::vector<SyncManager> layoutOf(CSlaveENIObject& description) {
   return layout;
 }
 
-Device deviceOf(CSlaveENIObject& description, std::vector<PdoMarkup> markup) {
+Device deviceOf(CSlaveENIObject& description, DeviceMarkup markup) {
   Device device;
   device.key = {description.getVendorId(), description.getProductCode(), description.getRevisionCode()};
   device.typeName =

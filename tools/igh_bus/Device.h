@@ -39,7 +39,16 @@ struct PdoMarkup {
   bool output = false;
   bool assigned = false; // has a sync manager
   std::uint32_t syncManager = 0;
+  bool fixed = false;
   std::vector<std::uint16_t> excludes;
+};
+
+// What of a device's XML the loader reads past.
+struct DeviceMarkup {
+  bool coe = false;       // has a mailbox with objects
+  bool pdoAssign = false; // and lets its PDOs be assigned
+  bool pdoConfig = false; // and their entries be chosen
+  std::vector<PdoMarkup> pdos;
 };
 
 struct DeviceKey {
@@ -60,7 +69,7 @@ struct Device {
   std::uint32_t slotPdoIncrement = 0;
   CSlaveENIObject::DC_OP_MODES clockModes;
   std::vector<SyncManager> syncManagers;
-  std::vector<PdoMarkup> markup;
+  DeviceMarkup markup;
 
   std::size_t entryCount() const;
 };

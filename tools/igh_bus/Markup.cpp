@@ -45,6 +45,11 @@ std::uint32_t number(const std::string& text) {
   return CMasterENIObject::resolveENIValue(text.c_str());
 }
 
+bool flagOf(const _XmlNode* node, const char* name) {
+  const auto* text = attributeOf(node, name);
+  return text && (*text == "1" || *text == "true");
+}
+
 PdoMarkup pdoMarkup(const _XmlNode* node, bool output) {
   PdoMarkup pdo;
   pdo.index = static_cast<std::uint16_t>(number(textOf(firstChild(node, "Index"))));
@@ -53,24 +58,30 @@ PdoMarkup pdoMarkup(const _XmlNode* node, bool output) {
     pdo.assigned = true;
     pdo.syncManager = number(*syncManager);
   }
+  pdo.fixed = flagOf(node, "Fixed");
   for (const auto* exclude : xml_file_children(node, "Exclude"))
     pdo.excludes.push_back(static_cast<std::uint16_t>(number(exclude->value)));
   return pdo;
 }
 
-std::vector<PdoMarkup> pdosOf(const _XmlNode* device) {
-  std::vector<PdoMarkup> pdos;
+DeviceMarkup markupOf(const _XmlNode* device) {
+  DeviceMarkup markup;
+  const auto* mailbox = firstChild(device, "Mailbox");
+  const auto* coe = mailbox ? firstChild(mailbox, "CoE") : nullptr;
+  markup.coe = coe != nullptr;
+  markup.pdoAssign = flagOf(coe, "PdoAssign");
+  markup.pdoConfig = flagOf(coe, "PdoConfig");
   for (const auto* pdo : xml_file_children(device, "RxPdo"))
-    pdos.push_back(pdoMarkup(pdo, true));
+    markup.pdos.push_back(pdoMarkup(pdo, true));
   for (const auto* pdo : xml_file_children(device, "TxPdo"))
-    pdos.push_back(pdoMarkup(pdo, false));
-  return pdos;
+    markup.pdos.push_back(pdoMarkup(pdo, false));
+  return markup;
 }
 
 } // namespace
 
-std::map<DeviceKey, std::vector<PdoMarkup>> readMarkup(const std::string& path, std::uint32_t vendorId) {
-  std::map<DeviceKey, std::vector<PdoMarkup>> devices;
+std::map<DeviceKey, DeviceMarkup> readMarkup(const std::string& path, std::uint32_t vendorId) {
+  std::map<DeviceKey, DeviceMarkup> devices;
   const Document document(path);
   for (const auto* descriptions : xml_file_children(document.root(), "Descriptions")) {
     for (const auto* list : xml_file_children(descriptions, "Devices")) {
@@ -79,7 +90,7 @@ std::map<DeviceKey, std::vector<PdoMarkup>> readMarkup(const std::string& path, 
         const auto* product = attributeOf(type, "ProductCode");
         const auto* revision = attributeOf(type, "RevisionNo");
         if (product && revision)
-          devices.try_emplace({vendorId, number(*product), number(*revision)}, pdosOf(device));
+          devices.try_emplace({vendorId, number(*product), number(*revision)}, markupOf(device));
       }
     }
   }

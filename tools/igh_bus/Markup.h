@@ -9,9 +9,9 @@
 
 namespace igh_bus {
 
-// The PDOs of a file's devices by key (the first of a kind counts, as in the loader). Empty when the file
+// The devices of a file by key (the first of a kind counts, as in the loader). Empty when the file
 // cannot be read; prints what the XML layer prints then.
-std::map<DeviceKey, std::vector<PdoMarkup>> readMarkup(const std::string& path, std::uint32_t vendorId);
+std::map<DeviceKey, DeviceMarkup> readMarkup(const std::string& path, std::uint32_t vendorId);
 
 } // namespace igh_bus
 

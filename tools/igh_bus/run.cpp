@@ -122,6 +122,7 @@ Status run(const RunOptions& options) {
   const auto devices = loadDevices(options.descriptions);
   const BusChoice bus(options, devices);
   const auto slaves = surveyBus(options, devices);
+  checkSize(slaves);
   checkEntries(options, slaves);
   if (!options.timingOnly)
     printPlan(options, slaves);

@@ -42,6 +42,8 @@ struct Entry {
 struct Pdo {
   std::uint16_t index = 0;
   std::vector<Entry> entries;
+  bool fixed = false;                       // its mapping is read-only
+  std::vector<std::uint16_t> excludes = {}; // PDOs that must not be assigned beside it
 };
 
 struct SyncManager {
@@ -76,9 +78,19 @@ struct Slave {
   std::uint16_t alias = 0;
   std::string name;
   SlaveModel model = SlaveModel::loopback;
-  DriveParameters drive;                   // of the model drive
-  bool distributedClocks = true;           // has a clock that can serve as reference
-  std::vector<SyncManager> defaultMapping; // what the slave offers without configuration
+  DriveParameters drive;         // of the model drive
+  bool distributedClocks = true; // has a clock that can serve as reference
+  // What the slave maps and assigns without configuration. A slave that lists anything here or in furtherPdos
+  // compares the length that the master gives each sync manager with what it needs, and refuses SAFEOP with
+  // AL status code 0x001D (outputs) or 0x001E (inputs) when they differ.
+  std::vector<SyncManager> defaultMapping;
+  std::vector<Pdo> furtherPdos; // that can be assigned, and are not
+  bool checksLengths = true;    // false: the simplest of I/O chips, in which the bits just move
+  bool coe = true;              // has a mailbox with objects
+  // What of its PDOs the master writes, when it has CoE; otherwise it warns of a difference and goes on. An
+  // entry is known to the slave when it is an object or stands in one of its PDOs.
+  bool pdoAssign = false; // 0x1C12, 0x1C13
+  bool pdoConfig = false; // 0x1600, 0x1A00 and on, but for fixed PDOs
   // Reached by SDO requests. Complete access transfers subindex 0, padded to 16 bits, and then the others in
   // their order; writes must have the length of the object.
   // A drive adds its own objects where they are not listed; 0x6064 is where its axis stands at first.
