@@ -109,6 +109,57 @@ TEST(Run, SimulatesEveryDescribedDeviceOnceWithoutABusFile) {
   EXPECT_THAT(outcome.out, HasSubstr("Errors\n  none\n"));
 }
 
+std::string described(const std::string& pdos, unsigned int devices = 1, const std::string& mailbox = "") {
+  std::string xml = "<EtherCATInfo><Vendor><Id>3</Id></Vendor><Descriptions><Devices>";
+  for (unsigned int code = 1; code <= devices; ++code)
+    xml += "<Device><Type ProductCode='" + std::to_string(code) + "' RevisionNo='1'>D</Type>" + mailbox +
+           pdos + "</Device>";
+  return xml + "</Devices></Descriptions></EtherCATInfo>";
+}
+
+std::string pdo(const std::string& index, const std::string& syncManager, const std::string& entries) {
+  return "<RxPdo Sm='" + syncManager + "' Fixed='true'>" + index + entries + "</RxPdo>";
+}
+
+TEST(Run, TakesEveryDescriptionThatLoadsAndSaysWhatTheSlaveMakesOfIt) {
+  const std::string entry =
+      "<Entry><Index>#x7000</Index><SubIndex>1</SubIndex><BitLen>8</BitLen><Name>A</Name>"
+      "<DataType>USINT</DataType></Entry>";
+  const std::string exclusive = pdo("<Index>#x1600</Index><Exclude>#x1601</Exclude>", "2", entry) +
+                                pdo("<Index>#x1601</Index>", "2", entry);
+  const std::string mailbox = "<Mailbox><CoE PdoAssign='1' PdoConfig='true'/></Mailbox>";
+  const struct {
+    std::string xml;
+    int status;
+    const char* err;
+  } cases[] = {
+      {described(
+           pdo("<Index>#x1600</Index>", "2", entry + "<Entry><Index>0</Index><BitLen>0</BitLen></Entry>")),
+       0, ""},
+      {described(pdo("", "2", entry)), 0, ""},
+      {described(pdo("<Index>#x1600</Index>", "16", entry)), 3, "Failed to configure PDOs.\n"},
+      {described(exclusive), 0, ""},
+      {described(exclusive, 1, mailbox), 3,
+       "EtherCAT WARNING 0-0: Failed to clear the mapping of PDO 0x1600.\n"
+       "EtherCAT WARNING 0-0: Failed to clear the mapping of PDO 0x1601.\n"
+       "EtherCAT WARNING 0-0: PDO configuration failed. (0x1601 refused in SM2)\n"
+       "EtherCAT ERROR 0-0: Failed to set SAFEOP state, slave refused state change with AL status code "
+       "0x001D.\n"},
+      {described(exclusive, 255), 0, ""},
+      {described(exclusive, 256), 3, "igh_bus: the bus has 256 slaves: the library drives the first 255"},
+  };
+  for (const auto& [xml, status, err] : cases) {
+    const auto path = scratch("described.xml", xml);
+    const auto scan = ighBus({"scan", "--eni", path});
+    EXPECT_EQ(scan.status, 0) << scan.err;
+    const auto outcome = ighBus({"run", "--eni", path, "--cycles", "60"});
+    EXPECT_EQ(outcome.status, status) << xml.substr(0, 600) << outcome.err;
+    EXPECT_EQ(outcome.err.rfind(err, 0), 0U) << outcome.err;
+    EXPECT_EQ(outcome.err.empty(), status == 0) << outcome.err;
+    std::remove(path.c_str());
+  }
+}
+
 TEST(Run, EndsAsABusErrorWhenOpIsNotReached) {
   const auto early = ighBus(onMachine("run", {"--cycles", "5"}));
   EXPECT_EQ(early.status, 3);
