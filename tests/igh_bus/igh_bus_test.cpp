@@ -10,6 +10,7 @@ namespace {
 
 const char badDescription[] = R"(<EtherCATInfo Version="1"><Vendor><Id>#x0C0C</Id><Name>Odd</Name></Vendor>
 <Descriptions><Devices><Device><Type ProductCode="#x1" RevisionNo="#x2">ODD1</Type>
+<HideType RevisionNo="#x1"/><HideType RevisionNo="#x3"/>
 <RxPdo Fixed="true" Sm="2"><Index>#x1600</Index><Exclude>#x1601</Exclude>
  <Entry><Index>#x7000</Index><SubIndex>1</SubIndex><BitLen>1</BitLen><Name>Lamp</Name><DataType>BOOL</DataType></Entry>
  <Entry><Index>#x7000</Index><SubIndex>2</SubIndex><BitLen>8</BitLen><Name>Speed</Name><DataType>USINT</DataType></Entry>
@@ -20,23 +21,46 @@ const char badDescription[] = R"(<EtherCATInfo Version="1"><Vendor><Id>#x0C0C</I
 </RxPdo>
 <TxPdo><Index>#x1A00</Index></TxPdo>
 <Dc><OpMode><Name>DC Sync</Name><AssignActivate>#x300</AssignActivate></OpMode></Dc>
-</Device></Devices></Descriptions></EtherCATInfo>)";
+</Device><Device><Type ProductCode="#x1" RevisionNo="#x1">ODD0</Type><HideType RevisionNo="1"/></Device>
+<Device><Type ProductCode="#x2" RevisionNo="#x1">ODD2</Type>
+<TxPdo Sm="3"><Index>#x1A00</Index><Entry><Index>#X6000</Index><BitLen>8</BitLen><Name>Lost</Name>
+<DataType>USINT</DataType></Entry><Entry><BitLen>8</BitLen><Name>Pad</Name></Entry></TxPdo>
+<Dc><OpMode><Name>DC</Name><AssignActivate>1</AssignActivate><CycleTimeSync0>9000</CycleTimeSync0></OpMode></Dc>
+</Device><Device><Type ProductCode="#x3" RevisionNo="#x1">ODD3</Type><Dc><OpMode><Name>DC</Name>
+<AssignActivate>#x300</AssignActivate><CycleTimeSync1>7</CycleTimeSync1></OpMode></Dc></Device></Devices></Descriptions></EtherCATInfo>)";
 
 TEST(Describe, SaysInPlainWordsWhatCannotBeUsed) {
   const auto path = scratch("odd.xml", badDescription);
   const auto outcome = ighBus({"describe", path});
   std::remove(path.c_str());
   EXPECT_EQ(outcome.status, 0) << outcome.err;
-  for (const char* text :
-       {"Vendor 0x00000C0C \"Odd\"", "product code 0x00000001, revision 0x00000002",
-        "\"DC Sync\": assign-activate 0x0300", "0x7000:02      8  USINT     out   2  0x1600  \"Speed\"",
-        "1 note    File version is 1", "2 oddity  Device RxPDO has unexpected fixed value.",
-        "3 detail  Device RxPDO has no sm channel.", "0 error   PDO Entry Name(Speed) conflict",
-        "type not convertible", "0x7000:01  \"Lamp\": BOOL", "off a byte boundary",
-        "0x7000:02  \"Speed\": starts at bit 1 of byte 0", "0x7000:02  \"Speed\": hidden by 0x7001:00",
-        "0x7001:00  \"Speed\": INT moves 16 bits, the entry has 8", "narrower than its bit length",
-        "0x7002:00  \"Long\": INT moves 16 bits, the entry has 32", "no clock mode named \"DC\"",
-        "no sync manager: these PDOs are left out\n        TxPdo 0x1A00", "SM 2  0x1600 excludes 0x1601"})
+  for (const char* text : {"Vendor 0x00000C0C \"Odd\"",
+                           "product code 0x00000001, revision 0x00000002",
+                           "\"DC Sync\": assign-activate 0x0300",
+                           "0x7000:02      8  USINT     out   2  0x1600  \"Speed\"",
+                           "1 note    File version is 1",
+                           "2 oddity  Device RxPDO has unexpected fixed value.",
+                           "3 detail  Device RxPDO has no sm channel.",
+                           "0 error   PDO Entry Name(Speed) conflict",
+                           "type not convertible",
+                           "0x7000:01  \"Lamp\": BOOL",
+                           "off a byte boundary",
+                           "0x7000:02  \"Speed\": starts at bit 1 of byte 0",
+                           "0x7000:02  \"Speed\": hidden by 0x7001:00",
+                           "0x7001:00  \"Speed\": INT moves 16 bits, the entry has 8",
+                           "narrower than its bit length",
+                           "0x7002:00  \"Long\": INT moves 16 bits, the entry has 32",
+                           "no clock mode named \"DC\"",
+                           "not used: only \"DC\" is",
+                           "given SYNC0 cycle of the period shift of half the period, SYNC1 cycle 7 ns",
+                           "given SYNC0 cycle 9000 ns shift 4500 ns",
+                           "no description from it: 1\n",
+                           "- \"ODD0\" 0x00000001 revision 0x00000001, hidden by \"ODD1\" revision "
+                           "0x00000002, \"ODD0\" revision 0x00000001\n",
+                           "\"ODD2\" 0x00000002 revision 0x00000001\n    - index 0, or",
+                           "taken for gaps, no value moves\n        SM 3  PDO 0x1A00  \"Lost\"\n  \"ODD3\"",
+                           "no sync manager: these PDOs are left out\n        TxPdo 0x1A00",
+                           "SM 2  0x1600 excludes 0x1601"})
     EXPECT_THAT(outcome.out, HasSubstr(text));
 }
 

@@ -56,6 +56,19 @@ void checkTypes(std::vector<Complaint>& complaints, const Device& device) {
           });
 }
 
+void checkIndexes(std::vector<Complaint>& complaints, const Device& device) {
+  Complaint complaint{
+      "index 0, or written in a way that is not read (#x1A, 0x1A and 26 are): taken for gaps, no value moves",
+      {}};
+  forEachEntry(device, [&](const SyncManager& syncManager, const Pdo& pdo, const Entry& entry) {
+    if (entry.unread())
+      complaint.places.push_back(format("SM %u  PDO 0x%04X  \"%s\"", unsigned{syncManager.index},
+                                        unsigned{pdo.index}, entry.name.c_str()));
+  });
+  if (!complaint.places.empty())
+    complaints.push_back(std::move(complaint));
+}
+
 void checkNames(std::vector<Complaint>& complaints, const Device& device) {
   std::unordered_map<std::string, const Entry*> last;
   forEachEntry(device,
@@ -69,12 +82,13 @@ void checkNames(std::vector<Complaint>& complaints, const Device& device) {
 }
 
 void checkClock(std::vector<Complaint>& complaints, const Device& device) {
-  if (device.clockModes.count("DC") != 0)
+  const auto mode = device.clockModes.find("DC");
+  if (mode != device.clockModes.end() && mode->second.assignActivate != 0)
     return;
-  complaints.push_back({device.clockModes.empty()
-                            ? "no clock mode: the device runs without distributed clocks"
-                            : "no clock mode named \"DC\": the device runs without distributed clocks",
-                        {}});
+  const std::string what = device.clockModes.empty()         ? "no clock mode"
+                           : mode == device.clockModes.end() ? "no clock mode named \"DC\""
+                                                             : "clock mode \"DC\" with assign-activate 0";
+  complaints.push_back({what + ": the device runs without distributed clocks", {}});
 }
 
 void checkLeftOut(std::vector<Complaint>& complaints, const Device& device) {
@@ -121,8 +135,9 @@ std::string objectText(const Entry& entry) {
 
 std::vector<Complaint> complaintsAbout(const Device& device) {
   std::vector<Complaint> complaints;
-  if (device.entryCount() == 0)
+  if (device.entryCount() + device.unreadCount() == 0)
     complaints.push_back({"no process data: there is nothing to read or write", {}});
+  checkIndexes(complaints, device);
   checkTypes(complaints, device);
   checkNames(complaints, device);
   if (device.entryCount() != 0)

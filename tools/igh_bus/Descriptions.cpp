@@ -1,6 +1,5 @@
 #include "Descriptions.h"
 
-#include "Markup.h"
 #include "Options.h"
 #include "Redirection.h"
 
@@ -176,10 +175,11 @@ FileReport Descriptions::load(const std::string& path) {
     return report;
   }
   auto markup = readMarkup(path, report.vendorId);
+  report.hidden = std::move(markup.hidden);
   for (const auto& key : announcedDevices(lines)) {
     auto* description = m_store.findSlaveENIObject(key.vendorId, key.productCode, key.revision);
     if (description && m_known.insert(key).second)
-      report.devices.push_back(deviceOf(*description, std::move(markup[key])));
+      report.devices.push_back(deviceOf(*description, std::move(markup.devices[key])));
   }
   return report;
 }

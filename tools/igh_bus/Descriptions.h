@@ -3,6 +3,7 @@
 #define IGH_BUS_DESCRIPTIONS_H
 
 #include "Device.h"
+#include "Markup.h"
 
 #include <set>
 
@@ -21,6 +22,7 @@ struct FileReport {
   std::string vendorName;
   std::vector<Message> messages; // repeated texts once, in order of the first
   std::vector<Device> devices;   // those that this file added, in its order
+  std::vector<HiddenDevice> hidden;
 };
 
 class Descriptions {

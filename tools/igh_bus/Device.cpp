@@ -11,6 +11,14 @@ std::size_t Device::entryCount() const {
   return count;
 }
 
+std::size_t Device::unreadCount() const {
+  std::size_t count = 0;
+  forEachEntry(*this, [&](const SyncManager&, const Pdo&, const Entry& entry) {
+    count += entry.unread() ? 1 : 0;
+  });
+  return count;
+}
+
 NamedEntry findEntry(const Device& device, const std::string& name) {
   NamedEntry found;
   forEachEntry(device, [&](const SyncManager& syncManager, const Pdo&, const Entry& entry) {

@@ -20,6 +20,7 @@ struct Entry {
   std::uint8_t bitLength = 0;
   unsigned int bitOffset = 0; // in the sync manager, whose entries are packed to the bit
   bool gap() const { return index == 0; }
+  bool unread() const { return gap() && !name.empty() && !type.empty(); } // no gap is meant by that
 };
 
 struct Pdo {
@@ -71,7 +72,8 @@ struct Device {
   std::vector<SyncManager> syncManagers;
   DeviceMarkup markup;
 
-  std::size_t entryCount() const;
+  std::size_t entryCount() const; // gaps left out
+  std::size_t unreadCount() const;
 };
 
 // The entry that the library reaches under this name (the last one wins), and whether it is an output.

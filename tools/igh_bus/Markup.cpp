@@ -78,23 +78,58 @@ DeviceMarkup markupOf(const _XmlNode* device) {
   return markup;
 }
 
-} // namespace
+struct DeviceNode {
+  const _XmlNode* node;
+  DeviceKey key;
+  std::string typeName;
+};
 
-std::map<DeviceKey, DeviceMarkup> readMarkup(const std::string& path, std::uint32_t vendorId) {
-  std::map<DeviceKey, DeviceMarkup> devices;
-  const Document document(path);
-  for (const auto* descriptions : xml_file_children(document.root(), "Descriptions")) {
+// Those that the loader can tell the identity of.
+std::vector<DeviceNode> devicesOf(const _XmlNode* root, std::uint32_t vendorId) {
+  std::vector<DeviceNode> devices;
+  for (const auto* descriptions : xml_file_children(root, "Descriptions")) {
     for (const auto* list : xml_file_children(descriptions, "Devices")) {
       for (const auto* device : xml_file_children(list, "Device")) {
         const auto* type = firstChild(device, "Type");
         const auto* product = attributeOf(type, "ProductCode");
         const auto* revision = attributeOf(type, "RevisionNo");
-        if (product && revision)
-          devices.try_emplace({vendorId, number(*product), number(*revision)}, markupOf(device));
+        if (product && revision && !type->value.empty())
+          devices.push_back({device, {vendorId, number(*product), number(*revision)}, type->value});
       }
     }
   }
   return devices;
+}
+
+// The loader's rule: within one product code, whichever device names the revision, itself included.
+std::vector<HiddenDevice> hiddenDevices(const std::vector<DeviceNode>& devices) {
+  std::map<DeviceKey, std::vector<std::pair<std::string, std::uint32_t>>> hiders;
+  for (const auto& device : devices) {
+    for (const auto* hideType : xml_file_children(device.node, "HideType")) {
+      if (const auto* revision = attributeOf(hideType, "RevisionNo"))
+        hiders[{device.key.vendorId, device.key.productCode, number(*revision)}].emplace_back(
+            device.typeName, device.key.revision);
+    }
+  }
+  std::vector<HiddenDevice> hidden;
+  for (const auto& device : devices) {
+    const auto found = hiders.find(device.key);
+    if (found != hiders.end())
+      hidden.push_back({device.typeName, device.key, found->second});
+  }
+  return hidden;
+}
+
+} // namespace
+
+FileMarkup readMarkup(const std::string& path, std::uint32_t vendorId) {
+  FileMarkup markup;
+  const Document document(path);
+  const auto devices = devicesOf(document.root(), vendorId);
+  for (const auto& device : devices)
+    markup.devices.try_emplace(device.key, markupOf(device.node));
+  markup.hidden = hiddenDevices(devices);
+  return markup;
 }
 
 } // namespace igh_bus

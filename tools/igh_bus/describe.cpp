@@ -11,7 +11,7 @@ namespace {
 
 void printEntries(const Device& device) {
   std::printf("  entries: %zu\n", device.entryCount());
-  if (device.entryCount() == 0)
+  if (device.entryCount() + device.unreadCount() == 0)
     return;
   std::printf("    %-10s  %4s  %-8s  %-3s  %2s  %-6s  %s\n", "OBJECT", "BITS", "TYPE", "DIR", "SM", "PDO",
               "NAME");
@@ -24,6 +24,19 @@ void printEntries(const Device& device) {
   });
 }
 
+// What the library makes of the five values when it configures the slave.
+std::string usedClock(const CSlaveENIObject::_DCOPMODEINFO& mode) {
+  if (mode.assignActivate == 0)
+    return "not used: assign-activate is 0";
+  const bool ofPeriod = mode.cycleTimeSync0 == 0;
+  const std::string cycle = ofPeriod ? "of the period" : format("%u ns", mode.cycleTimeSync0);
+  std::string shift = format("%d ns", mode.shiftTimeSync0);
+  if (mode.shiftTimeSync0 == 0)
+    shift = ofPeriod ? "of half the period" : format("%u ns", mode.cycleTimeSync0 / 2);
+  return "the slave is given SYNC0 cycle " + cycle + " shift " + shift +
+         format(", SYNC1 cycle %u ns shift %d ns", mode.cycleTimeSync1, mode.shiftTimeSync1);
+}
+
 void printClockModes(const Device& device) {
   std::printf("  clock modes: %zu\n", device.clockModes.size());
   for (const auto& [name, mode] : device.clockModes) {
@@ -31,6 +44,7 @@ void printClockModes(const Device& device) {
         "    \"%s\": assign-activate 0x%04X, SYNC0 cycle %u ns shift %d ns, SYNC1 cycle %u ns shift %d ns\n",
         name.c_str(), unsigned{mode.assignActivate}, mode.cycleTimeSync0, mode.shiftTimeSync0,
         mode.cycleTimeSync1, mode.shiftTimeSync1);
+    std::printf("      %s\n", name == "DC" ? usedClock(mode).c_str() : "not used: only \"DC\" is");
   }
 }
 
@@ -66,11 +80,26 @@ void printModuleWords(const std::vector<Message>& messages) {
   }
 }
 
+void printHidden(const std::vector<HiddenDevice>& hidden) {
+  if (!hidden.empty())
+    std::printf("  devices that a HideType of this file takes out, so that slaves of these revisions get no "
+                "description from it: %zu\n",
+                hidden.size());
+  for (const auto& device : hidden) {
+    std::string by;
+    for (const auto& [typeName, revision] : device.by)
+      by += (by.empty() ? "" : ", ") + format("\"%s\" revision 0x%08X", typeName.c_str(), revision);
+    std::printf("    - \"%s\" 0x%08X revision 0x%08X, hidden by %s\n", device.typeName.c_str(),
+                device.key.productCode, device.key.revision, by.c_str());
+  }
+}
+
 void printPlainWords(const FileReport& report) {
   std::printf("\nIn plain words:\n");
   if (report.devices.empty())
     std::printf("  the file adds no device\n");
   printModuleWords(report.messages);
+  printHidden(report.hidden);
   for (const auto& device : report.devices) {
     const auto complaints = complaintsAbout(device);
     std::printf("  \"%s\" 0x%08X revision 0x%08X%s\n", device.typeName.c_str(), device.key.productCode,
