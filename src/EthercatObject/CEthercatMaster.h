@@ -10,6 +10,7 @@
 #include "EthercatObject/SdoCursor.h"
 #include "EthercatObject/SdoInfo.h"
 
+#include <atomic>
 #include <ecrt.h>
 #include <igh_master.h>
 #include <memory>
@@ -69,8 +70,9 @@ public:
   bool setErrorCallback(ERROR_CALLBACK callback, void* userData);
   bool setExchangeMode(bool exchangeMode);
   bool setDcDebugEnable(bool enable);
-  void requestTerminate() { m_bRequestTerminate = true; }
-  bool isRequestTerminate() const { return m_bRequestTerminate; }
+  // Also from another thread or a signal handler.
+  void requestTerminate() { m_bRequestTerminate.store(true, std::memory_order_relaxed); }
+  bool isRequestTerminate() const { return m_bRequestTerminate.load(std::memory_order_relaxed); }
   bool resetErrorCode();
   void getLastError(int& error) const { error = m_iLastError; }
   bool enableEoeFunction(unsigned int slave, bool enable);
@@ -137,9 +139,17 @@ private:
                       unsigned int* out) const;
 
   // Scan
-  void readSlaves();
-  void addSlave(unsigned int index, const ec_slave_info_t& info);
-  void buildRegistrationList();
+  struct _SCAN {
+    std::vector<std::unique_ptr<CEthercatSlave>> slaves;
+    unsigned int entryCount = 0;
+    std::vector<std::string> entryNames;
+    std::vector<unsigned char> entryBits;
+    std::unique_ptr<ec_pdo_entry_reg_t[]> entryRegs;
+  };
+  void readSlaves(_SCAN& scan);
+  void addSlave(_SCAN& scan, unsigned int index, const ec_slave_info_t& info);
+  static void buildRegistrationList(_SCAN& scan);
+  static void appendEntryBits(const CEthercatSlave& slave, std::vector<unsigned char>& bits);
   static std::string entryName(const CSlaveENIObject& description, unsigned int entry);
   void printRegistrationList() const;
 
@@ -221,6 +231,7 @@ private:
   std::vector<std::unique_ptr<CEthercatSlave>> m_vecSlaves;
   unsigned int m_uiPdoEntryCount = 0;
   std::vector<std::string> m_vecPdoEntryNames;
+  std::vector<unsigned char> m_vecPdoEntryBits; // one per row, as names
   std::unique_ptr<ec_pdo_entry_reg_t[]>
       m_pPdoEntryRegs; // m_uiPdoEntryCount rows and a zero row; null before a scan
   bool m_bActive = false;
@@ -237,7 +248,8 @@ private:
   LOG_FUNCTION m_pfnLog;
   CCommDiag m_commDiag;
   int m_iLastError = 0;
-  bool m_bRequestTerminate = false;
+  std::atomic<bool> m_bRequestTerminate{false};
+  static_assert(std::atomic<bool>::is_always_lock_free); // or a signal handler could wait for itself
   ERROR_CALLBACK m_pfnErrorCallback = nullptr;
   void* m_pErrorCallbackUser = nullptr;
   unsigned int m_uiSlaveCount = 0;

@@ -150,7 +150,7 @@ void CEthercatMaster::setUpDistributedClocks() {
 
 void CEthercatMaster::resetCycleState() {
   m_uiDcSettleCycles = DC_SETTLE_CYCLES;
-  m_bRequestTerminate = false;
+  m_bRequestTerminate.store(false, std::memory_order_relaxed);
   m_bScanBusy = false;
   m_ullCycleCounter = 0;
   m_commDiag.reset();

@@ -46,7 +46,7 @@ _FRAME_WAIT frameWait(unsigned int periodNs) {
 } // namespace
 
 void CEthercatMaster::exchange(EXCHANGE_CALLBACK callback, void* userData) {
-  if (m_bRequestTerminate) {
+  if (isRequestTerminate()) {
     std::fputs("you can't call exchange function because the driver is request terminate.\n", stdout);
     return;
   }

@@ -10,9 +10,11 @@ CEthercatMaster::CEthercatMaster(unsigned int deviceId, unsigned int period, boo
     : m_uiDeviceId(deviceId), m_uiExchangePeriod(period), m_bEnableDc(enableDc),
       m_bSyncToReferenceClock(syncToReferenceClock), m_pENIObject(std::make_unique<CMasterENIObject>(log)),
       m_pfnLog(log) {
+  // Nothing may fail once the master is reserved: an object that was never made releases nothing.
+  char deviceFile[sizeof "/dev/EtherCAT4294967295"];
+  std::snprintf(deviceFile, sizeof deviceFile, "/dev/EtherCAT%u", m_uiDeviceId);
   m_pMaster = ecrt_request_master(m_uiDeviceId);
-  const std::string deviceFile = "/dev/EtherCAT" + std::to_string(m_uiDeviceId);
-  m_iDeviceFd = open(deviceFile.c_str(), O_RDWR);
+  m_iDeviceFd = open(deviceFile, O_RDWR);
 }
 
 CEthercatMaster::~CEthercatMaster() {
@@ -40,6 +42,7 @@ void CEthercatMaster::clearAllSlaveObject() {
   m_uiImageSize = 0; // an image that is still mapped is that of the old slaves
   m_vecSlaves.clear();
   m_vecPdoEntryNames.clear();
+  m_vecPdoEntryBits.clear();
   m_pdoHandles.clear();
   m_inputs.clear();
   m_outputs.clear();

@@ -2,6 +2,7 @@
 #include "EthercatObject/CEthercatMaster.h"
 
 #include <cstdio>
+#include <utility>
 
 namespace {
 
@@ -10,33 +11,40 @@ constexpr int PRINT_ENTRIES_PDOS_AND_SYNC_MANAGERS = 14;
 
 } // namespace
 
+// What was scanned before is given up only when the new slaves are complete: a failed allocation changes
+// nothing.
 bool CEthercatMaster::scanEthercatSlave(unsigned int* slaveCount) {
-  clearAllSlaveObject();
+  _SCAN scan;
   if (m_pMaster != nullptr) {
-    readSlaves();
+    readSlaves(scan);
   }
+  if (!scan.slaves.empty()) {
+    buildRegistrationList(scan);
+  }
+  clearAllSlaveObject();
+  m_vecSlaves.swap(scan.slaves);
+  m_uiPdoEntryCount = scan.entryCount;
+  m_vecPdoEntryNames.swap(scan.entryNames);
+  m_vecPdoEntryBits.swap(scan.entryBits);
+  m_pPdoEntryRegs = std::move(scan.entryRegs);
   m_uiSlaveCount = static_cast<unsigned int>(m_vecSlaves.size());
   if (slaveCount != nullptr) {
     *slaveCount = m_uiSlaveCount;
   }
-  if (m_uiSlaveCount == 0) {
-    return false;
-  }
-  buildRegistrationList();
-  return true;
+  return m_uiSlaveCount > 0;
 }
 
-void CEthercatMaster::readSlaves() {
+void CEthercatMaster::readSlaves(_SCAN& scan) {
   for (unsigned int index = 0; index < MAX_SLAVES; ++index) {
     ec_slave_info_t info{};
     if (ecrt_master_get_slave(m_pMaster, static_cast<uint16_t>(index), &info) < 0) {
       return;
     }
-    addSlave(index, info);
+    addSlave(scan, index, info);
   }
 }
 
-void CEthercatMaster::addSlave(unsigned int index, const ec_slave_info_t& info) {
+void CEthercatMaster::addSlave(_SCAN& scan, unsigned int index, const ec_slave_info_t& info) {
   reportMessage(m_pfnLog, 3,
                 "slave(%d:%d) information: revision=(0x%08X), name=%s, product_code=0x%08X, vendor_id=0x%X\n",
                 info.alias, info.position, info.revision_number, info.name, info.product_code,
@@ -44,32 +52,34 @@ void CEthercatMaster::addSlave(unsigned int index, const ec_slave_info_t& info) 
   CSlaveENIObject* const description =
       m_pENIObject->findSlaveENIObject(info.vendor_id, info.product_code, info.revision_number);
   if (description != nullptr) {
-    m_vecSlaves.push_back(
+    scan.slaves.push_back(
         std::make_unique<CEthercatSlave>(this, index, info.alias, info.position, description, m_pfnLog));
-    m_uiPdoEntryCount += description->getSlavePDOEntryCount();
+    scan.entryCount += description->getSlavePDOEntryCount();
     return;
   }
-  m_vecSlaves.push_back(std::make_unique<CEthercatSlave>(this, index, info.alias, info.position,
+  scan.slaves.push_back(std::make_unique<CEthercatSlave>(this, index, info.alias, info.position,
                                                          info.vendor_id, info.product_code,
                                                          info.revision_number, m_pfnLog));
   reportMessage(m_pfnLog, 1, "treat slave %d as switcher\n", static_cast<int>(index));
 }
 
-void CEthercatMaster::buildRegistrationList() {
-  m_pPdoEntryRegs = std::make_unique<ec_pdo_entry_reg_t[]>(static_cast<size_t>(m_uiPdoEntryCount) + 1);
-  m_vecPdoEntryNames.resize(m_uiPdoEntryCount);
+void CEthercatMaster::buildRegistrationList(_SCAN& scan) {
+  scan.entryRegs = std::make_unique<ec_pdo_entry_reg_t[]>(static_cast<size_t>(scan.entryCount) + 1);
+  scan.entryNames.resize(scan.entryCount);
+  scan.entryBits.reserve(scan.entryCount);
   size_t row = 0;
-  for (const auto& slave : m_vecSlaves) {
+  for (const auto& slave : scan.slaves) {
     for (unsigned int entry = 0; entry < slave->getPdoEntryCount(); ++entry, ++row) {
       _PDO_ENTRY_OFFSET* const place = slave->getPdoEntryOffset(entry);
-      ec_pdo_entry_reg_t& registration = m_pPdoEntryRegs[row];
+      ec_pdo_entry_reg_t& registration = scan.entryRegs[row];
       registration = slave->getENIObject()->getSlavePDOEntryReg()[entry];
       registration.alias = static_cast<uint16_t>(slave->getSlaveAlias());
       registration.position = static_cast<uint16_t>(slave->getSlavePosition());
       registration.offset = &place->offset;
       registration.bit_position = &place->bitPosition;
-      m_vecPdoEntryNames[row] = entryName(*slave->getENIObject(), entry);
+      scan.entryNames[row] = entryName(*slave->getENIObject(), entry);
     }
+    appendEntryBits(*slave, scan.entryBits);
   }
 }
 
