@@ -15,7 +15,12 @@
  * must not run while igh_master_exchange runs on the same master; they may allocate, block and print. "Cycle"
  * functions may be called from the real-time task between or, from the callback, inside exchanges: they
  * neither allocate nor block. igh_master_initialize and igh_master_uninitialize must not overlap any call for
- * any master.
+ * any master. Beside the exchanges of a master other threads may only ask for its termination, which a signal
+ * handler may do too, and use its ESC registers. Each master may have a thread of its own.
+ *
+ * Memory: where an allocation fails, a set-up function lets std::bad_alloc through to the caller (a C program
+ * ends with it). igh_master_append_eni gives 0 instead when it fails while the file is read. The call has
+ * then changed nothing, and may be made again.
  *
  * Results: truth values are one byte, 0 or 1. Every function but the two initialisers and
  * igh_master_uninitialize gives 0 (a void function does nothing) when no master has this id; this is not
@@ -153,11 +158,12 @@ IGH_MASTER_API bool igh_master_append_eni(uint16_t id, const char* path);
  * before a scan. `state` must not be null: it is not checked. Cycle. Result 1. */
 IGH_MASTER_API bool igh_master_get_state(uint16_t id, uint32_t* state);
 
-/* Makes every further exchange print one line and do nothing, until the next activation. Cycle.
- * Result 1. */
+/* Makes every further exchange print one line and do nothing, until the next activation. Cycle, and at any
+ * time from another thread or from a signal handler, unless igh_master_initialize or igh_master_uninitialize
+ * is running: block the signal around them. Result 1. */
 IGH_MASTER_API bool igh_master_request_terminate(uint16_t id);
 
-/* 1 once igh_master_request_terminate was called since the last activation. Cycle. */
+/* 1 once igh_master_request_terminate was called since the last activation. Callers as for that. */
 IGH_MASTER_API bool igh_master_is_request_terminate(uint16_t id);
 
 /* Sets the last error to 0. Cycle. Result 1. */

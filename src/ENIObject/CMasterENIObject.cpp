@@ -36,17 +36,40 @@ CMasterENIObject::~CMasterENIObject() {
 }
 
 unsigned int CMasterENIObject::insertENIFile(char const* path, bool replace) {
-  /* A file that fails has added nothing, so only a replacement needs the way back. */
+  /* A file that gives 0 has added nothing, one that runs out of memory may have. */
   std::map<unsigned int, _VendorENIObject> previous;
+  std::size_t const known = m_vecDescription.size();
+  m_vecNewModule.clear();
   if (replace) {
     previous.swap(m_mapVendor);
   }
-  std::unique_ptr<xml_file_handle, DestroyHandle> const handle(xml_file_create());
-  unsigned int const result = resolveFile(handle.get(), path);
+  unsigned int result = 0;
+  try {
+    std::unique_ptr<xml_file_handle, DestroyHandle> const handle(xml_file_create());
+    result = resolveFile(handle.get(), path);
+  } catch (...) {
+    forgetNew(known);
+    if (replace) {
+      m_mapVendor.swap(previous);
+    }
+    throw;
+  }
   if (result == 0 && replace) {
     m_mapVendor.swap(previous);
   }
   return result;
+}
+
+void CMasterENIObject::forgetNew(std::size_t known) noexcept {
+  for (unsigned int const ident : m_vecNewModule) {
+    m_mapModule.erase(ident);
+  }
+  while (m_vecDescription.size() > known) {
+    CSlaveENIObject const& slave = *m_vecDescription.back();
+    auto& revisions = m_mapVendor[slave.getVendorId()].mapProduct[slave.getProductCode()].mapRevision;
+    revisions.erase(slave.getRevisionCode());
+    m_vecDescription.pop_back();
+  }
 }
 
 unsigned int CMasterENIObject::resolveFile(xml_file_handle* handle, char const* path) {

@@ -54,8 +54,8 @@ public:
 
   /* Adds the devices and modules of one description file. The first description of a revision, from whichever
    * file, wins. 0, with a report and the descriptions as they were, when the file cannot be read, is no
-   * EtherCATInfo document or names no vendor. replace: the descriptions so far are no longer found (they stay
-   * alive, slaves may refer to them). */
+   * EtherCATInfo document or names no vendor; they are also as they were after an exception. replace: the
+   * descriptions so far are no longer found (they stay alive, slaves may refer to them). */
   unsigned int insertENIFile(char const* path, bool replace);
 
   /* The description of exactly this device, which stays the store's; null when there is none. */
@@ -88,6 +88,8 @@ private:
   struct _PdoDirection;   /* what tells reading a receive PDO from reading a transmit PDO */
   static _PdoDirection const PDO_DIRECTIONS[2];
 
+  /* What the file that is being read has added, beyond the first `known` descriptions. */
+  void forgetNew(std::size_t known) noexcept;
   unsigned int resolveFile(xml_file_handle* handle, char const* path);
   unsigned int resolveEthercatInfo(CXmlParser& parser, _XmlNode* root);
   bool resolveVendorInfo(CXmlParser& parser, _XmlNode* vendorNode, unsigned int& vendorId,
@@ -121,6 +123,7 @@ private:
                     char const* end = "") const;
 
   std::map<unsigned int, _SlotENIInfo> m_mapModule; /* by module ident; grows from file to file */
+  std::vector<unsigned int> m_vecNewModule;         /* idents that the file being read has added */
   std::map<unsigned int, _VendorENIObject> m_mapVendor;
   LOG_FUNCTION m_pfnLog;
 

@@ -18,7 +18,10 @@ unsigned int CMasterENIObject::resolveModuleInfo(CXmlParser& parser, _XmlNode* m
     resolveModulePdos(parser, module, direction, info.*direction.templates);
   }
   unsigned int const key = info.uiModuleIdent;
-  m_mapModule.try_emplace(key, std::move(info));
+  if (m_mapModule.count(key) == 0) {
+    m_vecNewModule.push_back(key);
+    m_mapModule.emplace(key, std::move(info));
+  }
   return 1;
 }
 

@@ -50,6 +50,21 @@ ethercat_simulation::Slave slaveOf(const Device& device) {
   return slave;
 }
 
+std::string descriptionOf(const std::vector<Device>& devices) {
+  std::ostringstream file;
+  file << "<EtherCATInfo><Vendor><Id>2</Id></Vendor><Descriptions><Devices>";
+  std::set<std::uint32_t> written;
+  for (const Device& device : devices) {
+    if (device.described && written.insert(device.productCode).second) {
+      file << "<Device><Type ProductCode='" << device.productCode << "' RevisionNo='1'>T</Type>"
+           << device.extra << pdoXml("RxPdo", 2, 0x1600, 0x7000, device.outputs)
+           << pdoXml("TxPdo", 3, 0x1A00, 0x6000, device.inputs) << "</Device>";
+    }
+  }
+  file << "</Devices></Descriptions></EtherCATInfo>";
+  return file.str();
+}
+
 Printed capture(const std::function<void()>& run) {
   testing::internal::CaptureStdout();
   testing::internal::CaptureStderr();
@@ -92,18 +107,7 @@ void Scenario::startOver() {
 
 bool Scenario::describe(const std::vector<Device>& devices, std::uint16_t id) {
   const std::string path = testing::TempDir() + "/scenario." + std::to_string(getpid()) + ".xml";
-  std::ofstream file(path);
-  file << "<EtherCATInfo><Vendor><Id>2</Id></Vendor><Descriptions><Devices>";
-  std::set<std::uint32_t> written;
-  for (const Device& device : devices) {
-    if (device.described && written.insert(device.productCode).second) {
-      file << "<Device><Type ProductCode='" << device.productCode << "' RevisionNo='1'>T</Type>"
-           << device.extra << pdoXml("RxPdo", 2, 0x1600, 0x7000, device.outputs)
-           << pdoXml("TxPdo", 3, 0x1A00, 0x6000, device.inputs) << "</Device>";
-    }
-  }
-  file << "</Devices></Descriptions></EtherCATInfo>";
-  file.close();
+  std::ofstream(path) << descriptionOf(devices);
   const bool appended = igh_master_append_eni(id, path.c_str());
   unlink(path.c_str());
   return appended;

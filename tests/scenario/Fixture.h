@@ -41,6 +41,7 @@ inline const Device byteIo{0x10, {{"Out", "USINT"}}, {{"In", "USINT"}}};
 inline const Device switcher{0x99, {}, {}, "", false};
 
 ethercat_simulation::Slave slaveOf(const Device& device);
+std::string descriptionOf(const std::vector<Device>& devices);
 // Everything that reaches the two descriptors meanwhile.
 struct Printed {
   std::string out;

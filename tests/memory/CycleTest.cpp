@@ -1,35 +1,9 @@
-// The cycle allocates nothing: every allocation of the process is counted while a thread asks for it.
-#include "Fixture.h"
+// The cycle allocates nothing: every allocation of the thread is counted meanwhile.
+#include "Allocator.h"
+
+#include "scenario/Fixture.h"
 
 #include <cstdlib>
-
-namespace {
-
-thread_local bool counting = false;
-thread_local unsigned int allocations = 0;
-
-} // namespace
-
-#if !defined(__SANITIZE_ADDRESS__) // the sanitizer has its own allocator
-// These stand before the C library's own for every library of the process; operator new ends here as well.
-#pragma GCC visibility push(default)
-extern "C" {
-void* __libc_malloc(std::size_t size);
-void* __libc_calloc(std::size_t number, std::size_t size);
-void* __libc_realloc(void* memory, std::size_t size);
-
-void* malloc(std::size_t size) {
-  return allocations += counting ? 1U : 0U, __libc_malloc(size);
-}
-void* calloc(std::size_t number, std::size_t size) {
-  return allocations += counting ? 1U : 0U, __libc_calloc(number, size);
-}
-void* realloc(void* memory, std::size_t size) {
-  return allocations += counting ? 1U : 0U, __libc_realloc(memory, size);
-}
-}
-#pragma GCC visibility pop
-#endif
 
 using namespace scenario;
 
@@ -63,30 +37,25 @@ TEST_F(Scenario, ThousandExchangesAllocateNothingAlsoAfterHandlesChanged) {
       } else {
         handle(1, std::string(1, static_cast<char>('A' + change)), change == 2);
       }
-      counting = true;
+      memory::count(true);
       for (int i = 0; i < 250; ++i) {
         igh_master_exchange(0, readAndWrite, &data);
         igh_master_pdo_send(0, data.out, i);
       }
-      counting = false;
+      memory::count(false);
     }
-    EXPECT_EQ(allocations, 0U) << (exchangeMode ? "exchange" : "normal") << " mode";
+    EXPECT_EQ(memory::counted(), 0U) << (exchangeMode ? "exchange" : "normal") << " mode";
     EXPECT_GT(data.sum, 900.0);
     startOver();
   }
-#if !defined(__SANITIZE_ADDRESS__)
-  // Through volatile pointers, or a compiler leaves them out.
-  void* (*volatile const viaMalloc)(std::size_t) = std::malloc;
+  // Through a volatile pointer, or a compiler leaves it out.
   void* (*volatile const viaNew)(std::size_t) = ::operator new;
-  counting = true;
-  void* const memory = viaMalloc(1);
-  void* const object = viaNew(1);
-  counting = false;
-  std::free(memory);
-  ::operator delete(object);
-  EXPECT_EQ(allocations, 2U); // the counter counts
-#endif
+  memory::count(true);
+  ::operator delete(viaNew(1));
+  memory::count(false);
+  EXPECT_EQ(memory::counted(), 1U); // the counter counts
 }
+
 TEST_F(Scenario, SdoTransfersBesideProcessDataAllocateNothing) {
   Device device = byteIo;
   device.objects = {{0x2000, 1, {1, 2}}, {0x2000, 2, {3, 4}}};
@@ -108,8 +77,7 @@ TEST_F(Scenario, SdoTransfersBesideProcessDataAllocateNothing) {
   unsigned int transfers[3] = {};
   double value = 0;
   unsigned char object[4] = {};
-  allocations = 0;
-  counting = true;
+  memory::count(true);
   for (int i = 0; i < 100000; ++i) {
     for (std::size_t k = 0; k < 3; ++k) {
       transfers[k] += done[k] ? 1U : 0U;
@@ -130,8 +98,8 @@ TEST_F(Scenario, SdoTransfersBesideProcessDataAllocateNothing) {
                                    : ethercat_simulation::SdoFault::none);
     }
   }
-  counting = false;
-  EXPECT_EQ(allocations, 0U);
+  memory::count(false);
+  EXPECT_EQ(memory::counted(), 0U);
   EXPECT_EQ(data.sum, 100000.0);
   EXPECT_EQ(value, 0x0201);
   for (const unsigned int number : transfers) {
