@@ -107,11 +107,18 @@ def commands(name, scratch):
     return complaints
 
 
+def headings(document):
+    """As links name them: small letters, no marks, hyphens for blanks."""
+    for title in re.findall(r"^#+ (.*)", document.read_text(encoding="utf-8"), re.M):
+        yield re.sub(r"[^\w -]", "", title.lower()).replace(" ", "-")
+
+
 def dead_links(root):
     for document in [*root.glob("*.md"), *root.glob("docs/*.md")]:
-        for target in re.findall(r"\]\((?![a-z]+:|#)([^)#]+)", document.read_text(encoding="utf-8")):
-            if not (document.parent / target).exists():
-                yield f"{document}: {target} is not there"
+        for target, heading in re.findall(r"\]\((?![a-z]+:)([^)#]*)#?([^)]*)\)", document.read_text(encoding="utf-8")):
+            file = document.parent / target if target else document
+            if not file.exists() or heading and heading not in headings(file):
+                yield f"{document}: {target}#{heading} is not there"
 
 
 def links(scratch):
