@@ -4,6 +4,8 @@ build_packages=(g++ cmake ninja-build pkg-config libxml2-dev libcli11-dev nlohma
 test_packages=(libgtest-dev libgmock-dev libbenchmark-dev chromium)
 package_packages=(abigail-tools dpkg-dev file lintian man-db)
 check_packages=(clang clang-format clang-tidy)
+fuzz_packages=(clang libclang-rt-14-dev llvm)
+coverage_packages=(gcovr)
 
 fail() {
   echo "${0##*/}: $*" >&2

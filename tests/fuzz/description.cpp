@@ -1,0 +1,114 @@
+// The input as a description file: loads it, compares what the store tells in two ways, and runs its devices
+// on a bus made of them.
+#include "ENIObject/ENIObject.h"
+#include "Support.h"
+
+#include <ethercat_simulation/Simulation.h>
+#include <igh_master.h>
+
+namespace {
+
+namespace sim = ethercat_simulation;
+
+constexpr unsigned int mostEntries = 500; // on the bus; a file may expand to millions
+
+bool swallow(unsigned int /*level*/, const char* /*text*/) {
+  return true;
+}
+
+std::string nameOf(const CSlaveENIObject& description, unsigned int position) {
+  unsigned long size = 0;
+  REQUIRE(description.getPDOEntryName(position, nullptr, size));
+  std::string name(size, '\0');
+  REQUIRE(description.getPDOEntryName(position, name.data(), size));
+  name.pop_back();
+  return name;
+}
+
+void compareIndexes(const CSlaveENIObject& description) {
+  for (unsigned int position = 0; position < description.getSlavePDOEntryCount(); ++position) {
+    const std::string name = nameOf(description, position);
+    unsigned long named = 0;
+    REQUIRE(description.getSlavePDOEntryReg(name.c_str(), named) ==
+            description.getSlavePDOEntryReg() + named);
+    REQUIRE(named >= position && nameOf(description, static_cast<unsigned int>(named)) == name);
+  }
+}
+
+sim::Slave slaveOf(const CSlaveENIObject& description) {
+  sim::Slave slave;
+  slave.vendorId = description.getVendorId();
+  slave.productCode = description.getProductCode();
+  slave.revisionNumber = description.getRevisionCode();
+  for (const ec_sync_info_t* sync = description.getSlaveSyncInfo(); sync->index != 0xFF; ++sync) {
+    sim::SyncManager manager{
+        sync->index, sync->dir == EC_DIR_OUTPUT ? sim::Direction::output : sim::Direction::input, {}};
+    for (unsigned int i = 0; i < sync->n_pdos; ++i) {
+      const ec_pdo_info_t& info = sync->pdos[i];
+      sim::Pdo pdo{info.index, {}};
+      for (unsigned int k = 0; k < info.n_entries; ++k) {
+        pdo.entries.push_back({info.entries[k].index, info.entries[k].subindex, info.entries[k].bit_length});
+      }
+      manager.pdos.push_back(pdo);
+    }
+    slave.defaultMapping.push_back(manager);
+  }
+  return slave;
+}
+
+void useEntry(std::uint32_t slave, const std::string& name, bool read) {
+  std::uint32_t handle = 0;
+  double value = 1;
+  if (igh_master_create_pdo_info(0, slave, name.c_str(), read, &handle)) {
+    REQUIRE(read ? igh_master_pdo_recv(0, handle, &value) : igh_master_pdo_send(0, handle, value));
+  }
+}
+
+void runBus(const char* path, const std::vector<const CSlaveENIObject*>& devices) {
+  sim::bus(0).setTiming(sim::Timing::fast);
+  igh_master_initialize(0, 1000000, false);
+  REQUIRE(igh_master_append_eni(0, path));
+  igh_master_scan(0, nullptr);
+  igh_master_config_all_slave(0);
+  for (std::uint32_t slave = 0; slave < devices.size(); ++slave) {
+    std::uint32_t number = 0;
+    REQUIRE(igh_master_get_slot_number(0, slave, &number) && number == devices[slave]->getSlotNumber());
+    for (unsigned int entry = 0; entry < devices[slave]->getSlavePDOEntryCount(); ++entry) {
+      useEntry(slave, nameOf(*devices[slave], entry), entry % 2 == 0);
+    }
+  }
+  igh_master_active(0);
+  for (int cycle = 0; cycle < 30; ++cycle) {
+    igh_master_exchange(0, nullptr, nullptr);
+  }
+  igh_master_uninitialize(0);
+  REQUIRE(sim::bus(0).misuse().total() == 0);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  static fuzz::MemoryFile file;
+  file.fill(data, size);
+  sim::reset();
+  CMasterENIObject store(swallow);
+  if (store.insertENIFile(file.path(), false) == 0) {
+    return 0;
+  }
+  std::vector<const CSlaveENIObject*> devices;
+  unsigned int entries = 0;
+  for (const auto& [vendorId, vendor] : store.getVendors()) {
+    for (const auto& [productCode, product] : vendor.mapProduct) {
+      for (const auto& [revision, description] : product.mapRevision) {
+        compareIndexes(*description);
+        entries += description->getSlavePDOEntryCount();
+        sim::bus(0).addSlave(slaveOf(*description));
+        devices.push_back(description);
+      }
+    }
+  }
+  if (entries <= mostEntries && devices.size() <= 255) {
+    runBus(file.path(), devices);
+  }
+  return 0;
+}
