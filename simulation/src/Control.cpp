@@ -7,6 +7,15 @@
 
 namespace ethercat_simulation {
 
+namespace {
+
+SdoPace countedPace(unsigned int exchanges) {
+  constexpr unsigned int unansweredFactor = 10;
+  return {{exchanges, 0}, {exchanges * unansweredFactor, 0}};
+}
+
+} // namespace
+
 Timing timingOfEnvironment() {
   const char* name = std::getenv("ETHERCAT_SIMULATION_TIMING");
   return name != nullptr && std::string_view(name) == "fast" ? Timing::fast : Timing::real;
@@ -19,7 +28,8 @@ unsigned int Master::addSlave(const Slave& slave) {
 
 void Master::setTiming(Timing timing) {
   m_topology.setTiming(timing);
-  m_sdoCycles = 3;
+  m_sdoPace =
+      timing == Timing::real ? SdoPace{{0, 32 * millisecond}, {0, 4900 * millisecond}} : countedPace(3);
 }
 
 void Master::setCycleTime(std::chrono::nanoseconds cycle) {
@@ -47,7 +57,7 @@ void Master::setScanCycles(unsigned int cycles) {
 }
 
 void Master::setSdoCycles(unsigned int exchanges) {
-  m_sdoCycles = std::max(exchanges, 1U);
+  m_sdoPace = countedPace(std::max(exchanges, 1U));
 }
 
 void Master::setReferenceClock(const ReferenceClock& clock) {
@@ -75,6 +85,7 @@ std::size_t Master::slaveCount() const {
 }
 
 std::uint8_t Master::alState(unsigned int position) const {
+  m_topology.catchUp();
   const SlaveUnit* unit = m_topology.onWire(position);
   return unit != nullptr ? unit->state() : std::uint8_t{0};
 }

@@ -26,6 +26,9 @@ void Master::setPowered(unsigned int position, bool powered) {
 void Master::setAlError(unsigned int position, std::uint8_t alState, std::uint16_t alStatusCode) {
   if (SlaveUnit* unit = m_topology.onWire(position)) {
     unit->setAlError(alState, alStatusCode);
+    if (alStatusCode == 0 && !m_topology.inTime()) {
+      unit->forgiveRefusal();
+    }
     m_topology.wake();
   }
 }
@@ -40,6 +43,7 @@ void Master::setErrorFlag(unsigned int position, bool set) {
 void Master::setResponding(unsigned int position, bool responding) {
   if (SlaveUnit* unit = m_topology.onWire(position)) {
     unit->setResponding(responding);
+    m_topology.wake();
   }
 }
 

@@ -42,7 +42,10 @@ void ecrt_release_master(ec_master_t* master) {
 int ecrt_master_get_slave(ec_master_t* master, uint16_t slave_position, ec_slave_info_t* slave_info) {
   return invoke<Master>(
       Call::getSlave, master, badHandleResult,
-      [&](const Master& held) { return held.topology().slaveInfo(slave_position, *slave_info); },
+      [&](Master& held) {
+        held.catchUp();
+        return held.topology().slaveInfo(slave_position, *slave_info);
+      },
       [&](const Master&) { return std::to_string(slave_position); });
 }
 

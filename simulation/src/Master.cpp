@@ -158,7 +158,7 @@ void Master::send() {
     m_faults.step(*this);
   }
   m_topology.seeLink();
-  if (m_topology.link()) {
+  if (m_topology.linkSeen()) {
     transmit();
   } else {
     refuseQueued();
@@ -196,8 +196,9 @@ void Master::refuseQueued() {
 
 void Master::stepSdoRequests() {
   if (m_hasSdoRequests) {
+    const Moment now = m_sdoPace.isInTime() ? m_time.now() : 0;
     for (const auto& configuration : m_configurations) {
-      configuration->stepSdoRequests(m_sdoCycles);
+      configuration->stepSdoRequests(m_sdoPace, now);
     }
   }
 }
@@ -211,10 +212,23 @@ void Master::receive() {
   m_clock.land(m_time, m_timeout);
   // A refused frame is an answer as well: the state machine learns from it that the link is down.
   const bool refused = m_stateMachine.is(TravelState::failed) && !m_topology.linkSeen();
-  if (m_stateMachine.arrive(m_time, m_timeout) || refused) {
+  const bool answered = m_stateMachine.arrive(m_time, m_timeout);
+  const bool lost = m_stateMachine.is(TravelState::failed) && !refused;
+  if (answered || refused || lost) {
     m_stateMachine.settle();
-    m_topology.step();
+    m_topology.step(answered);
+  }
+  if (answered || refused) {
     stepSdoRequests();
+  }
+}
+
+void Master::catchUp() {
+  if (!m_active) {
+    m_topology.catchUp();
+    if (m_sdoPace.isInTime()) {
+      stepSdoRequests();
+    }
   }
 }
 

@@ -50,6 +50,9 @@ public:
   // Cycle.
   void receive();
   void send();
+  // What the idle master has done meanwhile by itself.
+  void catchUp();
+  const SimulatedTime& time() const { return m_time; }
   Clock& clock() { return m_clock; }
   bool hasReferenceClock() const;
 
@@ -126,7 +129,7 @@ private:
   SimulatedTime m_time;
   Configurations m_configurations;
   std::unordered_map<std::uint32_t, SlaveConfiguration*> m_places; // by alias and position
-  Topology m_topology{m_configurations};
+  mutable Topology m_topology{m_configurations, m_time};           // moves on by itself while nobody cycles
   std::vector<std::unique_ptr<Domain>> m_domains;
   std::vector<std::uint8_t> m_image; // all domains back to back
   Clock m_clock;
@@ -139,7 +142,7 @@ private:
   bool m_reactivationUnmapped = true;
   bool m_imageNeverMapped = false;
   bool m_hasSdoRequests = false;
-  unsigned int m_sdoCycles = 3;
+  SdoPace m_sdoPace{};
   std::uint64_t m_framesSent = 0;
   unsigned int m_framesToDrop = 0;
   unsigned int m_framesToDelay = 0;

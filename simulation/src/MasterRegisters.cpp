@@ -15,7 +15,7 @@ constexpr std::size_t firstStation = 0x03E9;
 EscRegisters::Live Master::liveRegisters(const SlaveUnit& unit, std::size_t position) const {
   return {static_cast<std::uint16_t>(firstStation + position),
           unit.state(),
-          unit.hasError(),
+          unit.alError(),
           unit.alCode(),
           unit.identity().distributedClocks,
           m_clock.referenceTime()};
@@ -23,6 +23,7 @@ EscRegisters::Live Master::liveRegisters(const SlaveUnit& unit, std::size_t posi
 
 int Master::readRegisters(std::size_t position, std::uint16_t address, std::uint8_t* data,
                           std::size_t size) const {
+  m_topology.catchUp();
   const SlaveUnit* unit = m_topology.listed(position);
   if (unit == nullptr) {
     return EINVAL;
@@ -48,6 +49,7 @@ int Master::writeRegisters(std::size_t position, std::uint16_t address, const st
 }
 
 int Master::requestState(std::size_t position, std::uint8_t state) {
+  m_topology.catchUp();
   SlaveUnit* unit = m_topology.listed(position);
   if (unit == nullptr) {
     return EINVAL;

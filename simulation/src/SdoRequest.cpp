@@ -10,7 +10,6 @@ namespace ethercat_simulation {
 namespace {
 
 constexpr std::uint8_t unwritten = 0xA5; // the real buffer is not initialised
-constexpr unsigned int unansweredFactor = 10;
 
 } // namespace
 
@@ -28,6 +27,7 @@ std::string SdoRequest::place() const {
 }
 
 ec_request_state_t SdoRequest::state() {
+  master().catchUp();
   switch (m_phase) {
   case Phase::unused:
     return EC_REQUEST_UNUSED;
@@ -64,6 +64,13 @@ void SdoRequest::start(bool read) {
   m_read = read;
   m_phase = Phase::queued;
   m_waited = 0;
+  m_started = master().time().now();
+}
+
+bool SdoRequest::hasWaitedTooLong(bool inTime, Moment now) const {
+  const std::uint64_t waited =
+      inTime ? static_cast<std::uint64_t>((now - m_started) / millisecond) : m_waited;
+  return m_timeout != 0 && waited > m_timeout;
 }
 
 void SdoRequest::finish(ObjectDictionary& dictionary) {
@@ -87,7 +94,7 @@ SdoRequest& SdoQueue::add(SlaveConfiguration& owner, const SdoPlace& place, std:
   return *m_requests.back();
 }
 
-void SdoQueue::step(SlaveUnit* unit, unsigned int exchanges) {
+void SdoQueue::step(SlaveUnit* unit, const SdoPace& pace, Moment now) {
   if (m_running != nullptr && !m_running->is(SdoRequest::Phase::running)) {
     m_running = nullptr; // the application started it anew
   }
@@ -99,10 +106,10 @@ void SdoQueue::step(SlaveUnit* unit, unsigned int exchanges) {
     request->wait();
   }
   if (m_running == nullptr && unit->ready()) {
-    pick(*unit, exchanges);
+    pick(*unit, pace, now);
   }
   if (m_running != nullptr) {
-    progress(*unit);
+    progress(*unit, now);
   }
 }
 
@@ -115,25 +122,25 @@ void SdoQueue::failAll() {
   m_running = nullptr;
 }
 
-void SdoQueue::pick(const SlaveUnit& unit, unsigned int exchanges) {
+void SdoQueue::pick(const SlaveUnit& unit, const SdoPace& pace, Moment now) {
   for (const auto& request : m_requests) {
     if (!request->is(SdoRequest::Phase::queued)) {
       continue;
     }
-    if (request->hasWaitedTooLong() || !unit.hasMailbox()) {
+    if (request->hasWaitedTooLong(pace.isInTime(), now) || !unit.hasMailbox()) {
       request->fail();
       continue;
     }
     const bool answers = unit.responding() && request->fault(unit.dictionary()) != SdoFault::timeOut;
     m_running = request.get();
     m_running->run();
-    m_left = answers ? exchanges : exchanges * unansweredFactor;
+    m_end.begin(answers ? pace.answered : pace.unanswered, now);
     return;
   }
 }
 
-void SdoQueue::progress(SlaveUnit& unit) {
-  if (m_running->fault(unit.dictionary()) == SdoFault::busyForEver || --m_left > 0) {
+void SdoQueue::progress(SlaveUnit& unit, Moment now) {
+  if (m_running->fault(unit.dictionary()) == SdoFault::busyForEver || !m_end.ends(now)) {
     return;
   }
   if (unit.responding() && unit.hasMailbox()) {

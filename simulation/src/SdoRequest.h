@@ -4,6 +4,7 @@
 #define ETHERCAT_SIMULATION_SDO_REQUEST_H
 
 #include "ObjectDictionary.h"
+#include "SimulatedTime.h"
 
 #include <memory>
 
@@ -33,9 +34,9 @@ public:
   bool is(Phase phase) const { return m_phase == phase; }
   void run() { m_phase = Phase::running; }
   void fail() { m_phase = Phase::error; }
-  // One more round without its turn. A cycle counts as 1 ms.
+  // One more round without its turn; a counted cycle passes for 1 ms.
   void wait() { ++m_waited; }
-  bool hasWaitedTooLong() const { return m_timeout != 0 && m_waited > m_timeout; }
+  bool hasWaitedTooLong(bool inTime, Moment now) const;
   SdoFault fault(const ObjectDictionary& dictionary) const { return dictionary.fault(m_place); }
   void finish(ObjectDictionary& dictionary);
 
@@ -50,7 +51,15 @@ private:
   Phase m_phase = Phase::unused;
   bool m_read = false;
   std::uint32_t m_timeout = 0;
-  std::uint64_t m_waited = 0;
+  std::uint64_t m_waited = 0; // rounds
+  Moment m_started = 0;
+};
+
+// What transfers take from their turn on.
+struct SdoPace {
+  Span answered;
+  Span unanswered;
+  bool isInTime() const { return answered.rounds == 0; }
 };
 
 // One transfer at a time, in order of creation.
@@ -58,16 +67,16 @@ class SdoQueue {
 public:
   SdoRequest& add(SlaveConfiguration& owner, const SdoPlace& place, std::size_t size);
   // One round of the slave's state machine; null: the configuration is not attached.
-  void step(SlaveUnit* unit, unsigned int exchanges);
+  void step(SlaveUnit* unit, const SdoPace& pace, Moment now);
 
 private:
   void failAll();
-  void pick(const SlaveUnit& unit, unsigned int exchanges);
-  void progress(SlaveUnit& unit);
+  void pick(const SlaveUnit& unit, const SdoPace& pace, Moment now);
+  void progress(SlaveUnit& unit, Moment now);
 
   std::vector<std::unique_ptr<SdoRequest>> m_requests;
   SdoRequest* m_running = nullptr;
-  unsigned int m_left = 0; // rounds
+  Wait m_end;
 };
 
 } // namespace ethercat_simulation

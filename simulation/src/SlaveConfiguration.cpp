@@ -131,6 +131,12 @@ int SlaveConfiguration::registerEntry(std::uint16_t index, std::uint8_t subindex
   return -ENOENT;
 }
 
+void SlaveConfiguration::describeFmmus(std::vector<FmmuPlace>& places) const {
+  for (const Fmmu& fmmu : m_fmmus) {
+    places.push_back({fmmu.domain->number(), fmmu.syncManager, fmmu.offset, fmmu.size});
+  }
+}
+
 int SlaveConfiguration::reserve(Domain& domain, unsigned int syncManager) {
   for (const Fmmu& fmmu : m_fmmus) {
     if (fmmu.domain == &domain && fmmu.syncManager == syncManager) {

@@ -51,7 +51,7 @@ public:
   SdoRequest& createSdoRequest(const SdoPlace& place, std::size_t size) {
     return m_sdoRequests.add(*this, place, size);
   }
-  void stepSdoRequests(unsigned int exchanges) { m_sdoRequests.step(m_unit, exchanges); }
+  void stepSdoRequests(const SdoPace& pace, Moment now) { m_sdoRequests.step(m_unit, pace, now); }
 
   // Writes the PDOs to the slave. 0, or the AL status code with which it refuses SAFEOP then.
   std::uint16_t writeTo(SlaveUnit& unit) const;
@@ -71,6 +71,7 @@ public:
   // Carries the outputs into the objects that they map. False when none have come since the last call, or
   // the bytes are not this slave's.
   bool takeObjects(const SlaveUnit& unit);
+  void describeFmmus(std::vector<FmmuPlace>& places) const;
   std::uint8_t* processData(const Fmmu& fmmu);
   const std::vector<std::uint8_t>& outputs() const { return m_outputs; }
 

@@ -21,6 +21,7 @@ Slave completed(Slave slave) {
 }
 
 constexpr std::uint16_t watchdogCode = 0x001B;
+constexpr std::uint16_t refusalCode = 0x0011; // invalid requested state change
 
 } // namespace
 
@@ -29,6 +30,10 @@ SlaveUnit::SlaveUnit(const Slave& identity)
       m_drive(identity.model == SlaveModel::drive ? std::make_unique<DriveModel>(m_dictionary, identity.drive)
                                                   : nullptr) {}
 
+std::uint16_t SlaveUnit::alCode() const {
+  return m_alCode == 0 && m_refused ? refusalCode : m_alCode;
+}
+
 std::uint8_t SlaveUnit::wantedState() const {
   if (m_restart && m_attached != nullptr) {
     return stateInit;
@@ -36,7 +41,7 @@ std::uint8_t SlaveUnit::wantedState() const {
   if (m_requested != 0) {
     return stepTowards(m_requested);
   }
-  if (m_attached == nullptr) {
+  if (m_attached == nullptr || !m_asked) {
     return statePreop;
   }
   switch (m_state) {
@@ -71,6 +76,7 @@ void SlaveUnit::request(std::uint8_t state) {
   m_refused = false;
   m_alCode = m_alHeld ? m_alCode : std::uint16_t{0};
   m_wait = 0;
+  halt();
 }
 
 void SlaveUnit::setResponding(bool responding) {
@@ -81,7 +87,7 @@ void SlaveUnit::setResponding(bool responding) {
 }
 
 bool SlaveUnit::step(unsigned int climbCycles, unsigned int stagger) {
-  if (m_alCode != 0 && !m_alHeld && !m_refused && !acknowledge(climbCycles)) {
+  if (m_alCode != 0 && !m_refused && !acknowledge(climbCycles)) {
     return true;
   }
   const std::uint8_t wanted = wantedState();
@@ -96,12 +102,19 @@ bool SlaveUnit::step(unsigned int climbCycles, unsigned int stagger) {
   if (--m_wait > 0) {
     return true;
   }
-  m_refused = !accepts(wanted);
-  if (!m_refused) {
-    enter(wanted);
-  }
+  go(wanted);
+  m_open = m_open && m_state >= stateSafeop;
   m_busy = !m_refused && wantedState() != m_state;
   return true;
+}
+
+bool SlaveUnit::go(std::uint8_t state) {
+  m_refused = !accepts(state);
+  if (!m_refused) {
+    enter(state);
+  }
+  m_open = m_open && !(m_refused && state == stateSafeop);
+  return !m_refused;
 }
 
 bool SlaveUnit::accepts(std::uint8_t state) {
@@ -114,14 +127,16 @@ bool SlaveUnit::accepts(std::uint8_t state) {
   return m_alCode == 0;
 }
 
-// The master takes the error bit back; that takes as long as a change of the state.
+// The master takes the error bit back, which takes as long as a change of the state, and asks for the old
+// state; a slave whose trouble lasts refuses it.
 bool SlaveUnit::acknowledge(unsigned int climbCycles) {
   m_busy = true;
   m_wait = m_wait == 0 ? climbCycles : m_wait;
   if (--m_wait == 0) {
-    m_alCode = 0;
+    m_refused = m_alHeld;
+    m_alCode = m_alHeld ? m_alCode : std::uint16_t{0};
   }
-  return m_alCode == 0;
+  return m_wait == 0;
 }
 
 void SlaveUnit::restart() {
@@ -144,7 +159,11 @@ void SlaveUnit::setPowered(bool powered) {
   m_powered = powered;
   if (powered) {
     m_state = stateInit;
+    m_open = false;
     m_written = nullptr;
+    m_lastOutputs.clear();
+    m_carried.clear();
+    halt();
     m_alCode = 0;
     m_alHeld = false;
     m_refused = false;
@@ -179,18 +198,28 @@ void SlaveUnit::fallTo(std::uint8_t state) {
   while (m_state > std::max(state, stateInit)) {
     m_state = static_cast<std::uint8_t>(m_state >> 1U);
   }
+  m_open = m_open && m_state >= stateSafeop;
 }
 
 void SlaveUnit::enter(std::uint8_t state) {
   m_state = state;
   m_restart = false;
   if (state == stateSafeop) {
+    writeProcessData();
+  }
+}
+
+void SlaveUnit::writeProcessData() {
+  if (!m_open || m_written != m_attached) {
+    m_open = true;
     m_written = m_attached;
     m_written->bindProcessData(this);
   }
 }
 
 void SlaveUnit::settle() {
+  halt();
+  m_open = false;
   m_state = std::min(statePreop, m_maximumState);
   m_requested = 0;
   m_restart = false;
@@ -207,12 +236,29 @@ void SlaveUnit::setMaximumState(std::uint8_t state) {
 }
 
 void SlaveUnit::forgetConfiguration() {
+  if (m_written != nullptr) {
+    m_carried.clear();
+    m_lastOutputs = m_written->outputs();
+    m_written->describeFmmus(m_carried);
+  }
   m_attached = nullptr;
   m_written = nullptr;
 }
 
+void SlaveUnit::resume() {
+  if (!m_open || m_written != nullptr) {
+    return;
+  }
+  std::vector<FmmuPlace> wanted;
+  m_attached->describeFmmus(wanted);
+  if (wanted == m_carried) {
+    m_written = m_attached;
+    m_written->bindProcessData(this);
+  }
+}
+
 std::vector<std::uint8_t> SlaveUnit::outputs() const {
-  return m_written == nullptr ? std::vector<std::uint8_t>() : m_written->outputs();
+  return m_written == nullptr ? m_lastOutputs : m_written->outputs();
 }
 
 } // namespace ethercat_simulation

@@ -9,24 +9,36 @@ namespace ethercat_simulation {
 void Topology::request(SlaveUnit& unit, std::uint8_t state) {
   unit.request(state);
   wake();
-  while (m_drive != Drive::running && unit.step(1, 0)) {
+  while (!m_inTime && m_drive != Drive::running && unit.step(1, 0)) {
   }
 }
 
-void Topology::setTiming(Timing /*timing*/) {
+void Topology::setTiming(Timing timing) {
+  constexpr Moment scan = 585 * millisecond;
+  m_inTime = timing == Timing::real;
   m_climbCycles = 2;
-  m_scanCycles = 5;
+  m_scan = m_inTime ? Span{0, scan} : Span{5, 0};
 }
 
 void Topology::setClimbCycles(unsigned int cycles) {
+  m_inTime = false;
   m_climbCycles = std::max(cycles, 1U);
 }
 
 void Topology::setScanCycles(unsigned int cycles) {
-  m_scanCycles = std::max(cycles, 1U);
+  m_scan = {std::max(cycles, 1U), 0};
 }
 
 void Topology::changed() {
+  // The state machine meets the first slave that is gone before it counts the slaves anew.
+  constexpr Moment toMiss = 20 * millisecond;
+  constexpr Moment toCount = 8 * millisecond;
+  if (m_inTime && m_drive == Drive::running) {
+    const auto lost =
+        std::find_if(m_list.begin(), m_list.end(), [](const SlaveUnit* unit) { return !unit->present(); });
+    m_lost = lost == m_list.end() ? nullptr : *lost;
+    m_noticeAt = m_time.now() + (m_lost != nullptr ? toMiss : toCount);
+  }
   wake();
   m_rescan = true;
 }
@@ -41,48 +53,92 @@ void Topology::scanNow() {
     makeList();
     m_rescan = false;
   }
+  settleSlaves();
+}
+
+void Topology::settleSlaves() {
+  // It takes its time too, and the next activation may come before.
+  constexpr Moment toPreop = 140 * millisecond;
   for (SlaveUnit* unit : m_list) {
-    unit->settle();
+    if (m_inTime && unit->state() >= stateSafeop) {
+      m_settleAt = m_settleAt != 0 ? m_settleAt : m_time.now() + toPreop;
+    } else {
+      unit->settle();
+    }
   }
 }
 
 void Topology::drive(Drive drive) {
   // Nobody sees the list while nobody holds the master, so it is enough to scan at both ends of that time.
   const bool free = m_drive == Drive::nobody || drive == Drive::nobody;
+  catchUp();
   m_drive = drive;
+  for (const auto& unit : m_units) {
+    unit->ask(drive == Drive::running);
+  }
+  m_turn = nullptr;
+  m_silentSince = 0;
   wake();
   if (drive == Drive::running) {
-    broadcast();
+    look(m_time.now());
     attachAll();
     restartSlaves();
     return;
   }
   m_seenLink = m_link;
-  if ((free && m_rescan) || m_scanLeft > 0) {
-    m_scanLeft = 0;
+  if ((free && m_rescan) || m_scanning) {
+    m_scanning = false;
     scanNow();
   }
-  for (SlaveUnit* unit : m_list) {
-    unit->settle();
+  settleSlaves();
+}
+
+void Topology::seeLink() {
+  // The driver needs a moment to believe in a link that is up again.
+  constexpr Moment toBelieve = 9 * millisecond;
+  if (m_seenLink == m_link) {
+    return;
+  }
+  if (m_inTime && m_link) {
+    const Moment now = m_time.now();
+    m_linkChange = m_linkChange != 0 ? m_linkChange : now + toBelieve;
+    if (now < m_linkChange) {
+      return;
+    }
+  }
+  m_linkChange = 0;
+  m_settled = false;
+  m_seenLink = m_link;
+}
+
+void Topology::step(bool answered) {
+  if (m_settled && !m_inTime) {
+    return;
+  }
+  if (m_drive != Drive::running) {
+    return; // the idle master does not ask slaves for more than PREOP
+  }
+  if (m_inTime) {
+    stepInTime(answered, m_time.now());
+  } else {
+    stepCounted(answered);
   }
 }
 
-void Topology::step() {
-  if (m_settled) {
-    return;
-  }
+void Topology::stepCounted(bool answered) {
   if (!m_seenLink) {
     dropList();
     m_rescan = true;
-    m_scanLeft = 0;
+    m_scanning = false;
     broadcast();
     return;
   }
-  if (m_scanLeft > 0) {
-    if (--m_scanLeft == 0) {
-      makeList();
-      attachAll();
-      restartSlaves();
+  if (!answered) {
+    return;
+  }
+  if (m_scanning) {
+    if (m_scanEnd.ends(m_time.now())) {
+      endScan();
     }
     return;
   }
@@ -104,14 +160,24 @@ void Topology::restartSlaves() {
     // Who stayed in OP through a scan goes on as it is.
     if (unit->attached() != nullptr && unit->state() != stateOp) {
       unit->restart();
+    } else if (unit->attached() != nullptr) {
+      unit->resume();
     }
   }
 }
 
 void Topology::startScan() {
   m_rescan = false;
-  m_scanLeft = m_scanCycles;
+  m_scanning = true;
+  m_scanEnd.begin(m_scan, m_time.now());
   dropList();
+}
+
+void Topology::endScan() {
+  m_scanning = false;
+  makeList();
+  attachAll();
+  restartSlaves();
 }
 
 void Topology::broadcast() {
@@ -128,7 +194,10 @@ void Topology::broadcast() {
 void Topology::dropList() {
   for (SlaveUnit* unit : m_list) {
     unit->attach(nullptr);
+    unit->halt();
   }
+  m_turn = nullptr;
+  m_lost = nullptr;
   m_list.clear();
   for (const auto& configuration : m_configurations) {
     configuration->detach();
@@ -176,12 +245,13 @@ void Topology::forgetConfigurations() {
 
 void Topology::state(ec_master_state_t& state) {
   if (m_drive != Drive::running) {
+    catchUp();
     broadcast(); // the idle master looks by itself all the time
   }
   state.slaves_responding = m_responding;
   state.al_states = m_states & 0x0FU;
   state.link_up = m_seenLink ? 1 : 0;
-  state.scan_busy = m_scanLeft > 0 ? 1 : 0;
+  state.scan_busy = m_scanning ? 1 : 0;
 }
 
 int Topology::slaveInfo(std::size_t position, ec_slave_info_t& info) const {
@@ -215,7 +285,7 @@ int Topology::slaveInfo(std::size_t position, ec_slave_info_t& info) const {
     info.ports[1].next_slave = static_cast<std::uint16_t>(position + 1);
   }
   constexpr std::uint8_t alErrorBit = 0x10;
-  info.al_state = static_cast<std::uint8_t>(unit.state() | (unit.alCode() != 0 ? alErrorBit : 0U));
+  info.al_state = static_cast<std::uint8_t>(unit.state() | (unit.alError() ? alErrorBit : 0U));
   info.error_flag = unit.hasError() ? 1 : 0;
   info.ready = unit.ready() ? 1 : 0;
   info.sync_count = static_cast<std::uint8_t>(identity.defaultMapping.size());

@@ -7,6 +7,7 @@ namespace ethercat_simulation {
 
 void Topology::insert(std::size_t position, const Slave& slave) {
   m_units.push_back(std::make_unique<SlaveUnit>(slave));
+  m_units.back()->ask(m_drive == Drive::running);
   const std::size_t place = std::min(position, m_wire.size());
   m_wire.insert(m_wire.begin() + static_cast<std::ptrdiff_t>(place), m_units.back().get());
   m_list.reserve(m_wire.capacity()); // a scan in the cycle must not allocate

@@ -78,8 +78,9 @@ struct Slave {
   std::uint16_t alias = 0;
   std::string name;
   SlaveModel model = SlaveModel::loopback;
-  DriveParameters drive;         // of the model drive
-  bool distributedClocks = true; // has a clock that can serve as reference
+  DriveParameters drive;                  // of the model drive
+  bool distributedClocks = true;          // has a clock that can serve as reference
+  std::uint32_t configurationUs = 28'000; // in PREOP, while the master configures it; with real timing
   // What the slave maps and assigns without configuration. A slave that lists anything here or in furtherPdos
   // compares the length that the master gives each sync manager with what it needs, and refuses SAFEOP with
   // AL status code 0x001D (outputs) or 0x001E (inputs) when they differ.
