@@ -126,7 +126,7 @@ void addTransfer(CLI::App& app, bool read, const std::shared_ptr<SdoOptions>& op
   command->add_flag(
       "--complete", options->complete,
       "The whole object by complete access, as bytes. When reading, --count must be its length: "
-      "behind a shorter answer the bytes mean nothing");
+      "behind a shorter answer stand zeros");
   command->add_option("--timeout", options->timeoutSeconds, "Longest time in seconds (5)")
       ->check(CLI::Range(0.001, longestTimeout))
       ->type_name("S");
