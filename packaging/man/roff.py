@@ -11,6 +11,11 @@ def verbatim(text):
     return escape(text).replace("-", r"\-")
 
 
+def protected(text):
+    """One line of roff; a dot or quote in front would make it a request."""
+    return r"\&" + text if text[:1] in (".", "'") else text
+
+
 def inline(text):
     """Markdown's `code`, **bold** and [links](target) inside a paragraph; of a link only its text is kept."""
     text = re.sub(r"\[([^]]*)\]\([^)]*\)", r"\1", text)
@@ -28,8 +33,7 @@ class Page:
         self.lines.append(f".{name} {text}".rstrip())
 
     def text(self, text):
-        """One line of roff; a dot or quote in front would make it a request."""
-        self.lines.append(r"\&" + text if text[:1] in (".", "'") else text)
+        self.lines.append(protected(text))
 
     def heading(self, text, level=1):
         self.request("SH" if level == 1 else "SS", inline(text.upper() if level == 1 else text))
@@ -50,14 +54,14 @@ class Page:
         self.request("fi")
 
     def table(self, rows):
-        """The last column takes what is left of the line and wraps."""
+        """The last column and those with long texts share what is left of the line, and wrap."""
+        last = len(rows[0]) - 1
+        wraps = [column == last or max(len(row[column]) for row in rows) > 40 for column in range(last + 1)]
         self.request("TS")
-        left = " ".join(["l"] * (len(rows[0]) - 1))
-        self.lines += [r"tab(^);", f"{left} lx."]
+        self.lines += ["tab(^);", " ".join("lx" if wrap else "l" for wrap in wraps) + "."]
         for row in rows:
-            self.lines.append("^".join([*map(inline, row[:-1]), "T{"]))
-            self.text(inline(row[-1]))
-            self.lines.append("T}")
+            self.lines += "^".join(f"T{{\n{protected(inline(cell))}\nT}}" if wrap else inline(cell)
+                                   for cell, wrap in zip(row, wraps)).split("\n")
         self.request("TE")
 
     def write(self, path):
