@@ -9,22 +9,29 @@ Handles& Handles::instance() {
 }
 
 void* Handles::append(const Handle& handle) {
-  const std::size_t number = m_forgotten + m_handles.size();
-  m_handles.push_back(handle);
-  return reinterpret_cast<void*>(base + number * stride); // NOLINT(performance-no-int-to-ptr)
+  const std::lock_guard<std::mutex> lock(m_growth);
+  const std::size_t number = m_count.load(std::memory_order_relaxed);
+  std::unique_ptr<Handle[]>& block = m_blocks.at(blockOf(number));
+  if (block == nullptr) {
+    block = std::make_unique<Handle[]>(startOf(blockOf(number) + 1) - startOf(blockOf(number)));
+  }
+  record(number) = handle;
+  m_count.store(number + 1, std::memory_order_release);
+  return reinterpret_cast<void*>(base + (m_forgotten + number) * stride); // NOLINT(performance-no-int-to-ptr)
 }
 
 void Handles::kill(void* address) {
   const Handle* handle = find(address);
   if (handle != nullptr) {
-    m_handles[static_cast<std::size_t>(handle - m_handles.data())].object = nullptr;
+    const_cast<Handle*>(handle)->object = nullptr;
   }
 }
 
 void Handles::forgetAll() {
-  m_forgotten += m_handles.size();
-  m_handles.clear();
-  m_handles.shrink_to_fit();
+  m_forgotten += m_count.exchange(0);
+  for (auto& block : m_blocks) {
+    block.reset();
+  }
 }
 
 } // namespace ethercat_simulation

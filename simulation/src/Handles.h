@@ -5,9 +5,12 @@
 #ifndef ETHERCAT_SIMULATION_HANDLES_H
 #define ETHERCAT_SIMULATION_HANDLES_H
 
+#include <array>
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <vector>
+#include <memory>
+#include <mutex>
 
 namespace ethercat_simulation {
 
@@ -38,6 +41,8 @@ struct Handle {
   Master* owner; // to whom its misuse is charged
 };
 
+// Masters in threads of their own make and use their handles beside each other: a record never moves, and one
+// becomes visible by the count.
 class Handles {
 public:
   static Handles& instance();
@@ -53,7 +58,8 @@ public:
   const Handle* find(const void* address) const {
     const auto distance = reinterpret_cast<std::uintptr_t>(address) - base;
     const std::size_t number = distance / stride - m_forgotten;
-    return distance % stride == 0 && number < m_handles.size() ? &m_handles[number] : nullptr;
+    return distance % stride == 0 && number < m_count.load(std::memory_order_acquire) ? &record(number)
+                                                                                      : nullptr;
   }
   // A handle from before the last forgetAll().
   bool isForgotten(const void* address) const {
@@ -64,13 +70,26 @@ private:
   Handles() = default;
   void* append(const Handle& handle);
 
+  // Blocks of 64, 64, 128, 256 and so on: of a number, the highest bit tells the block.
+  static constexpr std::size_t firstBlock = 64;
+  static std::size_t blockOf(std::size_t number) {
+    return number < firstBlock ? 0 : static_cast<std::size_t>(58 - __builtin_clzl(number));
+  }
+  static std::size_t startOf(std::size_t block) { return block == 0 ? 0 : firstBlock << (block - 1); }
+  Handle& record(std::size_t number) const {
+    const std::size_t block = blockOf(number);
+    return m_blocks[block][number - startOf(block)];
+  }
+
   static constexpr std::size_t stride = 16;
   // Neither half of the address space of x86-64, with four or five levels of pages; on ARM, where the top
   // byte counts for nothing, in the half of the kernel.
   static constexpr std::uintptr_t base = 0x7EC0'0000'0000'0000;
 
   std::size_t m_forgotten = 0; // handles of earlier times
-  std::vector<Handle> m_handles;
+  std::atomic<std::size_t> m_count{0};
+  std::array<std::unique_ptr<Handle[]>, 32> m_blocks;
+  std::mutex m_growth;
 };
 
 } // namespace ethercat_simulation
