@@ -1,6 +1,7 @@
 #include "Program.h"
 
 #include <csignal>
+#include <sys/stat.h>
 
 using testing::HasSubstr;
 using testing::MatchesRegex;
@@ -192,6 +193,11 @@ TEST(Run, EndsAsABusErrorWhenOpIsNotReached) {
   const auto empty = ighBus({"run", "--eni", machine("coupler.xml"), "--bus", bus});
   EXPECT_EQ(empty.status, 3);
   EXPECT_THAT(empty.err, HasSubstr("no slave answers"));
+  std::remove(bus.c_str());
+  ASSERT_EQ(mkfifo(bus.c_str(), 0600), 0); // without a writer
+  const auto pipe = ighBus({"run", "--eni", machine("coupler.xml"), "--bus", bus});
+  EXPECT_EQ(pipe.status, 2);
+  EXPECT_THAT(pipe.err, HasSubstr("is not a regular file"));
   std::remove(bus.c_str());
 }
 

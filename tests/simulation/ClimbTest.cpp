@@ -132,6 +132,10 @@ TEST_F(ClimbTest, BetweenRequestAndActivationTheListOfSlavesStaysAsItIs) {
   exchange(8);
   EXPECT_EQ(ecrt_master_get_slave(master, 1, &info), 0);
   EXPECT_TRUE(stateOf(late).online);
+  bus().setWireBroken(0, true);
+  bus().addSlave(twoWay()); // behind one that no frame reaches
+  exchange(8);
+  EXPECT_EQ(masterState().slaves_responding, 1U);
 }
 
 TEST_F(ClimbTest, AConfigurationFindsItsSlaveByAliasAndOffsetAndTheFirstOneHasIt) {

@@ -12,7 +12,7 @@ namespace {
 
 using Pdos = std::vector<sim::Pdo>;
 
-const sim::Entry one{0x7000, 1, 8}, two{0x7000, 2, 8}, both{0x7000, 1, 16}, unknown{0x7005, 1, 8};
+const sim::Entry one{0x7000, 1, 8}, two{0x7000, 2, 8}, both{0x7000, 1, 16}, unknown{0x7005, 1, 4};
 const sim::Entry object{0x2000, 1, 16}, input{0x6000, 1, 16};
 const Pdos ownInputs{{0x1A00, {input}}};
 
@@ -25,7 +25,7 @@ struct Case {
   Pdos outputs; // on sync manager 2
   Pdos inputs;  // on 3
   unsigned int code;
-  std::string log = ""; // without what every line begins with
+  std::string log = {}; // without what every line begins with
 };
 
 void withoutCoe(sim::Slave& slave) {
@@ -78,7 +78,7 @@ const Case cases[] = {
      "WARNING Failed to clear the mapping of PDO 0x1600."},
     {"an entry that nobody knows empties the PDO",
      configurable,
-     {{0x1600, {one, unknown}}},
+     {{0x1600, {one, {0, 0, 4}, unknown}}},
      ownInputs,
      0x1D,
      "WARNING Failed to map 0x7005:01 into PDO 0x1600, which is empty now."},
@@ -214,15 +214,17 @@ TEST_F(PdoCheckTest, ABusFileSaysWhatASlaveHas) {
     "further_pdos":[{"index":"0x1601","excludes":["0x1600"],"entries":[{"index":"0x7001","bit_length":16}]}])";
   std::ofstream(path) << R"({"timing":"fast","slaves":[)" << slave << R"(,"coe":true,"pdo_assign":true},)"
                       << slave << R"(,"objects":[],"pdo_config":true},)" << slave
-                      << R"(,"checks_lengths":false},)" << slave << "}]}";
+                      << R"(,"checks_lengths":false},)" << slave << "}," << slave
+                      << R"(,"coe":true,"pdo_assign":true}]})";
   ASSERT_EQ(sim::loadBusFile(path), "");
   std::remove(path.c_str());
   request();
   const Pdos outputs[] = {{{0x1600, {one, two}}, {0x1601, {{0x7001, 0, 16}}}},
                           {{0x1600, {one}}},
                           {{0x1600, {one}}},
-                          {{0x1600, {one}}}};
-  for (std::uint16_t position = 0; position < 4; ++position) {
+                          {{0x1600, {one}}},
+                          {{0x1601, {{0x7001, 0, 16}}}}};
+  for (std::uint16_t position = 0; position < 5; ++position) {
     configure(ecrt_master_slave_config(master, 0, position, vendor, 1), outputs[position], ownInputs);
   }
   ASSERT_EQ(ecrt_master_activate(master), 0);
@@ -232,8 +234,8 @@ TEST_F(PdoCheckTest, ABusFileSaysWhatASlaveHas) {
   EXPECT_THAT(log, ::testing::HasSubstr("0-0: PDO configuration failed. (0x1601 refused in SM2)"));
   EXPECT_THAT(log, ::testing::HasSubstr("0-1: Failed to clear the mapping of PDO 0x1600."));
   EXPECT_EQ(log.find("WARNING 0-3"), std::string::npos) << "no objects, nothing to write to";
-  for (unsigned int position = 0; position < 4; ++position) {
-    EXPECT_EQ(bus().alState(position), position == 2 ? 8 : 2) << position;
+  for (unsigned int position = 0; position < 5; ++position) {
+    EXPECT_EQ(bus().alState(position), position == 2 || position == 4 ? 8 : 2) << position;
   }
 }
 
