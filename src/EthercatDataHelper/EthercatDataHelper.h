@@ -33,4 +33,6 @@ public:
                                unsigned long index);
 };
 
+#include "EthercatDataHelper/Conversion.h"
+
 #endif

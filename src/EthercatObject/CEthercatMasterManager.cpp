@@ -32,11 +32,6 @@ bool CEthercatMasterManager::createEthercatMaster(unsigned short id, unsigned in
   return true;
 }
 
-CEthercatMaster* CEthercatMasterManager::findEthercatMaster(unsigned short id) {
-  const auto found = m_mapMasters.find(id);
-  return found == m_mapMasters.end() ? nullptr : found->second;
-}
-
 bool CEthercatMasterManager::removeEthercatMaster(unsigned short id) {
   const auto found = m_mapMasters.find(id);
   if (found == m_mapMasters.end()) {

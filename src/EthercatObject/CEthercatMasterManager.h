@@ -19,7 +19,11 @@ public:
   virtual ~CEthercatMasterManager();
   virtual bool createEthercatMaster(unsigned short id, unsigned int period, bool enableDc,
                                     bool syncToReferenceClock);
-  virtual CEthercatMaster* findEthercatMaster(unsigned short id);
+  // Inline, because every exported function begins with it.
+  virtual CEthercatMaster* findEthercatMaster(unsigned short id) {
+    const auto found = m_mapMasters.find(id);
+    return found == m_mapMasters.end() ? nullptr : found->second;
+  }
   virtual bool removeEthercatMaster(unsigned short id);
   virtual void removeAllEthercatMaster();
   virtual unsigned int getEthercatMasterCount();

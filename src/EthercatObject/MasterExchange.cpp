@@ -66,9 +66,11 @@ void CEthercatMaster::exchange(EXCHANGE_CALLBACK callback, void* userData) {
   checkLink();
   checkMaster();
 
-  stamp(stamps.sdo.start);
-  serviceSdoRequests();
-  stamp(stamps.sdo.end);
+  if (!m_vecSdoInfo.empty()) {
+    stamp(stamps.sdo.start);
+    serviceSdoRequests();
+    stamp(stamps.sdo.end);
+  }
 
   if (isExchanging()) {
     if (!m_bExchangeMode) {

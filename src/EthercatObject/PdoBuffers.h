@@ -55,24 +55,29 @@ private:
     unsigned int length;
   };
 
-  // Lone entries are most runs of a sparse image: sizes known to the compiler become plain loads and stores.
+  // Most runs are short: without a call, as two halves that overlap in the middle.
+  template <unsigned int HALF>
+  static void copyHalves(unsigned char* to, const unsigned char* from, unsigned int length) {
+    unsigned char first[HALF];
+    unsigned char last[HALF];
+    std::memcpy(first, from, HALF);
+    std::memcpy(last, from + length - HALF, HALF);
+    std::memcpy(to, first, HALF);
+    std::memcpy(to + length - HALF, last, HALF);
+  }
   static void copyBytes(unsigned char* to, const unsigned char* from, unsigned int length) {
-    switch (length) {
-    case 1:
-      *to = *from;
-      break;
-    case 2:
-      std::memcpy(to, from, 2);
-      break;
-    case 4:
-      std::memcpy(to, from, 4);
-      break;
-    case 8:
-      std::memcpy(to, from, 8);
-      break;
-    default:
+    if (length > 32) {
       std::memcpy(to, from, length);
-      break;
+    } else if (length >= 16) {
+      copyHalves<16>(to, from, length);
+    } else if (length >= 8) {
+      copyHalves<8>(to, from, length);
+    } else if (length >= 4) {
+      copyHalves<4>(to, from, length);
+    } else if (length >= 2) {
+      copyHalves<2>(to, from, length);
+    } else {
+      *to = *from;
     }
   }
   void sortByPlace();

@@ -6,7 +6,8 @@
 // The master with this id, or null when it or the whole registry is absent.
 inline CEthercatMaster* findMaster(unsigned short id) {
   CEthercatMasterManager* const manager = CEthercatMasterManager::getUniqueEthercatMasterManager();
-  return manager == nullptr ? nullptr : manager->findEthercatMaster(id);
+  // Named in full: nothing overrides it, and so it is no virtual call.
+  return manager == nullptr ? nullptr : manager->CEthercatMasterManager::findEthercatMaster(id);
 }
 
 // Calls `operation` with the master; false when there is none.

@@ -24,6 +24,8 @@ TEST(Conversion, RoundsHalvesAwayFromZeroAndWrapsToTheWidth) {
   for (Case const& expected : {Case{DATA_TYPE_SINT, 2.5, 3, 3},
                                Case{DATA_TYPE_SINT, -2.5, 0xFD, -3},
                                Case{DATA_TYPE_SINT, 0.49999999999999994, 0, 0},
+                               Case{DATA_TYPE_SINT, -0.49999999999999994, 0, 0},
+                               Case{DATA_TYPE_UDINT, 0x1p52 + 1, 1, 1},
                                Case{DATA_TYPE_USINT, 300, 44, 44},
                                Case{DATA_TYPE_USINT, -1, 0xFF, 255},
                                Case{DATA_TYPE_SINT, 3e9, 0, 0},
