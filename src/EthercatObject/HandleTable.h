@@ -71,7 +71,7 @@ public:
     return place;
   }
   // The id of the object, which is whole by now.
-  unsigned int enter(CPlace&& place, OBJECT&& object) noexcept {
+  unsigned int enter(CPlace&& place, OBJECT object) noexcept {
     m_mapIdByKey.erase(place.m_mapIdByKey.begin()->first);
     m_mapIdByKey.merge(place.m_mapIdByKey);
     m_mapKeyById.merge(place.m_mapKeyById);

@@ -82,7 +82,7 @@ bool CEthercatMaster::createPdoInfo(unsigned int slave, const char* name, bool r
     object.inputPosition = m_inputs.add(size);
     object.outputPosition = m_outputs.add(size);
   }
-  *id = m_pdoHandles.enter(std::move(place), std::move(object));
+  *id = m_pdoHandles.enter(std::move(place), object);
   m_bArrangementStale = true;
   return true;
 }

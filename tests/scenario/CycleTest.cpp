@@ -90,42 +90,35 @@ TEST_F(Scenario, SafeopMovesDataAndMixedStatesSuspendItForTheWholeBus) {
   EXPECT_THAT(errorsOf(2), testing::HasSubstr("*/1"));
 }
 
-TEST_F(Scenario, ExchangeModePollsForALateFrameUntilItIsThere) {
-  SteppedClock clock;
-  startInOp({byteIo}, {0, 1000000, false, false, true});
-  bus().setFrameLatency(std::chrono::microseconds(400));
-  clock.sleeps.clear();
-  int called = 0;
-  cycleWith([&] { ++called; });
-  EXPECT_EQ(called, 1);
-  EXPECT_EQ(errors, "");
-  EXPECT_EQ(clock.sleeps, (std::vector<std::int64_t>{120000, 50000, 50000, 50000, 50000, 50000, 50000}));
-}
-
 TEST_F(Scenario, ExchangeModeWaitsByThePeriodGoesOnAfterASignalAndGivesUpInTheEnd) {
   struct Case {
     std::uint32_t period;
     std::int64_t firstWait;
     std::size_t polls;
+    int latencyUs = 0; // 0: the frame is lost
   };
-  for (const auto& [period, firstWait, polls] :
+  for (const auto& [period, firstWait, polls, latencyUs] :
        {Case{100000, 50000, 1}, Case{239998, 119999, 1}, Case{240000, 120000, 1}, Case{340000, 120000, 2},
-        Case{999999, 120000, 8}, Case{1000000, 120000, 17}, Case{1200000, 120000, 21}}) {
+        Case{999999, 120000, 8}, Case{1000000, 120000, 17}, Case{1200000, 120000, 21},
+        Case{1000000, 120000, 7, 400}}) {
     SteppedClock clock;
     startInOp({byteIo}, {0, period, false, false, true});
-    bus().dropFrames(1);
+    bus().setFrameLatency(std::chrono::microseconds(latencyUs));
+    bus().dropFrames(latencyUs == 0 ? 1 : 0);
     clock.sleeps.clear();
     clock.interruptions = 1;
     const std::uint64_t before = bus().callCount(Call::domainProcess);
-    cycleWith([] { ADD_FAILURE() << "callback without a frame"; });
+    bool called = false;
+    cycleWith([&] { called = true; });
+    EXPECT_EQ(called, latencyUs != 0);
     EXPECT_EQ(bus().callCount(Call::domainProcess) - before, polls) << period;
     std::vector<std::int64_t> sleeps(polls + 1, 50000);
     sleeps[0] = firstWait;
     sleeps[1] = firstWait - firstWait / 2; // the same sleep, resumed
     EXPECT_EQ(clock.sleeps, sleeps) << period;
-    EXPECT_EQ(errors, "0/*/1");
-    EXPECT_EQ(errorsOf(1), "");
+    EXPECT_EQ(errors, called ? "" : "0/*/1");
     startOver();
+    errors.clear();
   }
 }
 
@@ -180,23 +173,11 @@ TEST_F(Scenario, TerminateStopsTheCycleUntilTheNextActivation) {
   cycleUntil(8);
 }
 
-TEST_F(Scenario, TimingRecordsStartWithTheFirstCycleAndPrintByteForByte) {
+TEST_F(Scenario, TimingRecordsPrintByteForByte) {
   start({byteIo});
-  const auto record = [](unsigned int index) {
-    _ETHERCAT_COMM_DIAG_INFO info{77, 1, 2, 3, 4, 5};
-    EXPECT_TRUE(igh_master_get_comm_diag_info(0, index, &info));
-    return std::pair<std::uint64_t, int>{info.time, info.totalExchangeCostUs};
-  };
-  cycle(1);
-  EXPECT_EQ(record(COMM_DIAG_LAST).first, 0U);
-  EXPECT_EQ(record(COMM_DIAG_MIN), record(COMM_DIAG_LAST));
-  EXPECT_EQ(record(COMM_DIAG_MAX), record(COMM_DIAG_LAST));
-  cycle(6);
-  EXPECT_EQ(record(COMM_DIAG_LAST).first, 6U);
-  EXPECT_EQ(record(3), (std::pair<std::uint64_t, int>{77, 5}));
-  EXPECT_TRUE(igh_master_get_comm_diag_info(0, COMM_DIAG_MIN, nullptr));
-
   _ETHERCAT_COMM_DIAG_INFO shown{1234567890123, 10, -1, 12, 13, 14};
+  EXPECT_TRUE(igh_master_get_comm_diag_info(0, 3, &shown)); // no such record: nothing is written
+  EXPECT_TRUE(igh_master_get_comm_diag_info(0, COMM_DIAG_MIN, nullptr));
   const std::string body =
       "    Time = 1234567890123\n    TxPDO received cost(us) = 10\n    SDO cost(us) = -1\n"
       "    RxPDO sent cost(us) = 12\n    User callback cost(us) = 13\n"
