@@ -25,10 +25,21 @@ const std::string assign = coe + R"(,"pdo_assign":true)";
 const std::string objects = R"(,"objects":[{"index":"0x2000","subindex":1,"bytes":"00 00"}])";
 
 using Pdos = std::vector<sim::Pdo>;
-const sim::Entry one{0x7000, 1, 8}, two{0x7000, 2, 8}, both{0x7000, 1, 16};
+const sim::Entry one{0x7000, 1, 8}, two{0x7000, 2, 8}, both{0x7000, 1, 16}, gap{0, 0, 4};
 const sim::Pdo own{0x1600, {one, two}}, shorter{0x1600, {two}}, wider{0x1600, {both}};
 const sim::Pdo exclusive{0x1601, {{0x7001, 0, 16}}}, fixedOne{0x1602, {one, {0, 0, 0}}};
 const Pdos in{{0x1A00, {{0x6000, 1, 16}}}};
+
+// Warnings, each with a | behind it.
+const std::string keepsMapping = "Slave does not support changing the PDO mapping! (0x1600)|";
+const std::string keepsAssignment = "Slave does not support assigning PDOs! (SM2)|";
+const std::string unknown = "Failed to map 0x7005:01 into PDO 0x1600, which is empty now.|";
+const std::string otherWidth = "Failed to map 0x7000:01 into PDO 0x1600, which is empty now.|";
+const std::string readOnly = "Failed to clear the mapping of PDO 0x1602.|";
+const std::string firstRefused = "PDO configuration failed. (0x1600 refused in SM2)|";
+const std::string secondRefused = "PDO configuration failed. (0x1601 refused in SM2)|";
+const std::string absentRefused = "Slave does not support changing the PDO mapping! (0x16FF)|"
+                                  "PDO configuration failed. (0x16FF refused in SM2)|";
 
 const struct Case {
   const char* what;
@@ -36,60 +47,24 @@ const struct Case {
   Pdos outputs;     // on sync manager 2
   Pdos inputs;      // on 3
   unsigned int code;
-  std::string log = {}; // warnings, each with a | behind it
+  std::string log = {};
 } cases[] = {
     {"the same bytes, cut otherwise", lists, {wider}, in, 0},
     {"a byte less", lists, {shorter}, in, 0x1D},
     {"no inputs", lists, {own}, {}, 0x1E},
     {"a chip that compares nothing", lists + R"(,"checks_lengths":false)", {shorter}, in, 0},
     {"a slave that lists nothing", objects, {shorter}, in, 0},
-    {"a mapping that cannot be changed",
-     lists + objects,
-     {wider},
-     in,
-     0,
-     "Slave does not support changing the PDO mapping! (0x1600)|"},
-    {"an assignment that cannot", coe, {exclusive}, in, 0, "Slave does not support assigning PDOs! (SM2)|"},
+    {"a mapping that cannot be changed", lists + objects, {wider}, in, 0, keepsMapping},
+    {"an assignment that cannot", coe, {exclusive}, in, 0, keepsAssignment},
     {"a shorter mapping, written", config, {shorter}, in, 0},
-    {"an entry from the objects", config + objects, {{0x1600, {one, {0, 0, 4}, {0x2000, 1, 16}}}}, in, 0},
-    {"entries nobody knows empty the PDO",
-     config,
-     {{0x1600, {one, {0, 0, 4}, {0x7005, 1, 4}}}},
-     in,
-     0x1D,
-     "Failed to map 0x7005:01 into PDO 0x1600, which is empty now.|"},
-    {"an entry of another width",
-     config,
-     {wider},
-     in,
-     0x1D,
-     "Failed to map 0x7000:01 into PDO 0x1600, which is empty now.|"},
-    {"a fixed PDO stays as it was",
-     config + R"(,"pdo_assign":true)",
-     {{0x1602, {both}}},
-     in,
-     0x1D,
-     "Failed to clear the mapping of PDO 0x1602.|"},
+    {"an entry from the objects", config + objects, {{0x1600, {one, gap, {0x2000, 1, 16}}}}, in, 0},
+    {"no such entry empties the PDO", config, {{0x1600, {one, gap, {0x7005, 1, 4}}}}, in, 0x1D, unknown},
+    {"an entry of another width", config, {wider}, in, 0x1D, otherWidth},
+    {"a fixed PDO", config + R"(,"pdo_assign":true)", {{0x1602, {both}}}, in, 0x1D, readOnly},
     {"another PDO assigned", assign, {fixedOne}, in, 0},
-    {"a PDO that names the one before it",
-     assign,
-     {own, exclusive},
-     in,
-     0x1D,
-     "PDO configuration failed. (0x1601 refused in SM2)|"},
-    {"a PDO that is named by the one before it",
-     assign,
-     {exclusive, own},
-     in,
-     0x1D,
-     "PDO configuration failed. (0x1600 refused in SM2)|"},
-    {"what follows a refused PDO is left out",
-     assign,
-     {{0x16FF, {}}},
-     {{0x1A01, {{0x6001, 0, 8}}}},
-     0x1E,
-     "Slave does not support changing the PDO mapping! (0x16FF)|"
-     "PDO configuration failed. (0x16FF refused in SM2)|"},
+    {"a PDO that names the one before it", assign, {own, exclusive}, in, 0x1D, secondRefused},
+    {"a PDO that is named by the one before it", assign, {exclusive, own}, in, 0x1D, firstRefused},
+    {"left out behind it", assign, {{0x16FF, {}}}, {{0x1A01, {{0x6001, 0, 8}}}}, 0x1E, absentRefused},
 };
 
 class PdoCheckTest : public Bench {
