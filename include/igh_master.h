@@ -16,7 +16,9 @@
  * functions may be called from the real-time task between or, from the callback, inside exchanges: they
  * neither allocate nor block. igh_master_initialize and igh_master_uninitialize must not overlap any call for
  * any master. Beside the exchanges of a master other threads may only ask for its termination, which a signal
- * handler may do too, and use its ESC registers. Each master may have a thread of its own.
+ * handler may do too, use its ESC registers, and arm SDO transfers, one thread at a time. Such a thread waits
+ * for `done` with an acquiring load (__atomic_load_n(&done, __ATOMIC_ACQUIRE)). Each master may have a thread
+ * of its own.
  *
  * Memory: where an allocation fails, a set-up function lets std::bad_alloc through to the caller (a C program
  * ends with it). igh_master_append_eni gives 0 instead when it fails while the file is read. The call has

@@ -13,12 +13,12 @@ public:
     const unsigned long stop = m_ulPosition == 0 ? 2 * requests - 1 : m_ulPosition - 1;
     if (m_bIdle.load(std::memory_order_relaxed)) { // where the walk below would end as well
       m_ulPosition = stop;
-      m_ulForced = NONE;
+      takeForced();
       return false;
     }
     // Marked before the walk: what is armed behind the cursor meanwhile, by another thread, takes it back.
     m_bIdle.exchange(true, std::memory_order_acq_rel);
-    const bool wholeRound = m_ulForced == NONE;
+    const bool wholeRound = m_ulForced.load(std::memory_order_relaxed) == NONE;
     bool found = false;
     while (m_ulPosition != stop && !found) {
       found = isArmed(request(), isRead());
@@ -35,8 +35,7 @@ public:
   bool isRead() const { return m_ulPosition % 2 == 0; }
 
   void advance(unsigned long requests) {
-    const unsigned long forced = m_ulForced;
-    m_ulForced = NONE;
+    const unsigned long forced = takeForced();
     if (forced < requests) {
       m_ulPosition = 2 * forced;
       return;
@@ -45,25 +44,30 @@ public:
   }
   // Takes this request at the next advance; false while another one waits for that.
   bool force(unsigned long request) {
-    if (m_ulForced != NONE) {
-      return false;
-    }
-    m_ulForced = request;
-    return true;
+    unsigned long none = NONE;
+    return m_ulForced.compare_exchange_strong(none, request, std::memory_order_relaxed);
   }
   // To be called behind each arming: a table in which nothing is armed is not walked again.
   void wake() { m_bIdle.store(false, std::memory_order_release); }
   void reset() {
     m_ulPosition = 0;
-    m_ulForced = NONE;
+    takeForced();
     wake();
   }
 
 private:
   static constexpr unsigned long NONE = ~0UL;
 
+  unsigned long takeForced() {
+    const unsigned long forced = m_ulForced.load(std::memory_order_relaxed);
+    if (forced != NONE) {
+      m_ulForced.store(NONE, std::memory_order_relaxed);
+    }
+    return forced;
+  }
+
   unsigned long m_ulPosition = 0;
-  unsigned long m_ulForced = NONE;
+  std::atomic<unsigned long> m_ulForced{NONE};
   std::atomic<bool> m_bIdle{false}; // a whole round found nothing armed, and nothing was armed since
 };
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <tuple>
+#include <utility>
 
 int _SDO_INFO_KEY::compare(const _SDO_INFO_KEY& a, const _SDO_INFO_KEY& b) {
   const auto order = [](const _SDO_INFO_KEY& key) {
@@ -24,13 +25,12 @@ void _SDO_INFO_OBJECT::withdraw(bool read) {
 }
 
 void _SDO_INFO_OBJECT::finish(bool read) {
-  bool*& done = read ? readDone : writeDone;
-  if (done != nullptr) {
-    *done = true;
-  }
-  done = nullptr;
-  (read ? readPending : writePending) = false;
+  bool* const done = std::exchange(read ? readDone : writeDone, nullptr);
   inProgress = false;
+  (read ? readPending : writePending) = false;
+  if (done != nullptr) { // last: who sees it may arm again at once
+    __atomic_store_n(done, true, __ATOMIC_RELEASE);
+  }
 }
 
 bool _SDO_INFO_OBJECT::exportSdoData() {

@@ -3,6 +3,7 @@
 
 #include "EthercatObject/HandleTable.h"
 
+#include <atomic>
 #include <ecrt.h>
 #include <igh_master.h>
 #include <vector>
@@ -37,6 +38,23 @@ inline bool operator>=(const _SDO_INFO_KEY& a, const _SDO_INFO_KEY& b) {
   return _SDO_INFO_KEY::compare(a, b) >= 0;
 }
 
+// A transfer is handed over by setting it and taken back by clearing it, perhaps between two threads: what
+// was written before is seen behind.
+class CHandOver {
+public:
+  CHandOver() = default;
+  CHandOver(const CHandOver& other) noexcept : m_bSet(other) {}
+  CHandOver& operator=(const CHandOver& other) noexcept { return *this = static_cast<bool>(other); }
+  CHandOver& operator=(bool set) noexcept {
+    m_bSet.store(set, std::memory_order_release);
+    return *this;
+  }
+  operator bool() const noexcept { return m_bSet.load(std::memory_order_acquire); }
+
+private:
+  std::atomic<bool> m_bSet{false};
+};
+
 // One SDO request and the transfers armed on it, at most one per direction. The platform's request belongs to
 // the slave configuration; destination and done flags belong to the application.
 struct _SDO_INFO_OBJECT {
@@ -44,8 +62,8 @@ struct _SDO_INFO_OBJECT {
   ETHERCAT_DATA_TYPE destinationType = DATA_TYPE_RAW; // of the pending read: bytes, or LREAL for doubles
   ec_sdo_request_t* request = nullptr;                // null: the slot is free
   _HANDLE_USERS users;
-  bool readPending = false;
-  bool writePending = false;
+  CHandOver readPending;
+  CHandOver writePending;
   bool inProgress = false; // the platform has been given the pending transfer that the cursor stands on
   bool inProgressIsRead = false;
   std::vector<unsigned char> writeBuffer; // `size` bytes once there is a writer

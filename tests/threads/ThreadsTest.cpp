@@ -94,3 +94,40 @@ TEST_F(Scenario, RegistersOfAnActiveMasterAreReadBesideItsExchanges) {
   igh_master_request_terminate(0);
   cycle.join();
 }
+
+TEST_F(Scenario, TransfersArmedBesideTheExchangesAllArrive) {
+  Device device = byteIo;
+  device.objects = {{0x2000, 1, {0, 0}}};
+  build({device});
+  testing::internal::CaptureStdout();
+  EXPECT_TRUE(igh_master_scan(0, nullptr) && igh_master_config_all_slave(0));
+  std::uint32_t request = 0;
+  for (const bool read : {true, false}) {
+    EXPECT_TRUE(igh_master_create_sdo_request(0, 0, 0x2000, 1, DATA_TYPE_UINT, 0, read, &request));
+  }
+  EXPECT_TRUE(igh_master_active(0));
+  cycleUntil(8);
+  const std::uint32_t in = handle(0, "In", true);
+  const std::uint32_t out = handle(0, "Out", false);
+  std::atomic<int> count{0};
+  std::thread cycle([&] { countUntilTerminated(0, in, out, count); });
+  bool done = false;
+  double read = 0;
+  const auto awaitDone = [&] {
+    const int last = count.load(std::memory_order_relaxed) + 100000;
+    while (!__atomic_load_n(&done, __ATOMIC_ACQUIRE) && count.load(std::memory_order_relaxed) < last) {
+      std::this_thread::yield();
+    }
+    return __atomic_load_n(&done, __ATOMIC_ACQUIRE);
+  };
+  for (int i = 1; i <= 100 && !HasFailure(); ++i) {
+    EXPECT_TRUE(igh_master_sdo_send(0, request, i, &done) && awaitDone()) << i;
+    EXPECT_TRUE(igh_master_sdo_recv(0, request, &read, &done)) << i;
+    igh_master_process_sdo_immediately(0, request);
+    EXPECT_TRUE(awaitDone()) << i;
+    EXPECT_EQ(read, i);
+  }
+  igh_master_request_terminate(0);
+  cycle.join();
+  testing::internal::GetCapturedStdout();
+}
