@@ -23,18 +23,11 @@ public:
 
   bool empty() const { return m_next == m_end; }
   std::uint8_t byte() { return empty() ? std::uint8_t{'0'} : *m_next++; }
-  unsigned int below(unsigned int limit) { return static_cast<std::uint8_t>(byte() - '0') % limit; }
-  bool flag() { return below(2) == 1; }
-  template <class Value, std::size_t count> Value any(const Value (&values)[count]) {
-    return values[below(static_cast<unsigned int>(count))];
+  unsigned int below(std::size_t limit) {
+    return static_cast<unsigned int>(static_cast<std::uint8_t>(byte() - '0') % limit);
   }
-  std::string until(char end) {
-    std::string text;
-    while (!empty() && *m_next != static_cast<std::uint8_t>(end)) {
-      text += static_cast<char>(byte());
-    }
-    byte();
-    return text;
+  template <class Value, std::size_t count> Value any(const Value (&values)[count]) {
+    return values[below(count)];
   }
 
 private:
@@ -44,16 +37,14 @@ private:
 
 class MemoryFile {
 public:
-  MemoryFile() : m_file(memfd_create("fuzz", 0)), m_path("/proc/self/fd/" + std::to_string(m_file)) {}
   void fill(const void* data, std::size_t size) {
-    REQUIRE(ftruncate(m_file, 0) == 0);
-    REQUIRE(pwrite(m_file, data, size, 0) == static_cast<ssize_t>(size));
+    REQUIRE(ftruncate(m_file, 0) == 0 && pwrite(m_file, data, size, 0) == static_cast<ssize_t>(size));
   }
   const char* path() const { return m_path.c_str(); }
 
 private:
-  int m_file;
-  std::string m_path;
+  int m_file = memfd_create("fuzz", 0);
+  std::string m_path = "/proc/self/fd/" + std::to_string(m_file);
 };
 
 } // namespace fuzz

@@ -16,11 +16,11 @@ bool swallow(unsigned int /*level*/, const char* /*text*/) {
   return true;
 }
 
-std::string nameOf(const CSlaveENIObject& description, unsigned int position) {
+std::string nameOf(const CSlaveENIObject& description, unsigned long position) {
   unsigned long size = 0;
-  REQUIRE(description.getPDOEntryName(position, nullptr, size));
+  REQUIRE(description.getPDOEntryName(static_cast<unsigned int>(position), nullptr, size));
   std::string name(size, '\0');
-  REQUIRE(description.getPDOEntryName(position, name.data(), size));
+  REQUIRE(description.getPDOEntryName(static_cast<unsigned int>(position), name.data(), size));
   name.pop_back();
   return name;
 }
@@ -28,10 +28,10 @@ std::string nameOf(const CSlaveENIObject& description, unsigned int position) {
 void compareIndexes(const CSlaveENIObject& description) {
   for (unsigned int position = 0; position < description.getSlavePDOEntryCount(); ++position) {
     const std::string name = nameOf(description, position);
-    unsigned long named = 0;
-    REQUIRE(description.getSlavePDOEntryReg(name.c_str(), named) ==
-            description.getSlavePDOEntryReg() + named);
-    REQUIRE(named >= position && nameOf(description, static_cast<unsigned int>(named)) == name);
+    unsigned long named = 0; // the last of this name
+    const ec_pdo_entry_reg_t* const row = description.getSlavePDOEntryReg(name.c_str(), named);
+    REQUIRE(row == description.getSlavePDOEntryReg() + named);
+    REQUIRE(named >= position && nameOf(description, named) == name);
   }
 }
 
@@ -41,17 +41,15 @@ sim::Slave slaveOf(const CSlaveENIObject& description) {
   slave.productCode = description.getProductCode();
   slave.revisionNumber = description.getRevisionCode();
   for (const ec_sync_info_t* sync = description.getSlaveSyncInfo(); sync->index != 0xFF; ++sync) {
-    sim::SyncManager manager{
-        sync->index, sync->dir == EC_DIR_OUTPUT ? sim::Direction::output : sim::Direction::input, {}};
-    for (unsigned int i = 0; i < sync->n_pdos; ++i) {
-      const ec_pdo_info_t& info = sync->pdos[i];
-      sim::Pdo pdo{info.index, {}};
-      for (unsigned int k = 0; k < info.n_entries; ++k) {
-        pdo.entries.push_back({info.entries[k].index, info.entries[k].subindex, info.entries[k].bit_length});
+    const auto direction = sync->dir == EC_DIR_OUTPUT ? sim::Direction::output : sim::Direction::input;
+    slave.defaultMapping.push_back({sync->index, direction, {}});
+    for (const ec_pdo_info_t* pdo = sync->pdos; pdo != sync->pdos + sync->n_pdos; ++pdo) {
+      slave.defaultMapping.back().pdos.push_back({pdo->index, {}});
+      for (const ec_pdo_entry_info_t* entry = pdo->entries; entry != pdo->entries + pdo->n_entries; ++entry) {
+        slave.defaultMapping.back().pdos.back().entries.push_back(
+            {entry->index, entry->subindex, entry->bit_length});
       }
-      manager.pdos.push_back(pdo);
     }
-    slave.defaultMapping.push_back(manager);
   }
   return slave;
 }
@@ -92,9 +90,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   file.fill(data, size);
   sim::reset();
   CMasterENIObject store(swallow);
-  if (store.insertENIFile(file.path(), false) == 0) {
-    return 0;
-  }
+  store.insertENIFile(file.path(), false);
   std::vector<const CSlaveENIObject*> devices;
   unsigned int entries = 0;
   for (const auto& [vendorId, vendor] : store.getVendors()) {
@@ -102,12 +98,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
       for (const auto& [revision, description] : product.mapRevision) {
         compareIndexes(*description);
         entries += description->getSlavePDOEntryCount();
-        sim::bus(0).addSlave(slaveOf(*description));
         devices.push_back(description);
+        sim::bus(0).addSlave(slaveOf(*description));
       }
     }
   }
-  if (entries <= mostEntries && devices.size() <= 255) {
+  if (!devices.empty() && devices.size() <= 255 && entries <= mostEntries) {
     runBus(file.path(), devices);
   }
   return 0;
