@@ -127,8 +127,10 @@ IGH_MASTER_API bool igh_master_initialize_ex(uint16_t id, uint32_t exchangePerio
 /* igh_master_initialize_ex with distributed clocks enabled. Set-up. */
 IGH_MASTER_API bool igh_master_initialize(uint16_t id, uint32_t exchangePeriod, bool syncToReferenceClock);
 
-/* Deactivates and destroys the master; every handle of it is void. Set-up, with no exchange running. Always
- * 1, also for an unknown id. */
+/* Deactivates and destroys the master; every handle of it is void. While an SDO transfer is under way, the
+ * bus is first cycled on inside this call, once per period and for at most 6 s, with the outputs as they
+ * stand: the kernel does not survive a deactivation in the middle of one. A line on standard error when that
+ * was not enough. Set-up, with no exchange running. Always 1, also for an unknown id. */
 IGH_MASTER_API bool igh_master_uninitialize(uint16_t id);
 
 /* false (default): an exchange first takes the frame sent by the previous one; inputs are one period old and
@@ -208,7 +210,8 @@ IGH_MASTER_API bool igh_master_get_slot_index_increment(uint16_t id, uint32_t sl
 IGH_MASTER_API bool igh_master_get_slot_pdo_increment(uint16_t id, uint32_t slave, uint32_t* increment);
 
 /* Registers the process data, sets up distributed clocks and activates the master. Every slave must have been
- * configured. On an active master it starts afresh. Set-up. Result 1 when the master is active; otherwise 0,
+ * configured. On an active master it starts afresh, once SDO transfers are over as for
+ * igh_master_uninitialize. Set-up. Result 1 when the master is active; otherwise 0,
  * with a line on standard output or error when a slave was not configured, the registration failed or the
  * process image could not be mapped, and without a word when there is no IgH master, when there was no scan
  * or the last one gave 0; a refusal by the IgH master is told by its own library. A failed activation
@@ -286,7 +289,8 @@ IGH_MASTER_API bool igh_master_create_sdo_request(uint16_t id, uint32_t slave, u
                                                   int32_t timeoutMs, bool read, uint32_t* handle);
 
 /* Takes one user of the given direction away. With its last user a direction's armed transfer is withdrawn;
- * the handle dies with the last user of both. Set-up. */
+ * the handle dies with the last user of both. A transfer that is under way goes on at the slave all the same.
+ * Set-up. */
 IGH_MASTER_API void igh_master_destroy_sdo_request(uint16_t id, uint32_t handle, bool read);
 
 /* Arm a read. `data` or `values` receives the result, and must stay valid, like `done`, until *done is true

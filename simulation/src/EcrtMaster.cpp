@@ -33,6 +33,7 @@ ec_master_t* ecrt_request_master(unsigned int master_index) {
 
 void ecrt_release_master(ec_master_t* master) {
   const auto work = [](Master& held) {
+    held.chargeBusyRequests(Call::releaseMaster);
     held.release();
     return Nothing{};
   };
@@ -72,6 +73,7 @@ int ecrt_master_activate(ec_master_t* master) {
 
 void ecrt_master_deactivate(ec_master_t* master) {
   const auto work = [](Master& held) {
+    held.chargeBusyRequests(Call::deactivate);
     held.deactivate();
     return Nothing{};
   };

@@ -58,6 +58,15 @@ int Master::activate() {
   return 0;
 }
 
+void Master::chargeBusyRequests(Call call) {
+  for (const auto& configuration : m_configurations) {
+    if (configuration->hasBusySdoRequest()) {
+      m_recorder.addBusyRequest(call, "a");
+      return;
+    }
+  }
+}
+
 bool Master::imageIsMapped() const {
   return !m_imageNeverMapped && !(m_activatedBefore && m_reactivationUnmapped);
 }

@@ -31,6 +31,8 @@ public:
   void release();
   int activate();
   void deactivate();
+  // To be asked before the end: the real master frees a request that its state machine is still at work on.
+  void chargeBusyRequests(Call call);
 
   // Set-up.
   ec_slave_config_t* createConfiguration(std::uint16_t alias, std::uint16_t position, std::uint32_t vendorId,

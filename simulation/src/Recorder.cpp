@@ -79,9 +79,9 @@ void Recorder::addOutOfOrder(Call call, bool active) {
           (active ? "active." : "not active."));
 }
 
-void Recorder::addBusyRequest(Call call) {
+void Recorder::addBusyRequest(Call call, const char* which) {
   ++m_misuse.outOfOrder;
-  addLine(std::string(callName(call)) + " was called while the request was busy.");
+  addLine(std::string(callName(call)) + " was called while " + which + " request was busy.");
 }
 
 void Recorder::addDeadHandle(Call call, bool isNull) {

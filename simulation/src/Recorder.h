@@ -32,7 +32,7 @@ public:
       addOutOfOrder(call, active);
     }
   }
-  void addBusyRequest(Call call);
+  void addBusyRequest(Call call, const char* which); // "the" or "a"
   void addDeadHandle(Call call, bool isNull);
   void addForeignHandle(Call call);
   const Misuse& misuse() const { return m_misuse; }

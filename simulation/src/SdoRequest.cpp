@@ -50,8 +50,8 @@ ec_request_state_t SdoRequest::state() {
 }
 
 void SdoRequest::start(bool read) {
-  if (m_phase == Phase::queued || m_phase == Phase::running) {
-    master().recorder().addBusyRequest(read ? Call::sdoRead : Call::sdoWrite);
+  if (isBusy()) {
+    master().recorder().addBusyRequest(read ? Call::sdoRead : Call::sdoWrite, "the");
   }
   if (!read && m_dataSize == 0) {
     std::fprintf(stderr, "Failed to write SDO %s: Invalid argument\n", place().c_str());
@@ -113,9 +113,14 @@ void SdoQueue::step(SlaveUnit* unit, const SdoPace& pace, Moment now) {
   }
 }
 
+bool SdoQueue::isAnyBusy() const {
+  return std::any_of(m_requests.begin(), m_requests.end(),
+                     [](const auto& request) { return request->isBusy(); });
+}
+
 void SdoQueue::failAll() {
   for (const auto& request : m_requests) {
-    if (request->is(SdoRequest::Phase::queued) || request->is(SdoRequest::Phase::running)) {
+    if (request->isBusy()) {
       request->fail();
     }
   }

@@ -32,6 +32,7 @@ public:
   // The slave's side.
   enum class Phase : std::uint8_t { unused, queued, running, success, error };
   bool is(Phase phase) const { return m_phase == phase; }
+  bool isBusy() const { return is(Phase::queued) || is(Phase::running); }
   void run() { m_phase = Phase::running; }
   void fail() { m_phase = Phase::error; }
   // One more round without its turn; a counted cycle passes for 1 ms.
@@ -68,6 +69,7 @@ public:
   SdoRequest& add(SlaveConfiguration& owner, const SdoPlace& place, std::size_t size);
   // One round of the slave's state machine; null: the configuration is not attached.
   void step(SlaveUnit* unit, const SdoPace& pace, Moment now);
+  bool isAnyBusy() const;
 
 private:
   void failAll();

@@ -52,6 +52,7 @@ public:
     return m_sdoRequests.add(*this, place, size);
   }
   void stepSdoRequests(const SdoPace& pace, Moment now) { m_sdoRequests.step(m_unit, pace, now); }
+  bool hasBusySdoRequest() const { return m_sdoRequests.isAnyBusy(); }
 
   // Writes the PDOs to the slave. 0, or the AL status code with which it refuses SAFEOP then.
   std::uint16_t writeTo(SlaveUnit& unit) const;

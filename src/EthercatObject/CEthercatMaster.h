@@ -6,6 +6,7 @@
 #include "EthercatObject/CommDiag.h"
 #include "EthercatObject/DcController.h"
 #include "EthercatObject/HandleTable.h"
+#include "EthercatObject/IssuedSdos.h"
 #include "EthercatObject/PdoBuffers.h"
 #include "EthercatObject/SdoCursor.h"
 #include "EthercatObject/SdoInfo.h"
@@ -199,6 +200,8 @@ private:
   void armWrite(_SDO_INFO_OBJECT& object, bool* done);
   void serviceSdoRequests();
   void serviceSdo(_SDO_INFO_OBJECT& object, bool read);
+  void issueSdo(_SDO_INFO_OBJECT& object, bool read);
+  void awaitSdoTransfers();
   void reportSdo(const char* text) const;
   void moveToNextSdoId();
 
@@ -242,6 +245,7 @@ private:
   unsigned int m_uiSdoInfoCount = 0;          // as for process data
   CHandleTable<_SDO_INFO_KEY, _SDO_INFO_OBJECT> m_sdoHandles{m_vecSdoInfo, m_uiSdoInfoCount};
   CSdoCursor m_sdoCursor;
+  CIssuedSdos m_issuedSdos;
   CPdoBuffers m_inputs;
   CPdoBuffers m_outputs;
   bool m_bArrangementStale = false; // handles changed since the buffers were arranged

@@ -172,7 +172,9 @@ int CEthercatMaster::deactive() {
 
 void CEthercatMaster::deactivatePlatform() {
   m_pDomainData = nullptr;
+  awaitSdoTransfers();
   static_cast<void>(ecrt_master_deactivate(m_pMaster));
+  m_issuedSdos.clear();
   m_bActive = false;
   m_pDomain = nullptr;
 }

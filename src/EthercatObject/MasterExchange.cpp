@@ -1,33 +1,18 @@
 // The cycle. Nothing here allocates, locks, throws or, in the normal case, prints.
 #include "EthercatObject/CEthercatMaster.h"
 #include "EthercatObject/PlatformRelease.h"
+#include "EthercatObject/SleepUntil.h"
 
-#include <cerrno>
 #include <cstdio>
 #include <ctime>
 
 namespace {
 
-constexpr long NS_PER_SECOND = 1000000000;
 constexpr unsigned int POLL_INTERVAL_NS = 50000;
 constexpr unsigned int WHOLE_MASTER = ETHERCAT_ERROR_WHOLE_MASTER;
 
 void stamp(timespec& time) {
   clock_gettime(CLOCK_MONOTONIC, &time);
-}
-
-void advance(timespec& time, unsigned int nanoseconds) {
-  time.tv_sec += static_cast<time_t>(nanoseconds / static_cast<unsigned int>(NS_PER_SECOND));
-  time.tv_nsec += static_cast<long>(nanoseconds % static_cast<unsigned int>(NS_PER_SECOND));
-  if (time.tv_nsec >= NS_PER_SECOND) {
-    time.tv_nsec -= NS_PER_SECOND;
-    ++time.tv_sec;
-  }
-}
-
-void sleepUntil(const timespec& time) {
-  while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &time, nullptr) == EINTR) {
-  }
 }
 
 // How long after the send the exchange mode looks for the frame, and when it looks first.

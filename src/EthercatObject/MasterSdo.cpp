@@ -88,9 +88,11 @@ bool CEthercatMaster::requestSdo(const _SDO_INFO_KEY& key, _SDO_INFO_OBJECT& obj
   ec_slave_config_t* const config = m_vecSlaves[key.slave]->getSlaveCore();
   object.request = nullptr;
   object.inProgress = false;
+  object.issued = false;
   if (config == nullptr) {
     return false;
   }
+  m_issuedSdos.makeRoom();
   object.request = key.complete
                        ? createCompleteSdoRequest(config, key.index, object.size, 0)
                        : ecrt_slave_config_create_sdo_request(config, key.index, key.subindex, object.size);

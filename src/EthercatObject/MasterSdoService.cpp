@@ -26,7 +26,7 @@ void CEthercatMaster::serviceSdo(_SDO_INFO_OBJECT& object, bool read) {
   case EC_REQUEST_UNUSED:
   case EC_REQUEST_SUCCESS:
     if (!object.inProgress) {
-      object.issue(read);
+      issueSdo(object, read);
       object.inProgress = true;
       object.inProgressIsRead = read;
       reportSdo(read ? "ReadSDO:ecrt_sdo_request_read called!\n"
@@ -44,10 +44,18 @@ void CEthercatMaster::serviceSdo(_SDO_INFO_OBJECT& object, bool read) {
     reportSdo(read ? "ReadSDO:EC_REQUEST_BUSY\n" : "WriteSDO:EC_REQUEST_BUSY\n");
     return;
   case EC_REQUEST_ERROR:
-    object.issue(read);
+    issueSdo(object, read);
     reportSdo(read ? "ReadSDO:EC_REQUEST_ERROR\n" : "WriteSDO:EC_REQUEST_ERROR\n");
     return;
   }
+}
+
+void CEthercatMaster::issueSdo(_SDO_INFO_OBJECT& object, bool read) {
+  if (!object.issued) {
+    object.issued = true;
+    m_issuedSdos.add(object.request);
+  }
+  object.issue(read);
 }
 
 void CEthercatMaster::reportSdo(const char* text) const {

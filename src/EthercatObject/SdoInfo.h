@@ -66,6 +66,7 @@ struct _SDO_INFO_OBJECT {
   CHandOver writePending;
   bool inProgress = false; // the platform has been given the pending transfer that the cursor stands on
   bool inProgressIsRead = false;
+  bool issued = false; // the platform's request was given a transfer, and is kept in mind for the end
   std::vector<unsigned char> writeBuffer; // `size` bytes once there is a writer
   void* readDestination = nullptr;
   bool* readDone = nullptr;

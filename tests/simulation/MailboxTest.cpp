@@ -83,6 +83,11 @@ TEST_F(MailboxTest, TheBufferFollowsTheRealRules) {
   ecrt_master_deactivate(master);
   EXPECT_EQ(ecrt_sdo_request_state(two), EC_REQUEST_ERROR);
   EXPECT_EQ(bus().misuse().deadHandle, 1U);
+  EXPECT_EQ(bus().misuse().outOfOrder, 1U);
+  one = ecrt_slave_config_create_sdo_request(ecrt_master_slave_config(master, 0, 0, vendor, 1), 0x2000, 1, 2);
+  ecrt_sdo_request_read(one);
+  ecrt_release_master(master);
+  EXPECT_EQ(bus().misuse().lines.back(), "ecrt_release_master was called while a request was busy.");
 }
 
 struct Record {

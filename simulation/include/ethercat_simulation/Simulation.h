@@ -185,7 +185,8 @@ struct Misuse {
   std::uint64_t deadHandle = 0;    // a handle that deactivation or release has freed, or a null handle
   std::uint64_t foreignHandle = 0; // a handle of another master, or no handle of this simulation at all
   std::uint64_t outOfOrder = 0;    // set-up call while active, cycle call while inactive, a
-                                   // transfer started while the request is busy, and the like
+                                   // transfer started while the request is busy, an end
+                                   // of the master while one is, and the like
   std::vector<std::string> lines;  // one sentence for each of the first 100
   std::uint64_t total() const { return deadHandle + foreignHandle + outOfOrder; }
 };
