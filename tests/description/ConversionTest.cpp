@@ -37,6 +37,7 @@ TEST(Conversion, RoundsHalvesAwayFromZeroAndWrapsToTheWidth) {
                                Case{DATA_TYPE_DINT, 2147483647.5, 0x80000000, -2147483648.0},
                                Case{DATA_TYPE_DINT, -2147483648.5, 0x80000000, -2147483648.0},
                                Case{DATA_TYPE_DINT, infinite, 0x80000000, -2147483648.0},
+                               Case{DATA_TYPE_DINT, -2147483647, 0x80000001, -2147483647},
                                Case{DATA_TYPE_UDINT, 4294967295.0, 0xFFFFFFFF, 4294967295.0},
                                Case{DATA_TYPE_UDINT, -1, 0xFFFFFFFF, 4294967295.0},
                                Case{DATA_TYPE_UDINT, 4294967297.0, 1, 1},
