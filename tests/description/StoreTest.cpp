@@ -67,9 +67,9 @@ TEST(Store, AFileThatIsNoDescriptionIsReportedAndChangesNothing) {
 
 TEST(Store, TheFirstDescriptionWinsAndHiddenRevisionsAreLeftOut) {
   CMasterENIObject store(capture);
-  std::string const devices = device("#x1", "#x10", "<HideType RevisionNo=\"17\"/><HideType/>") +
-                              device("1", "#x11", "") + device("2", "#x11", "") +
-                              "<Device><Type ProductCode=\"5\">U</Type></Device>";
+  std::string const devices =
+      device("#x1", "#x10", "<HideType/><HideType RevisionNo=\"1\"/><HideType RevisionNo=\"17\"/>") +
+      device("1", "#x11", "") + device("2", "#x11", "") + "<Device><Type ProductCode=\"5\">U</Type></Device>";
   ASSERT_TRUE(load(store, description(devices)));
   Message const error{0, "Device resolve error (ProductCode = 5, RevisionNo = , class = U)"};
   std::string const ids = " (VendorId = 0x2, ProductCode = 0x1, RevisionNo = 0x10, class = T)";
@@ -141,6 +141,41 @@ TEST(Store, SlotsPlaceModulesAndAMissingModuleShiftsTheRest) {
                                     "3/1A00 6000:0 0  1st In", "3/1A00 6000:0 0  3rd In"}));
   EXPECT_EQ(slave->getSlotNumber(), 3U);
   EXPECT_EQ(slave->getSlotIndexIncrement() + slave->getSlotPdoIncrement(), 0x30U);
+}
+
+TEST(Store, EveryElementOfANameCountsNotOnlyTheFirst) {
+  CMasterENIObject store(capture);
+  std::string const slots =
+      "<Slots SlotPdoIncrement=\"1\"><Slot><ModuleIdent>1</ModuleIdent></Slot></Slots><Slots "
+      "SlotPdoIncrement=\"2\">"
+      "<Slot><ModuleIdent>2</ModuleIdent></Slot><Slot><ModuleIdent>1</ModuleIdent></Slot></Slots>";
+  std::string const dc =
+      "<Dc><OpMode><Name>A</Name></OpMode></Dc><Dc><OpMode><Name>DC</Name>"
+      "<AssignActivate>1</AssignActivate><CycleTimeSync0>2</CycleTimeSync0><ShiftTimeSync0>-3"
+      "</ShiftTimeSync0><CycleTimeSync1>4</CycleTimeSync1><ShiftTimeSync1>-5</ShiftTimeSync1>"
+      "</OpMode></Dc>";
+  std::string const pdo = "<Index DependOnSlot='true'>#x1600</Index>" + entry;
+  std::string const modules =
+      module("1", "<TxPdo Sm='2'>" + pdo + "</TxPdo><RxPdo Sm='4'>" + pdo + "</RxPdo>") +
+      "</Modules><Modules>" + module("2", "<TxPdo Sm='4'>" + pdo + "</TxPdo>");
+  std::string const devices = device("1", "", "<RxPdo Sm='2'/><RxPdo Sm='7' Fixed='true'/>" + slots + dc) +
+                              "</Devices><Devices>" + device("2", "1", "") +
+                              "</Devices></Descriptions><Descriptions><Devices>" + device("3", "1", "");
+  ASSERT_TRUE(load(store, description(devices, modules)));
+  EXPECT_TRUE(store.findSlaveENIObject(2, 2, 1) != nullptr && store.findSlaveENIObject(2, 3, 1) != nullptr);
+  CSlaveENIObject* slave = store.findSlaveENIObject(2, 1, 0);
+  ASSERT_NE(slave, nullptr) << "an empty RevisionNo is 0";
+  EXPECT_EQ(entriesOf(slave), (Rows{"2/1600 6000:1 16 INT 1st V", "2/1602 6000:1 16 INT 2nd V",
+                                    "4/1600 6000:1 16 INT 1st V", "4/1602 6000:1 16 INT 2nd V"}));
+  Message const direction{0, "Sync output flag not don't matched"};
+  EXPECT_EQ(std::count(messages().begin(), messages().end(), direction), 2) << "of a module, of the device";
+  EXPECT_EQ(slave->getSlaveSyncInfo()[2].index, 7) << "of a PDO without entries";
+  EXPECT_TRUE(slave->getSlotNumber() == 2 && slave->getSlotPdoIncrement() == 2);
+  unsigned short assign = 0;
+  unsigned int cycle[2] = {};
+  int shift[2] = {};
+  EXPECT_TRUE(slave->getDCConfiguration("DC", assign, cycle[0], shift[0], cycle[1], shift[1]));
+  EXPECT_TRUE(assign == 1 && cycle[0] == 2 && shift[0] == -3 && cycle[1] == 4 && shift[1] == -5);
 }
 
 TEST(Store, WithoutASinkMessagesAreCutAndPrinted) {
