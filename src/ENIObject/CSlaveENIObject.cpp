@@ -16,10 +16,12 @@ CSlaveENIObject::~CSlaveENIObject() {
 
 void CSlaveENIObject::destroyAllSyncInfo() {
   m_mapSyncInfo.clear();
+  m_vecSyncIndex.clear();
   m_pPDOEntryArray.reset();
   m_pPDOInfoArray.reset();
   m_pSyncInfoArray.reset();
   m_pPDOEntryReg.reset();
+  m_mapEntryRegByName.clear();
   m_mapEntryIndexByName.clear();
   m_vecEntryName.clear();
   m_vecEntryDataType.clear();
@@ -44,6 +46,7 @@ bool CSlaveENIObject::createSyncInfoIfNotExist(unsigned int syncIndex, bool outp
   auto const [known, isNew] = m_mapSyncInfo.try_emplace(syncIndex);
   if (isNew) {
     known->second.bOutput = output;
+    m_vecSyncIndex.push_back(syncIndex);
     return true;
   }
   if (known->second.bOutput != output) {
@@ -62,7 +65,9 @@ bool CSlaveENIObject::createPDOInfoIfNotExist(_SYNCINFO* syncInfo, unsigned int 
   if (!m_bEditing) {
     return false;
   }
-  syncInfo->mapPDOInfo.try_emplace(pdoIndex);
+  if (syncInfo->mapPDOInfo.try_emplace(pdoIndex).second) {
+    syncInfo->vecPDOIndex.push_back(pdoIndex);
+  }
   return true;
 }
 

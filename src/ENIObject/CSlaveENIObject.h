@@ -29,6 +29,7 @@ public:
 
   struct _SYNCINFO {
     std::map<unsigned int, _PDOINFO> mapPDOInfo; /* by PDO index */
+    std::vector<unsigned int> vecPDOIndex;       /* its keys; sorted when editing ends */
     bool bOutput;                                /* true: from the master to the slave */
   };
 
@@ -126,6 +127,7 @@ public:
   static bool getBaseStringFromSTLString(std::string const& text, char* buffer, unsigned long& size);
 
 private:
+  void sortIndexes();
   void countSyncInfo();
   void allocateArrays();
   void fillSyncManagers();
@@ -140,9 +142,11 @@ private:
   bool m_bEditing = false;
   DC_OP_MODES m_mapDcOpMode;
   std::map<unsigned int, _SYNCINFO> m_mapSyncInfo; /* by sync manager, only while editing */
+  std::vector<unsigned int> m_vecSyncIndex;        /* its keys; sorted when editing ends */
 
   /* Keeps its names, but no valid pointers, when the object is edited again. */
   std::map<std::string, ec_pdo_entry_info_t*, std::less<>> m_mapEntryInfoByName;
+  std::map<std::string, ec_pdo_entry_reg_t*, std::less<>> m_mapEntryRegByName;
   std::map<std::string, unsigned long, std::less<>> m_mapEntryIndexByName; /* flat position */
   std::vector<std::string> m_vecEntryName;
   std::vector<std::string> m_vecEntryDataType;

@@ -1,22 +1,34 @@
 #include "ENIObject/CSlaveENIObject.h"
 
+#include <algorithm>
 #include <utility>
 
 void CSlaveENIObject::endEditSyncInfo() {
   if (!m_bEditing) {
     return;
   }
+  sortIndexes();
   countSyncInfo();
   allocateArrays();
   fillSyncManagers();
   m_mapSyncInfo.clear();
+  m_vecSyncIndex.clear();
   m_bEditing = false;
 }
 
+/* Once, not at each insertion: a hostile file has very many of them in the worst order. */
+void CSlaveENIObject::sortIndexes() {
+  std::sort(m_vecSyncIndex.begin(), m_vecSyncIndex.end());
+  for (auto& [syncIndex, syncInfo] : m_mapSyncInfo) {
+    std::sort(syncInfo.vecPDOIndex.begin(), syncInfo.vecPDOIndex.end());
+  }
+}
+
 void CSlaveENIObject::countSyncInfo() {
-  for (auto const& [syncIndex, syncInfo] : m_mapSyncInfo) {
-    for (auto const& [pdoIndex, pdoInfo] : syncInfo.mapPDOInfo) {
-      m_uiPDOEntryCount += static_cast<unsigned int>(pdoInfo.listEntry.size());
+  for (unsigned int const syncIndex : m_vecSyncIndex) {
+    _SYNCINFO const& syncInfo = m_mapSyncInfo.at(syncIndex);
+    for (unsigned int const pdoIndex : syncInfo.vecPDOIndex) {
+      m_uiPDOEntryCount += static_cast<unsigned int>(syncInfo.mapPDOInfo.at(pdoIndex).listEntry.size());
     }
     m_uiPDOInfoCount += static_cast<unsigned int>(syncInfo.mapPDOInfo.size());
     ++m_uiSyncInfoCount;
@@ -38,13 +50,15 @@ void CSlaveENIObject::fillSyncManagers() {
   ec_pdo_info_t* pdo = m_pPDOInfoArray.get();
   unsigned int entryPosition = 0;
 
-  for (auto& [syncIndex, syncInfo] : m_mapSyncInfo) {
+  for (unsigned int const syncIndex : m_vecSyncIndex) {
+    _SYNCINFO& syncInfo = m_mapSyncInfo.at(syncIndex);
     sync->index = static_cast<unsigned char>(syncIndex);
     sync->watchdog_mode = EC_WD_ENABLE;
     sync->dir = syncInfo.bOutput ? EC_DIR_OUTPUT : EC_DIR_INPUT;
     sync->pdos = pdo;
     sync->n_pdos = static_cast<unsigned int>(syncInfo.mapPDOInfo.size());
-    for (auto& [pdoIndex, pdoInfo] : syncInfo.mapPDOInfo) {
+    for (unsigned int const pdoIndex : syncInfo.vecPDOIndex) {
+      _PDOINFO& pdoInfo = syncInfo.mapPDOInfo.at(pdoIndex);
       pdo->index = static_cast<unsigned short>(pdoIndex);
       pdo->entries = &m_pPDOEntryArray[entryPosition];
       pdo->n_entries = static_cast<unsigned int>(pdoInfo.listEntry.size());
@@ -78,6 +92,7 @@ void CSlaveENIObject::fillEntry(_PDOENTRYINFO& entryInfo, unsigned int position)
 void CSlaveENIObject::indexEntryName(unsigned int position) {
   std::string const& name = m_vecEntryName[position];
   bool const isNew = m_mapEntryInfoByName.insert_or_assign(name, &m_pPDOEntryArray[position]).second;
+  m_mapEntryRegByName.insert_or_assign(name, &m_pPDOEntryReg[position]);
   m_mapEntryIndexByName.insert_or_assign(name, position);
   if (!isNew) {
     reportMessage(m_pfnLog, 0, "PDO Entry Name(%s) conflict，system will overwrite it!\n", name.c_str());
@@ -88,10 +103,11 @@ ec_pdo_entry_reg_t* CSlaveENIObject::getSlavePDOEntryReg(char const* name, unsig
   if (name == nullptr) {
     return nullptr;
   }
-  auto const found = m_mapEntryIndexByName.find(name);
-  if (found == m_mapEntryIndexByName.end()) {
+  auto const row = m_mapEntryRegByName.find(name);
+  auto const index = m_mapEntryIndexByName.find(name);
+  if (row == m_mapEntryRegByName.end() || index == m_mapEntryIndexByName.end()) {
     return nullptr;
   }
-  position = found->second;
-  return &m_pPDOEntryReg[position];
+  position = index->second;
+  return row->second;
 }
