@@ -98,7 +98,8 @@ def commands(name, scratch):
                        CMAKE_CXX_COMPILER_LAUNCHER=str(launcher))
     environment.pop("ETHERCAT_SIMULATION_BUS", None)
     if not complaints and subprocess.run(["bash", "-c", script], cwd=tree, env=environment, check=False).returncode != 0:
-        complaints.append("the block named last failed")
+        shown = [file.read_text() for _, file, _ in printed if file.exists()]
+        complaints.append("\n".join(["the block named last failed", *shown]))
     for where, file, expected in printed if not complaints else []:
         found = in_short(file.read_text().splitlines())
         if found != in_short(expected):
