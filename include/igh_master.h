@@ -159,7 +159,11 @@ IGH_MASTER_API bool igh_master_get_system_base_offset(uint16_t id, uint64_t* off
 IGH_MASTER_API bool igh_master_append_eni(uint16_t id, const char* path);
 
 /* Writes the AL states of all slaves as seen by the last exchange, ORed: 1 INIT, 2 PREOP, 4 SAFEOP, 8 OP; 0
- * before a scan. `state` must not be null: it is not checked. Cycle. Result 1. */
+ * before a scan, and on a bus that nobody answers on: no error tells of that, the silence with state 0 does.
+ * The states are up to 0.4 s old. After an activation on slaves that were in OP a moment before (a
+ * re-activation, a program started again) the first 0.15 s still say OP; then the bus climbs. After a slave
+ * has been plugged in, the bus is not in OP again before scan, configuration and activation. `state` must not
+ * be null: it is not checked. Cycle. Result 1. */
 IGH_MASTER_API bool igh_master_get_state(uint16_t id, uint32_t* state);
 
 /* Makes every further exchange print one line and do nothing, until the next activation. Cycle, and at any

@@ -111,6 +111,7 @@ static void sleep_until_next(struct timespec* wake) {
 /* One exchange, and what it brought. */
 static void exchange(Axis axes[AXES], Problem* problem, bool* enabled, bool* off) {
   const int missed = problem->frames_missed;
+  uint32_t state = 0;
   *problem = (Problem){0};
   igh_master_exchange(MASTER, NULL, NULL);
   problem->frames_missed += problem->frames_missed > 0 ? missed : 0;
@@ -123,6 +124,8 @@ static void exchange(Axis axes[AXES], Problem* problem, bool* enabled, bool* off
     *enabled = *enabled && is_enabled(&axes[i]);
     *off = *off && is_off(&axes[i]);
   }
+  /* The drives may be enabled while the states that the master tells are still those of the climb. */
+  *enabled = *enabled && igh_master_get_state(MASTER, &state) && state == AL_OP;
 }
 
 static void command_axis(Axis* axis, Phase phase, double offset) {

@@ -47,8 +47,8 @@ const KindRow& readKind(const JsonNode& node) {
 }
 
 void checkKeys(const JsonNode& node, const KindRow& row) {
-  node.expectObject({"kind", "at", "every", "probability", "for", "slave", "index", "subindex", "al_state",
-                     "code", "register", "step_ns"});
+  node.expectObject({"kind", "at", "every", "probability", "for", "across_activations", "slave", "index",
+                     "subindex", "al_state", "code", "register", "step_ns"});
   for (const char* key : {"slave", "index", "subindex", "al_state", "code", "register", "step_ns"}) {
     const bool belongs = std::any_of(row.keys.begin(), row.keys.end(),
                                      [&](const char* allowed) { return std::string_view(allowed) == key; });
@@ -117,6 +117,7 @@ Fault readFault(const JsonNode& node, const std::vector<Slave>& slaves) {
   if (node.has("al_state")) {
     fault.alState = readAlState(node.at("al_state"));
   }
+  fault.acrossActivations = node.has("across_activations") && node.at("across_activations").flag();
   fault.alCode = node.get<std::uint16_t>("code", 1, limit16, fault.alCode);
   fault.counter = node.get<std::uint16_t>("register", firstErrorCounter, lastErrorCounter, fault.counter);
   if (fault.kind == FaultKind::clockStep) {

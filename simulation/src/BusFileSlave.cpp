@@ -193,8 +193,8 @@ void readProcessData(const JsonNode& node, Slave& slave) {
 
 Slave readSlave(const JsonNode& node) {
   node.expectObject({"vendor_id", "product_code", "revision", "serial", "alias", "name", "model", "drive",
-                     "distributed_clocks", "sync_managers", "further_pdos", "checks_lengths", "coe",
-                     "pdo_assign", "pdo_config", "objects"});
+                     "configuration_us", "distributed_clocks", "sync_managers", "further_pdos",
+                     "checks_lengths", "coe", "pdo_assign", "pdo_config", "objects"});
   Slave slave;
   slave.vendorId = node.get<std::uint32_t>("vendor_id", 0, limit32);
   slave.productCode = node.get<std::uint32_t>("product_code", 0, limit32);
@@ -213,6 +213,7 @@ Slave readSlave(const JsonNode& node) {
     }
     slave.drive = readDrive(node.at("drive"));
   }
+  slave.configurationUs = node.get<std::uint32_t>("configuration_us", 0, longestTime, slave.configurationUs);
   slave.distributedClocks = readFlag(node, "distributed_clocks", slave.distributedClocks);
   readProcessData(node, slave);
   if (node.has("objects")) {

@@ -1,4 +1,4 @@
-// ecrt_master_sdo_*: transfers that the caller waits for. They are served at once, also while nobody cycles.
+// ecrt_master_sdo_*: transfers that the caller waits for. They are served also while nobody cycles.
 #include "Invoke.h"
 
 using namespace ethercat_simulation;
@@ -19,6 +19,10 @@ int blocking(Master& master, std::uint16_t position, const SdoPlace& place, std:
   if (unit == nullptr) {
     return -EINVAL;
   }
+  if (!unit->identity().coe) {
+    return -EPROTONOSUPPORT;
+  }
+  master.waitForBus(32 * millisecond);
   if (!unit->responding() || !unit->hasMailbox() || !master.topology().link()) {
     return -EIO;
   }

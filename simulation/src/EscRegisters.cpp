@@ -5,6 +5,8 @@ namespace ethercat_simulation {
 namespace {
 
 constexpr std::size_t type = 0x0000;
+constexpr std::size_t capabilities = 0x0004;
+constexpr std::size_t dlStatus = 0x0110;
 constexpr std::size_t stationAddress = 0x0010;
 constexpr std::size_t alStatus = 0x0130;
 constexpr std::size_t alStatusCode = 0x0134;
@@ -31,7 +33,8 @@ private:
 };
 
 bool onlyTells(std::size_t address) {
-  return address < stationAddress || (address >= alStatus && address < alStatus + 6) ||
+  return address < stationAddress || address == dlStatus || address == dlStatus + 1 ||
+         (address >= alStatus && address < alStatus + 6) ||
          (address >= systemTime && address < systemTime + 8);
 }
 
@@ -46,6 +49,11 @@ void EscRegisters::read(std::uint16_t address, std::uint8_t* data, std::size_t s
   }
   Overlay overlay(address, data, size);
   overlay.put(type, 0x03010304, 4); // type, revision, build
+  // 16 FMMUs, 16 sync managers, 8 KiB of memory, ports 0 and 1; features with or without a clock of 64 bits.
+  overlay.put(capabilities, 0x0F081010, 4);
+  overlay.put(capabilities + 4, live.hasClock ? 0x01CCU : 0x01C0U, 2);
+  // Link and communication at port 0 and, when a slave follows, at 1; the other ports are closed.
+  overlay.put(dlStatus, live.hasNext ? 0x5A31U : 0x5611U, 2);
   overlay.put(stationAddress, live.stationAddress, 2);
   overlay.put(alStatus, live.alState | (live.alError ? alErrorBit : 0U), 2);
   overlay.put(alStatusCode, live.alCode, 2);

@@ -39,6 +39,7 @@ public:
     std::uint16_t alCode;
     bool hasClock;
     std::uint64_t systemTime; // ns
+    bool hasNext;             // behind it on the line
   };
   void read(std::uint16_t address, std::uint8_t* data, std::size_t size, const Live& live) const;
   // As the bus does it: a write to a counter clears it, whatever is written, and registers that only tell

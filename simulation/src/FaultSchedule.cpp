@@ -98,14 +98,11 @@ bool needsObject(FaultKind kind) {
 
 void FaultSchedule::start() {
   m_cycle = 0;
-  for (Line& line : m_lines) {
-    line.left = 0;
-  }
 }
 
 void FaultSchedule::stop(Bus& bus) {
   for (Line& line : m_lines) {
-    if (line.left > 0) {
+    if (line.left > 0 && !line.fault.acrossActivations) {
       end(bus, line.fault);
       line.left = 0;
     }
@@ -114,16 +111,17 @@ void FaultSchedule::stop(Bus& bus) {
 
 bool FaultSchedule::begins(const Fault& fault, std::size_t number) const {
   if (fault.at != 0) {
-    return m_cycle == fault.at;
+    return cycleOf(fault) == fault.at;
   }
   if (fault.every != 0) {
-    return m_cycle % fault.every == 0;
+    return cycleOf(fault) % fault.every == 0;
   }
-  return chance(m_seed, number, m_cycle) < fault.probability;
+  return chance(m_seed, number, cycleOf(fault)) < fault.probability;
 }
 
 void FaultSchedule::step(Bus& bus) {
   ++m_cycle;
+  ++m_total;
   for (std::size_t number = 0; number < m_lines.size(); ++number) {
     Line& line = m_lines[number];
     if (line.left > 0 && --line.left == 0) {

@@ -33,11 +33,13 @@ private:
     std::uint32_t left; // cycles that it still lasts
   };
 
+  std::uint64_t cycleOf(const Fault& fault) const { return fault.acrossActivations ? m_total : m_cycle; }
   bool begins(const Fault& fault, std::size_t number) const;
 
   std::vector<Line> m_lines;
   std::uint32_t m_seed = 1;
   std::uint64_t m_cycle = 0; // since activation
+  std::uint64_t m_total = 0; // since the first one
 };
 
 } // namespace ethercat_simulation

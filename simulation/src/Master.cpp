@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <thread>
 
 namespace ethercat_simulation {
 
@@ -229,6 +230,12 @@ void Master::receive() {
   }
   if (answered || refused) {
     stepSdoRequests();
+  }
+}
+
+void Master::waitForBus(Moment time) const {
+  if (m_topology.inTime() && !m_time.isVirtual()) {
+    std::this_thread::sleep_for(std::chrono::nanoseconds(time));
   }
 }
 

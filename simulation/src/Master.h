@@ -44,7 +44,7 @@ public:
   ec_sdo_request_t* createSdoRequest(SlaveConfiguration& configuration, const SdoPlace& place,
                                      std::size_t size);
 
-  // Device file. 0 or a positive error number; answered at once, also while the master is active.
+  // Device file. 0 or a positive error number; answered also while nobody cycles.
   int readRegisters(std::size_t position, std::uint16_t address, std::uint8_t* data, std::size_t size) const;
   int writeRegisters(std::size_t position, std::uint16_t address, const std::uint8_t* data, std::size_t size);
   int requestState(std::size_t position, std::uint8_t state);
@@ -54,6 +54,8 @@ public:
   void send();
   // What the idle master has done meanwhile by itself.
   void catchUp();
+  // Blocks as a call that has to wait for the bus does; a virtual time does not wait for anybody.
+  void waitForBus(Moment time) const;
   const SimulatedTime& time() const { return m_time; }
   Clock& clock() { return m_clock; }
   bool hasReferenceClock() const;

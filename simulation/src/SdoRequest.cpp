@@ -41,6 +41,8 @@ ec_request_state_t SdoRequest::state() {
   }
   if (m_read) {
     if (m_kernelSize > m_size) {
+      std::fprintf(stderr, "Received %zu bytes do not fit info SDO data memory (%zu bytes)!\n", m_kernelSize,
+                   m_size);
       return EC_REQUEST_ERROR; // does not fit, and says so each time
     }
     std::copy_n(m_kernel.begin(), m_kernelSize, m_buffer.begin());

@@ -41,7 +41,7 @@ public:
   // Its process data are in use: sync managers and FMMUs are written, and somebody is there to answer.
   bool exchanges() const { return m_open && responding(); }
   bool responding() const { return m_present && m_responding; }
-  bool hasMailbox() const { return m_state != stateInit && !alError(); }
+  bool hasMailbox() const { return m_identity.coe && m_state != stateInit && !alError(); }
   ObjectDictionary& dictionary() { return m_dictionary; }
   const ObjectDictionary& dictionary() const { return m_dictionary; }
   SlavePdos& pdos() { return m_pdos; }

@@ -3,6 +3,7 @@
 #include "igh_bus/Application.h"
 
 #include <ethercat_simulation/Simulation.h>
+#include <regex>
 
 using namespace ethercat_simulation;
 using testing::HasSubstr;
@@ -49,7 +50,9 @@ protected:
       EXPECT_EQ(out, expected + "\n");
     }
     EXPECT_THAT(err, HasSubstr(status == 0 ? "" : expected));
-    EXPECT_EQ(std::count(err.begin(), err.end(), '\n'), status == 0 ? 0 : 1) << err;
+    // The IgH library adds one line for each try of a request that is too short.
+    const std::string own = std::regex_replace(err, std::regex("Received [^\n]*\n"), "");
+    EXPECT_EQ(std::count(own.begin(), own.end(), '\n'), status == 0 ? 0 : 1) << err;
   }
 };
 

@@ -35,7 +35,7 @@ TEST(Examples, PythonRunsTheMainJobThroughTheSameLibrary) {
                                    machine("servo_drive.xml")},
                                   0, machine("machine.json"));
   EXPECT_EQ(outcome.status, 0) << outcome.err;
-  EXPECT_THAT(outcome.out, HasSubstr("8 slaves, 425 callbacks, 0 errors\nPosition actual value: 497\n"
+  EXPECT_THAT(outcome.out, HasSubstr("8 slaves, 491 callbacks, 0 errors\nPosition actual value: 497\n"
                                      "Mode of operation: 8\nAL state: 8\n"));
 }
 

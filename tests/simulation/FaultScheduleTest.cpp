@@ -147,4 +147,25 @@ TEST_F(FaultScheduleTest, ChancesRepeatThemselvesWithTheirSeed) {
   EXPECT_NE(losses(lost, 8), seen);
 }
 
+TEST_F(FaultScheduleTest, AFaultThatOutlivesADeactivationGoesOnWhereItWas) {
+  sim::Fault lost;
+  lost.kind = sim::FaultKind::wireBreak;
+  lost.at = 20;
+  lost.duration = 30;
+  for (const bool across : {false, true}) {
+    lost.acrossActivations = across;
+    start(lost);
+    run(30);
+    ecrt_master_deactivate(master);
+    EXPECT_EQ(masterState().slaves_responding, across ? 1U : 3U);
+    domain = ecrt_master_create_domain(master);
+    ASSERT_EQ(ecrt_master_activate(master), 0);
+    cycle = 0;
+    run(18);
+    EXPECT_EQ(masterState().slaves_responding, across ? 1U : 3U);
+    run(26);
+    EXPECT_EQ(masterState().slaves_responding, across ? 3U : 1U);
+  }
+}
+
 } // namespace

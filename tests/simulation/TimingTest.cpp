@@ -1,6 +1,10 @@
 // The times of the real master, in a time that passes by cycles: 1 ms each, unless said.
 #include "Bench.h"
 
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
 using namespace bench;
 
 namespace {
@@ -154,6 +158,53 @@ TEST_F(TimingTest, OnlyAnActiveMasterAsksForOp) {
     EXPECT_EQ(stateOf(configuration).al_state, 2U);
     sim::reset();
   }
+}
+
+TEST_F(TimingTest, RequestedStatesAndTransfersTakeTheirTime) {
+  bus().setTiming(sim::Timing::real);
+  bus().setCycleTime(std::chrono::milliseconds(1));
+  sim::Slave mute = twoWay();
+  mute.coe = false;
+  bus().addSlave(mute);
+  bus().addSlave(twoWay());
+  std::uint8_t answer[4];
+  std::size_t size = 0;
+  std::uint32_t abort = 0;
+  master = ecrt_request_master(0);
+  EXPECT_EQ(ecrt_master_sdo_upload(master, 0, 0x2000, 0, answer, 4, &size, &abort), -EPROTONOSUPPORT);
+  ecrt_release_master(master);
+  sim::reset();
+  buildInOp(2);
+  ecrt_sdo_request_read(sdo);
+  int exchanges = 0;
+  for (; ecrt_sdo_request_state(sdo) == EC_REQUEST_BUSY; ++exchanges) {
+    exchange();
+  }
+  EXPECT_EQ(exchanges, 33);
+  EXPECT_EQ(ecrt_sdo_request_state(sdo), EC_REQUEST_SUCCESS);
+  bus().setSdoFault(0, 0x2000, 0, sim::SdoFault::longAnswer);
+  ecrt_sdo_request_read(sdo);
+  exchange(40);
+  ::testing::internal::CaptureStderr();
+  EXPECT_EQ(ecrt_sdo_request_state(sdo), EC_REQUEST_ERROR);
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+            "Received 3 bytes do not fit info SDO data memory (2 bytes)!\n");
+  EXPECT_EQ(bus().registers(1, 0x0004, 6), (std::vector<std::uint8_t>{16, 16, 8, 0x0F, 0xCC, 0x01}));
+  EXPECT_EQ(bus().registers(0, 0x0110, 2), (std::vector<std::uint8_t>{0x31, 0x5A}));
+  EXPECT_EQ(bus().registers(1, 0x0110, 2), (std::vector<std::uint8_t>{0x11, 0x56}));
+  std::vector<std::string> courses;
+  const int device = open("/dev/EtherCAT0", O_RDWR);
+  for (std::uint8_t state = 1; state <= 4; state = static_cast<std::uint8_t>(2 * state)) {
+    struct {
+      std::uint16_t position;
+      std::uint8_t state;
+    } wish{1, state};
+    EXPECT_EQ(ioctl(device, 0x4004A40BUL, &wish), 0);
+    courses.push_back(course(700));
+  }
+  close(device);
+  EXPECT_THAT(courses, ::testing::ElementsAre("1:8L+, 117:9L+", "1:9L+, 113:10L+",
+                                              "1:10L+, 34:10L-, 37:9L-, 61:10L-, 82:10L+, 109:12L+"));
 }
 
 } // namespace

@@ -127,6 +127,9 @@ struct Fault {
   std::uint16_t alCode = 0x001B;
   std::uint16_t counter = 0x0300; // register, 0x0300 to 0x0313
   std::int64_t stepNs = 0;
+  // Outlives a deactivation: its cycles are counted from the first activation on, and go on with the next
+  // one.
+  bool acrossActivations = false;
 };
 
 // Every call that can be traced or made to fail. Device calls are open, close and ioctl of /dev/EtherCAT<n>.
@@ -276,7 +279,8 @@ public:
   virtual void stepReferenceClock(std::int64_t nanoseconds) = 0;
   // Adds to the schedule; what is random in it repeats itself with the seed, at every activation. False, and
   // nothing added, for a fault without a beginning, or of a slave or an object that is not there. A fault
-  // that ends undoes what it did, whoever did the same meanwhile; deactivation ends all.
+  // that ends undoes what it did, whoever did the same meanwhile; deactivation ends all that are
+  // not told to outlive it.
   virtual bool addFault(const Fault& fault) = 0;
   virtual void setFaultSeed(std::uint32_t seed) = 0;
   virtual void removeSlave(unsigned int position) = 0; // later slaves move up
