@@ -9,12 +9,29 @@
 #include <ethercat_simulation/Simulation.h>
 #include <igh_master.h>
 #include <iterator>
+#include <sys/syscall.h>
 
-// Nobody sleeps here: exchange mode counts its waits.
-extern "C" int clock_nanosleep(clockid_t /*clock*/, int /*flags*/, const timespec* /*time*/,
-                               timespec* /*left*/) {
+// Nobody sleeps here: the monotonic clock is moved on instead. They stand before those of the C library, for
+// every library of the process.
+static std::int64_t sleptNs = 0;
+#pragma GCC visibility push(default)
+extern "C" {
+int clock_gettime(clockid_t clock, timespec* time) noexcept {
+  const auto result = static_cast<int>(syscall(SYS_clock_gettime, clock, time));
+  const std::int64_t nanoseconds = time->tv_nsec + (clock == CLOCK_MONOTONIC ? sleptNs : 0);
+  time->tv_sec += nanoseconds / 1000000000;
+  time->tv_nsec = nanoseconds % 1000000000;
+  return result;
+}
+int clock_nanosleep(clockid_t clock, int /*flags*/, const timespec* until, timespec* /*left*/) {
+  timespec now{};
+  clock_gettime(clock, &now);
+  const std::int64_t left = (until->tv_sec - now.tv_sec) * 1000000000 + until->tv_nsec - now.tv_nsec;
+  sleptNs += left > 0 ? left : 0;
   return 0;
 }
+}
+#pragma GCC visibility pop
 
 namespace {
 
@@ -259,9 +276,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
     const sim::Bus& bus = sim::bus(master);
     REQUIRE(!bus.reserved() && bus.openDeviceFiles() == 0);
     REQUIRE(bus.misuse().deadHandle == 0 && bus.misuse().foreignHandle == 0);
-    // Out of order are an exchange before the activation and set-up after it, which the caller answers for.
+    // The caller answers for set-up after the activation, an exchange before it, and a transfer begun by
+    // that.
     for (const std::string& line : bus.misuse().lines) {
-      REQUIRE(line.find("while the master was") != std::string::npos);
+      REQUIRE(line.find("while the master was") != std::string::npos || line.rfind("ecrt_release", 0) == 0);
     }
   }
   return 0;
