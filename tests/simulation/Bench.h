@@ -2,6 +2,8 @@
 #ifndef TESTS_SIMULATION_BENCH_H
 #define TESTS_SIMULATION_BENCH_H
 
+#include "memory/Allocator.h"
+
 #include <ecrt.h>
 #include <ethercat_simulation/Simulation.h>
 
@@ -13,8 +15,7 @@ namespace bench {
 
 namespace sim = ethercat_simulation;
 
-// Calls of operator new so far in the whole program, the simulation included.
-std::size_t allocations();
+using memory::allocations;
 
 constexpr std::uint32_t vendor = 0x00000E00;
 
