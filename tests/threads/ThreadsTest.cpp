@@ -76,29 +76,10 @@ TEST_F(Scenario, MastersLiveInThreadsOfTheirOwnAndAreTerminatedFromAnywhere) {
               testing::EndsWith("the driver is request terminate.\n"));
 }
 
-TEST_F(Scenario, RegistersOfAnActiveMasterAreReadBesideItsExchanges) {
-  startInOp({byteIo, byteIo});
-  const std::uint32_t in = handle(0, "In", true);
-  const std::uint32_t out = handle(0, "Out", false);
-  std::atomic<int> count{0};
-  std::thread cycle([&] { countUntilTerminated(0, in, out, count); });
-  for (int i = 0; i < 20; ++i) {
-    std::uint8_t status[2] = {};
-    EXPECT_TRUE(igh_master_read_esc_reg(0, 1, 0x0130, status, sizeof status));
-    EXPECT_EQ(status[0], 8);
-    quietly([] { EXPECT_TRUE(igh_master_clear_all_esc_error_regs(0)); });
-    awaitCount(count, 10);
-  }
-  EXPECT_TRUE(igh_master_request_esc_state(0, 1, 4));
-  awaitCount(count, 10);
-  igh_master_request_terminate(0);
-  cycle.join();
-}
-
-TEST_F(Scenario, TransfersArmedBesideTheExchangesAllArrive) {
+TEST_F(Scenario, TransfersArmedAndRegistersReadBesideTheExchangesAllArrive) {
   Device device = byteIo;
   device.objects = {{0x2000, 1, {0, 0}}};
-  build({device});
+  build({device, byteIo});
   testing::internal::CaptureStdout();
   EXPECT_TRUE(igh_master_scan(0, nullptr) && igh_master_config_all_slave(0));
   std::uint32_t request = 0;
@@ -124,9 +105,15 @@ TEST_F(Scenario, TransfersArmedBesideTheExchangesAllArrive) {
     EXPECT_TRUE(igh_master_sdo_send(0, request, i, &done) && awaitDone()) << i;
     EXPECT_TRUE(igh_master_sdo_recv(0, request, &read, &done)) << i;
     igh_master_process_sdo_immediately(0, request);
+    std::uint8_t status[2] = {};
+    EXPECT_TRUE(igh_master_read_esc_reg(0, 1, 0x0130, status, sizeof status));
+    EXPECT_EQ(status[0], 8);
+    EXPECT_TRUE(igh_master_clear_all_esc_error_regs(0));
     EXPECT_TRUE(awaitDone()) << i;
     EXPECT_EQ(read, i);
   }
+  EXPECT_TRUE(igh_master_request_esc_state(0, 1, 4));
+  awaitCount(count, 10);
   igh_master_request_terminate(0);
   cycle.join();
   testing::internal::GetCapturedStdout();
