@@ -24,7 +24,7 @@ for name in $(nm -D --undefined-only "$1" | awk '{ sub(/@.*/, "", $2); print $2 
   domain_queue | domain_state | master_activate | master_deactivate | master_receive | master_send) ;;
   master_state | master_link_state | master_select_reference_clock) ;;
   slave_config_create_sdo_request | slave_config_create_sdo_request_complete | sdo_request_timeout) ;;
-  sdo_request_state | sdo_request_read | sdo_request_write | sdo_request_data) ;;
+  sdo_request_state | sdo_request_read | sdo_request_write | sdo_request_data | sdo_request_data_size) ;;
   master_application_time | master_sync_reference_clock | master_sync_slave_clocks | master_reference_clock_time) ;;
   *) complain "unexpected reference to $name" ;;
   esac
