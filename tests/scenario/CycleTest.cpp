@@ -3,33 +3,24 @@
 
 using namespace scenario;
 
-TEST_F(Scenario, CallsOfACycleComeInOrderInBothModes) {
+TEST_F(Scenario, NormalModeSendsAtOnceAndExchangeModeReadsItsOwnFrame) {
   const std::string receive = " master_receive domain_process domain_state";
   const std::string rest =
       " slave_config_state slave_config_state master_link_state master_state domain_queue master_send";
-  const std::array<std::string, 2> order{receive + rest, rest + receive};
-  for (const bool exchangeMode : {false, true}) {
-    startInOp({byteIo, byteIo}, {0, 1000000, false, false, exchangeMode});
-    bus().setTracing(true);
-    std::string beforeCallback;
-    cycleWith([&] { beforeCallback = calls(); });
-    EXPECT_EQ(' ' + calls(), order.at(exchangeMode ? 1 : 0));
-    EXPECT_THAT(beforeCallback, testing::EndsWith(exchangeMode ? "domain_state" : "master_state"));
-    startOver();
-  }
-}
-
-TEST_F(Scenario, NormalModeSendsAtOnceAndExchangeModeReadsItsOwnFrame) {
   for (const int exchangeMode : {0, 1}) {
     startInOp({byteIo, byteIo}, {0, 1000000, false, false, exchangeMode == 1});
     const std::uint32_t out = handle(0, "Out", false);
     const std::uint32_t in = handle(1, "In", true);
+    bus().setTracing(true);
     for (int i = 0; i < 6; ++i) {
       bus().setInputs(1, {static_cast<std::uint8_t>(40 + i)});
+      bus().clearTrace();
       cycleWith([&] {
+        EXPECT_THAT(calls(), testing::EndsWith(exchangeMode == 1 ? "domain_state" : "master_state"));
         EXPECT_TRUE(i == 0 || value(in) == 40 + i - 1 + exchangeMode);
         igh_master_pdo_send(0, out, 10 + i);
       });
+      EXPECT_EQ(' ' + calls(), exchangeMode == 1 ? rest + receive : receive + rest);
       EXPECT_TRUE(i == 0 || bus().outputs(0).at(0) == 10 + i - exchangeMode);
     }
     startOver();
@@ -47,8 +38,7 @@ TEST_F(Scenario, BelowSafeopTheFrameGoesOutButNothingIsCopiedOrCalled) {
     const std::uint64_t frames = bus().framesSent();
     bool called = false;
     cycleWith([&] { called = true; });
-    std::uint32_t state = 0;
-    EXPECT_TRUE(igh_master_get_state(0, &state));
+    const std::uint32_t state = stateOf();
     EXPECT_EQ(called, state == 4 || state == 8);
     EXPECT_TRUE(called || value(in) == 0.0);
     EXPECT_EQ(bus().framesSent(), frames + 1);
@@ -109,7 +99,7 @@ TEST_F(Scenario, ExchangeModeWaitsByThePeriodGoesOnAfterASignalAndGivesUpInTheEn
     clock.interruptions = 1;
     const std::uint64_t before = bus().callCount(Call::domainProcess);
     bool called = false;
-    cycleWith([&] { called = true; });
+    cycleWith([&called] { called = true; });
     EXPECT_EQ(called, latencyUs != 0);
     EXPECT_EQ(bus().callCount(Call::domainProcess) - before, polls) << period;
     std::vector<std::int64_t> sleeps(polls + 1, 50000);
@@ -122,54 +112,18 @@ TEST_F(Scenario, ExchangeModeWaitsByThePeriodGoesOnAfterASignalAndGivesUpInTheEn
   }
 }
 
-TEST_F(Scenario, EachPhaseOfACycleCostsItsOwnTime) {
-  for (const int exchangeMode : {0, 1}) {
-    SteppedClock clock;
-    Device device = byteIo;
-    device.objects = {{0x2000, 0, {1}}};
-    build({device}, {0, 1000000, false, false, exchangeMode == 1});
-    quietly([] { igh_master_scan(0, nullptr); });
-    igh_master_config_all_slave(0);
-    std::uint32_t id = 0;
-    igh_master_create_sdo_request(0, 0, 0x2000, 0, DATA_TYPE_USINT, 0, true, &id);
-    EXPECT_TRUE(igh_master_active(0));
-    cycleUntil(8);
-    double read = 0;
-    bool done = false;
-    EXPECT_TRUE(igh_master_sdo_recv(0, id, &read, &done));
-    cycle(1);
-    clock.receiveTakes = 3000;
-    clock.sdoStateTakes = 5000;
-    clock.sendTakes = 11000;
-    cycleWith([&] { clock.now += 7000; });
-    _ETHERCAT_COMM_DIAG_INFO last{};
-    igh_master_get_comm_diag_info(0, COMM_DIAG_LAST, &last);
-    EXPECT_EQ(last.txPdoReceivedCostUs, exchangeMode * 120 + 3); // with the wait for the frame
-    EXPECT_EQ(last.sdoCostUs, 5);
-    EXPECT_EQ(last.rxPdoSentCostUs, 11);
-    EXPECT_EQ(last.userCallbackCostUs, 7);
-    EXPECT_EQ(last.totalExchangeCostUs, exchangeMode * 120 + 26);
-    startOver();
-  }
-}
-
 TEST_F(Scenario, TerminateStopsTheCycleUntilTheNextActivation) {
-  start({byteIo});
-  cycle(5);
+  startInOp({byteIo});
   EXPECT_FALSE(igh_master_is_request_terminate(0));
   EXPECT_TRUE(igh_master_request_terminate(0));
   EXPECT_TRUE(igh_master_is_request_terminate(0));
-  bus().setTracing(true);
-  const std::string line = "you can't call exchange function because the driver is request terminate.\n";
-  expectPrint(line + line, "", [&] { cycle(2); });
-  EXPECT_EQ(calls(), "");
-  _ETHERCAT_COMM_DIAG_INFO last{};
-  igh_master_get_comm_diag_info(0, COMM_DIAG_LAST, &last);
-  EXPECT_EQ(last.time, 4U);
+  const std::uint64_t frames = bus().framesSent();
+  expectPrint("you can't call exchange function because the driver is request terminate.\n", "",
+              [&] { cycle(); });
+  EXPECT_EQ(bus().framesSent(), frames);
+  EXPECT_EQ(lastCycle().time, frames - 1);
   quietly([] { EXPECT_TRUE(igh_master_active(0)); });
-  igh_master_get_comm_diag_info(0, COMM_DIAG_LAST, &last);
-  EXPECT_EQ(last.time, 0U); // the records start afresh too
-  EXPECT_FALSE(igh_master_is_request_terminate(0));
+  EXPECT_EQ(lastCycle().time, 0U); // the records start afresh too
   cycleUntil(8);
 }
 

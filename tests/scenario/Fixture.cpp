@@ -18,9 +18,8 @@ std::string pdoXml(const char* element, int sync, int pdo, int object, const std
   xml << "<" << element << " Sm='" << sync << "' Fixed='true'><Index>" << pdo << "</Index>";
   int subindex = 0;
   for (const Field& field : fields) {
-    const bool gap = field.name.rfind("gap", 0) == 0;
-    ++subindex;
-    xml << "<Entry><Index>" << (gap ? 0 : object) << "</Index><SubIndex>" << (gap ? 0 : subindex)
+    const int entry = field.name.rfind("gap", 0) == 0 ? 0 : 1;
+    xml << "<Entry><Index>" << entry * object << "</Index><SubIndex>" << entry * ++subindex
         << "</SubIndex><BitLen>" << (field.bits != 0 ? field.bits : widths.at(field.type))
         << "</BitLen><Name>" << field.name << "</Name><DataType>" << field.type << "</DataType></Entry>";
   }
@@ -90,10 +89,6 @@ Scenario::Scenario() {
   ethercat_simulation::reset();
 }
 
-Scenario::~Scenario() {
-  startOver();
-}
-
 void Scenario::startOver() {
   for (const std::uint16_t id : masters) {
     quietly([&] { igh_master_uninitialize(id); });
@@ -125,12 +120,16 @@ void Scenario::build(const std::vector<Device>& devices, const MasterOptions& op
   EXPECT_TRUE(describe(devices, options.id));
 }
 
-void Scenario::bringUp(std::uint16_t id) {
-  quietly([&] {
+void Scenario::configure(std::uint16_t id) {
+  quietly([id] {
     EXPECT_TRUE(igh_master_scan(id, nullptr));
     EXPECT_TRUE(igh_master_config_all_slave(id));
-    EXPECT_TRUE(igh_master_active(id));
   });
+}
+
+void Scenario::bringUp(std::uint16_t id) {
+  configure(id);
+  quietly([id] { EXPECT_TRUE(igh_master_active(id)); });
 }
 
 void Scenario::start(const std::vector<Device>& devices, const MasterOptions& options) {
@@ -149,20 +148,29 @@ void Scenario::cycle(unsigned int count, std::uint16_t id) {
   }
 }
 
-void Scenario::cycleWith(const std::function<void()>& callback) {
-  std::function<void()> copy = callback;
-  igh_master_exchange(
-      0, [](void* function) { (*static_cast<std::function<void()>*>(function))(); }, &copy);
+void Scenario::cycleWith(std::function<void()> callback) {
+  const auto call = [](void* function) { (*static_cast<std::function<void()>*>(function))(); };
+  igh_master_exchange(0, call, &callback);
 }
 
 void Scenario::cycleUntil(std::uint32_t state, std::uint16_t id) {
-  std::uint32_t seen = 0;
-  for (int left = 200; left > 0 && seen != state; --left) {
+  for (int left = 200; left > 0 && stateOf(id) != state; --left) {
     cycle(1, id);
-    igh_master_get_state(id, &seen);
   }
-  ASSERT_EQ(seen, state);
+  ASSERT_EQ(stateOf(id), state);
   cycle(2, id); // until inputs and working counter are those of this state
+}
+
+std::uint32_t Scenario::stateOf(std::uint16_t id) {
+  std::uint32_t state = 99;
+  igh_master_get_state(id, &state);
+  return state;
+}
+
+_ETHERCAT_COMM_DIAG_INFO Scenario::lastCycle() {
+  _ETHERCAT_COMM_DIAG_INFO last{};
+  igh_master_get_comm_diag_info(0, COMM_DIAG_LAST, &last);
+  return last;
 }
 
 std::string Scenario::errorsOf(unsigned int cycles, std::uint16_t id) {
@@ -175,10 +183,6 @@ std::uint32_t Scenario::handle(std::uint32_t slave, const std::string& name, boo
   std::uint32_t handle = 0xFFFFFFFE;
   EXPECT_TRUE(igh_master_create_pdo_info(id, slave, name.c_str(), read, &handle)) << name;
   return handle;
-}
-
-void Scenario::send(std::uint32_t slave, const std::string& name, double value, std::uint16_t id) {
-  EXPECT_TRUE(igh_master_pdo_send(id, handle(slave, name, false, id), value));
 }
 
 double Scenario::value(std::uint32_t handle, std::uint16_t id) {

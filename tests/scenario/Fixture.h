@@ -64,23 +64,28 @@ class Scenario : public testing::Test {
 protected:
   Scenario();
   // Ends every master and demands that the library misused no handle and kept the order of calls.
-  ~Scenario() override;
+  ~Scenario() override { startOver(); }
   void startOver(); // for the next round of a test on new masters
 
   // Bus and description file from one source; the master is initialised and has the file.
   void build(const std::vector<Device>& devices, const MasterOptions& options = {});
   bool describe(const std::vector<Device>& devices, std::uint16_t id = 0);
-  void bringUp(std::uint16_t id = 0); // scan, configure, activate
+  static void configure(std::uint16_t id = 0);                                           // scan and configure
+  static void bringUp(std::uint16_t id = 0);                                             // and activate
   void start(const std::vector<Device>& devices, const MasterOptions& options = {});     // build and bring up
   void startInOp(const std::vector<Device>& devices, const MasterOptions& options = {}); // and cycle until OP
   void cycle(unsigned int count = 1, std::uint16_t id = 0);
-  void cycleWith(const std::function<void()>& callback);
+  static void cycleWith(std::function<void()> callback);
   void cycleUntil(std::uint32_t state, std::uint16_t id = 0);
+  static std::uint32_t stateOf(std::uint16_t id = 0);
+  static _ETHERCAT_COMM_DIAG_INFO lastCycle();
   // "device/slave/code" of each error in these cycles, * for the master as a whole.
   std::string errorsOf(unsigned int cycles, std::uint16_t id = 0);
 
   std::uint32_t handle(std::uint32_t slave, const std::string& name, bool read, std::uint16_t id = 0);
-  void send(std::uint32_t slave, const std::string& name, double value, std::uint16_t id = 0);
+  void send(std::uint32_t slave, const std::string& name, double value, std::uint16_t id = 0) {
+    EXPECT_TRUE(igh_master_pdo_send(id, handle(slave, name, false, id), value));
+  }
   double value(std::uint32_t handle, std::uint16_t id = 0);
   // Names of the traced calls without the prefix; all traced calls of one kind in full, one a line.
   std::string calls(Bus& of = bus());

@@ -3,24 +3,18 @@
 using namespace scenario;
 
 TEST_F(Scenario, PeriodLimitsAreHeldAndAnExistingMasterKeepsItsPeriod) {
-  masters = {0, 1};
   std::uint32_t period = 1;
   for (const std::uint32_t refused : {0U, 99999U, 4000000001U, 0xFFFFFFFFU}) {
     expectPrint("Ethercat exchange period should between 100000 and 4000000000.\n", "",
                 [&] { EXPECT_FALSE(igh_master_initialize(0, refused, false)); });
     EXPECT_FALSE(igh_master_get_period(0, &period));
   }
-  bus(0);
-  bus(1);
-  EXPECT_TRUE(igh_master_initialize(0, 100000, false));
-  EXPECT_TRUE(igh_master_initialize(1, 4000000000U, false));
+  build({byteIo}, {0, 100000});
+  build({byteIo}, {1, 4000000000U});
   EXPECT_TRUE(igh_master_initialize(0, 2000000, true));
   EXPECT_EQ(bus(0).callCount(Call::requestMaster), 1U);
   EXPECT_TRUE(igh_master_get_period(0, &period));
   EXPECT_EQ(period, 100000U);
-  std::uint64_t offset = 1;
-  EXPECT_TRUE(igh_master_get_system_base_offset(0, &offset));
-  EXPECT_EQ(offset, 0U);
   EXPECT_FALSE(igh_master_get_period(0, nullptr));
   EXPECT_FALSE(igh_master_get_system_base_offset(0, nullptr));
   EXPECT_FALSE(igh_master_enable_eoe_function(0, 0, true));
@@ -37,9 +31,8 @@ TEST_F(Scenario, MasterTwoOwnsItsDeviceFileUntilItIsUninitialised) {
   EXPECT_EQ(calls(bus(2)), "master_deactivate close release_master");
   EXPECT_FALSE(igh_master_exchange(2, nullptr, nullptr));
   EXPECT_TRUE(igh_master_uninitialize(2));
-
-  std::uint32_t period = 0;
   EXPECT_TRUE(igh_master_initialize(2, 3000000, false)); // afresh
+  std::uint32_t period = 0;
   EXPECT_TRUE(igh_master_get_period(2, &period));
   EXPECT_EQ(period, 3000000U);
 }
@@ -49,11 +42,9 @@ TEST_F(Scenario, DescriptionFilesAddUpAndUnusablePathsLoseNothing) {
   bus().addSlave(slaveOf(level));
   build({byteIo});
   EXPECT_TRUE(describe({level}));
-  quietly([] {
-    for (const char* const path : {"/tmp", "/nowhere/at/all.xml", static_cast<const char*>(nullptr)}) {
-      EXPECT_FALSE(igh_master_append_eni(0, path));
-    }
-  });
+  for (const char* const path : {"/tmp", "/nowhere/at/all.xml", static_cast<const char*>(nullptr)}) {
+    quietly([path] { EXPECT_FALSE(igh_master_append_eni(0, path)); });
+  }
   bringUp();
   EXPECT_EQ(handle(0, "Level", true), 0U);
   EXPECT_EQ(handle(1, "In", true), 1U);
@@ -73,6 +64,5 @@ TEST_F(Scenario, MasterThatCouldNotBeReservedFailsQuietlyLater) {
     igh_master_destroy_pdo_info(0, 0, true);
     igh_master_uninitialize(0);
   });
-  EXPECT_EQ(count, 0U);
   EXPECT_EQ(bus().callCount(Call::receive) + bus().callCount(Call::deviceClose), 0U);
 }

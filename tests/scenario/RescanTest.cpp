@@ -26,7 +26,6 @@ TEST_F(Scenario, RescanVoidsHandlesAndForgetsTheirKeys) {
   igh_master_config_all_slave(0);
   EXPECT_TRUE(igh_master_active(0));
   cycleUntil(8);
-  EXPECT_EQ(bus().outputs(1), Bytes{9});
   EXPECT_EQ(value(0), 9.0);
 }
 
@@ -38,9 +37,8 @@ protected:
 INSTANTIATE_TEST_SUITE_P(UnmappedImage, Reactivation, testing::Bool());
 
 TEST_P(Reactivation, ActivatesAnActiveMasterWithTheSameHandles) {
-  start({byteIo, switcher});
+  startInOp({byteIo, switcher});
   const std::uint32_t out = handle(0, "Out", false);
-  cycleUntil(8);
   const std::string configure = "master_slave_config slave_config_pdos ";
   const std::string once =
       configure + configure + "master_create_domain domain_reg_pdo_entry_list master_activate domain_data";
@@ -51,10 +49,6 @@ TEST_P(Reactivation, ActivatesAnActiveMasterWithTheSameHandles) {
     EXPECT_EQ(calls(), "master_deactivate " + once +
                            (GetParam() ? " master_deactivate release_master request_master " + once : ""));
     igh_master_pdo_send(0, out, again);
-    cycle(1);
-    _ETHERCAT_COMM_DIAG_INFO last{};
-    igh_master_get_comm_diag_info(0, COMM_DIAG_LAST, &last);
-    EXPECT_EQ(last.time, 0U);
     cycleUntil(8);
     EXPECT_EQ(bus().outputs(0), Bytes{again});
   }
@@ -68,15 +62,13 @@ TEST_P(Reactivation, ScanConfigureActivateFollowsAChangedBus) {
     for (; bus().slaveCount() > slaves; bus().removeSlave(0)) {
     }
     EXPECT_THAT(errorsOf(30), testing::HasSubstr(slaves == 3 ? "0/*/4" : "0/*/5"));
-    quietly([&] {
-      std::uint32_t count = 0;
-      EXPECT_TRUE(igh_master_scan(0, &count));
-      EXPECT_EQ(count, slaves);
-      cycle(2);
-      igh_master_config_all_slave(0);
-      cycle(2);
-      EXPECT_TRUE(igh_master_active(0));
-    });
+    std::uint32_t count = 0;
+    quietly([&] { EXPECT_TRUE(igh_master_scan(0, &count)); });
+    EXPECT_EQ(count, slaves);
+    cycle(2);
+    igh_master_config_all_slave(0);
+    cycle(2);
+    quietly([] { EXPECT_TRUE(igh_master_active(0)); });
     for (std::uint32_t slave = 0; slave < slaves; ++slave) {
       send(slave, "Out", 10 + slave);
       handle(slave, "In", true);
@@ -87,14 +79,6 @@ TEST_P(Reactivation, ScanConfigureActivateFollowsAChangedBus) {
     }
     EXPECT_EQ(errorsOf(3), "");
   }
-}
-
-TEST_F(Scenario, ARescanThatIsStillOnAtAReactivationIsNoneOfItsErrors) {
-  startInOp({byteIo});
-  bus().insertSlave(1, slaveOf(byteIo));
-  cycle(3);
-  quietly([] { EXPECT_TRUE(igh_master_active(0)); });
-  EXPECT_EQ(errorsOf(30), "");
 }
 
 TEST_F(Scenario, ImageThatCannotBeMappedEndsAReactivationAndIsLeftAloneInTheFirst) {

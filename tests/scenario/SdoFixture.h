@@ -23,12 +23,9 @@ inline const Device drive = [] {
 class SdoTest : public Scenario {
 protected:
   // Between configuration and activation.
-  void prepare() {
-    build({drive});
-    capture([] {
-      igh_master_scan(0, nullptr);
-      igh_master_config_all_slave(0);
-    });
+  void prepare(bool exchangeMode = false) {
+    build({drive}, {0, 1000000, false, false, exchangeMode});
+    configure();
   }
   static std::uint32_t create(std::uint16_t index, std::uint8_t subindex, bool read,
                               ETHERCAT_DATA_TYPE type = DATA_TYPE_UINT, std::uint32_t count = 1) {
@@ -36,12 +33,23 @@ protected:
     EXPECT_TRUE(igh_master_create_sdo_request_ex(0, 0, index, subindex, type, count, 500, read, &id));
     return id;
   }
-  void toOp() {
-    capture([this] {
-      EXPECT_TRUE(igh_master_active(0));
-      cycleUntil(8);
-    });
+  static std::uint32_t createWhole() { // to read all of 0x3000
+    std::uint32_t id = 0xEEEE;
+    EXPECT_TRUE(igh_master_create_raw_sdo_request_complete(0, 0, 0x3000, 6, 700, true, &id));
+    return id;
   }
+  static std::uint32_t createBothWays() { // the four bytes of 0x4000, raw
+    std::uint32_t id = 0xEEEE;
+    EXPECT_TRUE(igh_master_create_raw_sdo_request(0, 0, 0x4000, 0, 4, 0, true, &id));
+    EXPECT_TRUE(igh_master_create_raw_sdo_request(0, 0, 0x4000, 0, 4, 0, false, &id));
+    return id;
+  }
+  void toOp() {
+    quietly([] { EXPECT_TRUE(igh_master_active(0)); });
+    cycleUntil(8);
+  }
+  bool read(std::uint32_t id, int at = 0) { return igh_master_sdo_recv(0, id, &values[at], &done[at]); }
+  bool write(std::uint32_t id, double value, int at) { return igh_master_sdo_send(0, id, value, &done[at]); }
   // What happened to which subindex in each cycle: r or w for issued, . for busy, = for done, ! for failed
   // and issued again; - for nothing.
   std::string steps(unsigned int cycles) {
@@ -69,13 +77,14 @@ protected:
   }
   // A read of request 0 leaves the cursor behind its read phase.
   void home() {
-    bool done = false;
-    double value = 0;
-    EXPECT_TRUE(igh_master_sdo_recv(0, 0, &value, &done));
-    while (!done) {
+    EXPECT_TRUE(read(0, 3));
+    for (int left = 50; left > 0 && !done[3]; --left) {
       cycle();
     }
   }
+
+  double values[4] = {-1, -1, -1, -1};
+  bool done[4] = {};
 };
 
 } // namespace scenario
