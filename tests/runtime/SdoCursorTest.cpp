@@ -2,34 +2,29 @@
 #include "EthercatObject/SdoCursor.h"
 
 #include <gtest/gtest.h>
-#include <set>
 
 namespace {
 
 TEST(SdoCursor, WhatIsArmedBehindTheCursorDuringAWalkIsFoundByTheNextOne) {
   for (unsigned long start = 0; start < 8; ++start) {
     CSdoCursor cursor;
-    std::set<unsigned long> armed;
     unsigned long asked = 0;
-    unsigned long late = ~0UL; // the position that is armed while the walk asks for the last one
+    bool armed = false; // the position that is asked first, while the walk asks for the last one
     const auto isArmed = [&](unsigned long request, bool read) {
-      const unsigned long position = 2 * request + (read ? 0 : 1);
-      if (++asked == 8 && late != ~0UL) {
-        armed.insert(late);
+      if (++asked == 8) {
+        armed = true;
         cursor.wake();
       }
-      return armed.count(position) != 0;
+      return armed && 2 * request + (read ? 0 : 1) == start;
     };
     for (unsigned long i = 0; i < start; ++i) {
       cursor.advance(4);
     }
-    late = start; // asked first
     EXPECT_FALSE(cursor.findArmed(4, isArmed));
-    late = ~0UL;
     EXPECT_TRUE(cursor.findArmed(4, isArmed)) << start;
     EXPECT_EQ(2 * cursor.request() + (cursor.isRead() ? 0 : 1), start);
     // Idle: nothing is asked, and a forced request is taken along as by a walk.
-    armed.clear();
+    armed = false;
     EXPECT_FALSE(cursor.findArmed(4, isArmed));
     asked = 100;
     EXPECT_TRUE(cursor.force(3));
