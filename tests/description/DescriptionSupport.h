@@ -31,17 +31,11 @@ inline bool capture(unsigned int level, char const* text) {
 
 /* Messages of level 0 and 2: what is wrong with a file. */
 inline Messages complaints() {
-  Messages found;
-  std::copy_if(messages().begin(), messages().end(), std::back_inserter(found),
-               [](Message const& message) { return message.first % 2 == 0; });
+  Messages found = messages();
+  found.erase(std::remove_if(found.begin(), found.end(), [](Message const& it) { return it.first % 2 != 0; }),
+              found.end());
   return found;
 }
-
-/* What the test lets run out. */
-extern struct Shortage {
-  bool disk = false;
-  int allocationsLeft = -1; /* negative: as many as wanted */
-} shortage;
 
 /* A file in the temporary folder, deleted with the object. */
 class TemporaryFile {
@@ -84,32 +78,28 @@ inline std::string module(std::string const& ident, std::string const& content) 
 /* Loads `xml` from a file and gives the result; the messages start afresh. */
 inline bool load(CMasterENIObject& store, std::string const& xml) {
   messages().clear();
-  TemporaryFile const file(xml);
-  return store.insertENIFile(file.path(), false) != 0;
+  return store.insertENIFile(TemporaryFile(xml).path(), false) != 0;
 }
 
-/* "sync/pdo index:subindex bits type name" in flat order. */
-inline std::vector<std::string> entriesOf(CSlaveENIObject const* slave) {
-  std::vector<std::string> rows;
+/* Lines "sync/pdo index:subindex bits type name" in flat order. */
+inline std::string entriesOf(CSlaveENIObject const* slave) {
+  std::string lines;
   unsigned int position = 0;
   for (ec_sync_info_t const* sync = slave->getSlaveSyncInfo(); sync->index != 0xff; ++sync) {
-    for (unsigned int pdo = 0; pdo < sync->n_pdos; ++pdo) {
-      for (unsigned int entry = 0; entry < sync->pdos[pdo].n_entries; ++entry, ++position) {
-        char name[200];
-        char type[200];
-        unsigned long nameSize = 200;
-        unsigned long typeSize = 200;
-        slave->getPDOEntryName(position, name, nameSize);
-        slave->getPDOEntryDataType(position, type, typeSize);
-        char row[500];
-        ec_pdo_entry_info_t const& info = sync->pdos[pdo].entries[entry];
-        std::snprintf(row, sizeof(row), "%d/%X %X:%d %d %s %s", sync->index, sync->pdos[pdo].index,
-                      info.index, info.subindex, info.bit_length, type, name);
-        rows.emplace_back(row);
+    for (ec_pdo_info_t const* pdo = sync->pdos; pdo != sync->pdos + sync->n_pdos; ++pdo) {
+      for (auto const* entry = pdo->entries; entry != pdo->entries + pdo->n_entries; ++entry, ++position) {
+        char line[100];
+        std::snprintf(line, sizeof(line), "%d/%X %X:%d %d ", sync->index, pdo->index, entry->index,
+                      entry->subindex, entry->bit_length);
+        char text[2][20];
+        unsigned long sizes[] = {20, 20};
+        slave->getPDOEntryDataType(position, text[0], sizes[0]);
+        slave->getPDOEntryName(position, text[1], sizes[1]);
+        lines += std::string(line) + text[0] + " " + text[1] + "\n";
       }
     }
   }
-  return rows;
+  return lines;
 }
 
 } // namespace description_test
