@@ -5,8 +5,11 @@
 #include <array>
 #include <cstdint>
 #include <limits>
+#include <map>
+#include <utility>
+#include <vector>
 
-using Buffer = std::array<unsigned char, 5 * 8>;
+using Buffer = std::array<unsigned char, 40>;
 
 TEST(Conversion, RoundsHalvesAwayFromZeroAndWrapsToTheWidth) {
   constexpr double infinite = std::numeric_limits<double>::infinity();

@@ -11,7 +11,7 @@ namespace {
 
 const char badDescription[] = R"(<EtherCATInfo Version="1"><Vendor><Id>#x0C0C</Id><Name>Odd</Name></Vendor>
 <Descriptions><Devices><Device><Type ProductCode="#x1" RevisionNo="#x2">ODD1</Type>
-<HideType RevisionNo="#x1"/><HideType RevisionNo="#x3"/>
+<HideType RevisionNo="#x3"/><HideType RevisionNo="#x1"/>
 <RxPdo Fixed="true" Sm="2"><Index>#x1600</Index><Exclude>#x1601</Exclude>
  <Entry><Index>#x7000</Index><SubIndex>1</SubIndex><BitLen>1</BitLen><Name>Lamp</Name><DataType>BOOL</DataType></Entry>
  <Entry><Index>#x7000</Index><SubIndex>2</SubIndex><BitLen>8</BitLen><Name>Speed</Name><DataType>USINT</DataType></Entry>
@@ -27,7 +27,7 @@ const char badDescription[] = R"(<EtherCATInfo Version="1"><Vendor><Id>#x0C0C</I
 <TxPdo Sm="3"><Index>#x1A00</Index><Entry><Index>#X6000</Index><BitLen>8</BitLen><Name>Lost</Name>
 <DataType>USINT</DataType></Entry><Entry><BitLen>8</BitLen><Name>Pad</Name></Entry></TxPdo>
 <Dc><OpMode><Name>DC</Name><AssignActivate>1</AssignActivate><CycleTimeSync0>9000</CycleTimeSync0></OpMode></Dc>
-</Device><Device><Type ProductCode="#x3" RevisionNo="#x1">ODD3</Type><Dc><OpMode><Name>DC</Name>
+</Device><Device><Type ProductCode="#x3" RevisionNo="#x1">ODD3</Type><HideType RevisionNo="2"/><Dc><OpMode><Name>DC</Name>
 <AssignActivate>#x300</AssignActivate><CycleTimeSync1>7</CycleTimeSync1></OpMode></Dc></Device></Devices></Descriptions></EtherCATInfo>)";
 
 TEST(Describe, SaysInPlainWordsWhatCannotBeUsed) {
