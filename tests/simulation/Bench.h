@@ -52,16 +52,28 @@ protected:
 
   sim::Bus& bus() { return sim::bus(0); }
 
-  void request() {
+  void request(const std::vector<sim::Slave>& slaves = {}) {
+    for (const sim::Slave& slave : slaves) {
+      bus().addSlave(slave);
+    }
     master = ecrt_request_master(0);
     ASSERT_NE(master, nullptr);
     domain = ecrt_master_create_domain(master);
   }
 
+  // The byte offset in the domain, or the error.
   int add(ec_domain_t* target, std::uint16_t position, std::uint32_t product, std::uint16_t index,
-          std::uint8_t subindex, unsigned int* offset, unsigned int* bit = nullptr) {
-    const ec_pdo_entry_reg_t rows[] = {{0, position, vendor, product, index, subindex, offset, bit}, {}};
-    return ecrt_domain_reg_pdo_entry_list(target, rows);
+          std::uint8_t subindex, unsigned int* bit = nullptr) {
+    unsigned int offset = 0;
+    const ec_pdo_entry_reg_t rows[] = {{0, position, vendor, product, index, subindex, &offset, bit}, {}};
+    const int result = ecrt_domain_reg_pdo_entry_list(target, rows);
+    return result == 0 ? static_cast<int>(offset) : result;
+  }
+  // Registers the directions that the slave has.
+  ec_slave_config_t* map(std::uint16_t position, std::uint32_t product = 1) {
+    add(domain, position, product, 0x7000, 1);
+    add(domain, position, product, 0x6000, 1);
+    return ecrt_master_slave_config(master, 0, position, vendor, product);
   }
 
   void receive() {
@@ -79,16 +91,13 @@ protected:
     }
   }
 
-  std::uint32_t counter() const {
+  ec_domain_state_t domainState() const {
     ec_domain_state_t state{};
     ecrt_domain_state(domain, &state);
-    return state.working_counter;
+    return state;
   }
-  ec_wc_state_t completeness() const {
-    ec_domain_state_t state{};
-    ecrt_domain_state(domain, &state);
-    return state.wc_state;
-  }
+  std::uint32_t counter() const { return domainState().working_counter; }
+  ec_wc_state_t completeness() const { return domainState().wc_state; }
   ec_master_state_t masterState() const {
     ec_master_state_t state{};
     ecrt_master_state(master, &state);
@@ -100,8 +109,27 @@ protected:
     return state;
   }
 
+  // What an application sees: states, L link, s scan; working counter complete (+), partly (-), not (0); of
+  // the configurations E those with an error flag and # those whose slave is gone.
+  std::string view() const {
+    const ec_master_state_t state = masterState();
+    std::string text = std::to_string(state.al_states) + (state.link_up != 0 ? "L" : "") +
+                       (state.scan_busy != 0 ? "s" : "") + "0-+"[completeness()];
+    std::string gone;
+    for (std::size_t i = 0; i < configurations.size(); ++i) {
+      const ec_slave_config_state_t slave = stateOf(configurations[i]);
+      text += slave.error_flag != 0 ? " E" + std::to_string(i) : "";
+      gone += slave.online == 0 ? std::to_string(i) : "";
+      EXPECT_EQ(slave.operational, slave.al_state == 8);
+      EXPECT_EQ(slave.position, slave.online != 0 ? i : 0xFFFFU);
+      EXPECT_TRUE(slave.online != 0 || slave.al_state == 0);
+    }
+    return text + (gone.empty() ? "" : " #" + gone);
+  }
+
   ec_master_t* master = nullptr;
   ec_domain_t* domain = nullptr;
+  std::vector<ec_slave_config_t*> configurations;
 };
 
 } // namespace bench

@@ -6,40 +6,30 @@ namespace {
 
 using PackingTest = Bench;
 
-// Sync manager 2: PDOs of 3, 4 (gap) + 5 and 16 bits without alignment between them, 28 bits in all.
-sim::Slave bits() {
+TEST_F(PackingTest, EntriesArePackedToTheBitInBlocksOfOneSyncManagerEach) {
+  // Sync manager 2: PDOs of 3, 4 (gap) + 5 and 24 bits without alignment between them, 36 bits in all.
   sim::Slave slave = twoWay();
   slave.defaultMapping[0].pdos = {{0x1600, {{0x7000, 1, 1}, {0x7000, 2, 2}}},
                                   {0x1601, {{0, 0, 4}, {0x7010, 1, 5}}},
                                   {0x1602, {{0x7020, 1, 16}, {0x7000, 1, 8}}}};
-  return slave;
-}
-
-TEST_F(PackingTest, EntriesArePackedToTheBitInBlocksOfOneSyncManagerEach) {
-  bus().addSlave(bits());
-  request();
-  unsigned int offset[4] = {9, 9, 9, 9};
-  unsigned int bit[4] = {9, 9, 9, 9};
-  EXPECT_EQ(add(domain, 0, 1, 0x6000, 2, &offset[0]), 0); // the inputs come first: they are registered first
+  request({slave});
+  unsigned int bit[3] = {9, 9, 9};
+  EXPECT_EQ(add(domain, 0, 1, 0x6000, 2), 1) << "the inputs come first: they are registered first";
   EXPECT_EQ(ecrt_domain_size(domain), 2U);
-  EXPECT_EQ(add(domain, 0, 1, 0x7010, 1, &offset[1], &bit[1]), 0);
-  EXPECT_EQ(ecrt_domain_size(domain), 7U); // 36 bits of outputs
-  EXPECT_EQ(add(domain, 0, 1, 0x7020, 1, &offset[2], &bit[2]), 0);
-  EXPECT_EQ(add(domain, 0, 1, 0x7000, 1, &offset[3], &bit[3]), 0); // the first of two
-  EXPECT_THAT(offset, ::testing::ElementsAre(1, 2, 3, 2));
-  EXPECT_THAT(bit, ::testing::ElementsAre(9, 7, 4, 0));
+  EXPECT_EQ(add(domain, 0, 1, 0x7010, 1, &bit[0]), 2);
+  EXPECT_EQ(ecrt_domain_size(domain), 7U);
+  EXPECT_EQ(add(domain, 0, 1, 0x7020, 1, &bit[1]), 3);
+  EXPECT_EQ(add(domain, 0, 1, 0x7000, 1, &bit[2]), 2) << "the first of two";
+  EXPECT_THAT(bit, ::testing::ElementsAre(7, 4, 0));
 
   ec_domain_t* second = ecrt_master_create_domain(master);
-  EXPECT_EQ(add(second, 0, 1, 0x7020, 1, &offset[2]), -EFAULT);
-  EXPECT_EQ(offset[2], 3U);
+  EXPECT_EQ(add(second, 0, 1, 0x7020, 1), -EFAULT) << "not at a byte";
   EXPECT_EQ(ecrt_domain_size(second), 5U) << "the block stays reserved";
-  EXPECT_EQ(add(second, 0, 1, 0x7020, 1, &offset[2], &bit[2]), 0);
-  EXPECT_EQ(offset[2], 1U);
+  EXPECT_EQ(add(second, 0, 1, 0x7020, 1, &bit[2]), 1);
 }
 
 TEST_F(PackingTest, AListEndsAtIndexZeroOrAtTheFirstErrorAndAnFmmuIsNotToBeHadSeventeenTimes) {
-  bus().addSlave(twoWay());
-  request();
+  request({twoWay()});
   unsigned int offset[3] = {9, 9, 9};
   const ec_pdo_entry_reg_t rows[] = {{0, 0, vendor, 1, 0x7000, 2, &offset[0], nullptr},
                                      {0, 0, vendor, 1, 0x7777, 1, &offset[1], nullptr},
@@ -48,17 +38,15 @@ TEST_F(PackingTest, AListEndsAtIndexZeroOrAtTheFirstErrorAndAnFmmuIsNotToBeHadSe
   EXPECT_EQ(ecrt_domain_reg_pdo_entry_list(domain, rows), -ENOENT);
   EXPECT_THAT(offset, ::testing::ElementsAre(1, 9, 9));
   EXPECT_EQ(ecrt_domain_reg_pdo_entry_list(domain, rows + 3), 0);
-  EXPECT_EQ(add(domain, 0, 2, 0x7000, 1, &offset[1]), -ENOENT) << "configured as another product";
-  EXPECT_EQ(add(domain, 1, 1, 0x7000, 1, &offset[1]), -ENOENT) << "no slave there, so nothing is mapped";
-  for (int i = 0; i < 15; ++i) {
-    EXPECT_EQ(add(ecrt_master_create_domain(master), 0, 1, 0x6000, 1, &offset[2]), 0);
+  EXPECT_EQ(add(domain, 0, 2, 0x7000, 1), -ENOENT) << "configured as another product";
+  EXPECT_EQ(add(domain, 1, 1, 0x7000, 1), -ENOENT) << "no slave there, so nothing is mapped";
+  for (int i = 0; i < 16; ++i) {
+    EXPECT_EQ(add(ecrt_master_create_domain(master), 0, 1, 0x6000, 1), i < 15 ? 0 : -EOVERFLOW);
   }
-  EXPECT_EQ(add(ecrt_master_create_domain(master), 0, 1, 0x6000, 1, &offset[2]), -EOVERFLOW);
 }
 
 TEST_F(PackingTest, ConfiguringPdosReplacesTheListedSyncManagersUpToTheFirstError) {
-  bus().addSlave(twoWay());
-  request();
+  request({twoWay()});
   ec_slave_config_t* slave = ecrt_master_slave_config(master, 0, 0, vendor, 1);
   EXPECT_EQ(ecrt_slave_config_pdos(slave, EC_END, nullptr), 0);
   const ec_pdo_entry_info_t entries[] = {{0x7100, 1, 32}, {0x7100, 2, 8}};
@@ -69,15 +57,12 @@ TEST_F(PackingTest, ConfiguringPdosReplacesTheListedSyncManagersUpToTheFirstErro
                                   {3, EC_DIR_INPUT, 0, nullptr, EC_WD_DEFAULT},
                                   {0xFF, EC_DIR_INVALID, 0, nullptr, EC_WD_DEFAULT}};
   EXPECT_EQ(ecrt_slave_config_pdos(slave, EC_END, syncs), -EINVAL);
-  unsigned int offset = 0;
-  EXPECT_EQ(add(domain, 0, 1, 0x7000, 2, &offset), 0);
-  EXPECT_EQ(offset, 6U) << "0x1600 has its default entries, behind 5 bytes of 0x1610";
-  EXPECT_EQ(ecrt_domain_size(domain), 7U)
-      << "0x1610 of both sync managers has its entries in the lower one, once";
-  EXPECT_EQ(add(domain, 0, 1, 0x6000, 1, &offset), 0) << "sync manager 3 was behind the error";
+  EXPECT_EQ(add(domain, 0, 1, 0x7000, 2), 6) << "0x1600 has its default entries, behind 5 bytes of 0x1610";
+  EXPECT_EQ(ecrt_domain_size(domain), 7U) << "0x1610 of both sync managers is in the lower one, once";
+  EXPECT_EQ(add(domain, 0, 1, 0x6000, 1), 7) << "sync manager 3 was behind the error";
   EXPECT_EQ(ecrt_slave_config_pdos(slave, 1, syncs + 3), 0);
   EXPECT_EQ(ecrt_slave_config_pdos(slave, 0, syncs), 0);
-  EXPECT_EQ(add(ecrt_master_create_domain(master), 0, 1, 0x6000, 1, &offset), -ENOENT) << "emptied";
+  EXPECT_EQ(add(ecrt_master_create_domain(master), 0, 1, 0x6000, 1), -ENOENT) << "emptied";
   const ec_sync_info_t beyond{16, EC_DIR_INPUT, 0, nullptr, EC_WD_DEFAULT};
   EXPECT_EQ(ecrt_slave_config_pdos(slave, 1, &beyond), -ENOENT);
 }
@@ -85,13 +70,9 @@ TEST_F(PackingTest, ConfiguringPdosReplacesTheListedSyncManagersUpToTheFirstErro
 TEST_F(PackingTest, ADomainIsSplitAtBlocksAndABlockBeyondADatagramIsRefused) {
   sim::Slave slave = outputOnly();
   slave.defaultMapping[0].pdos[0].entries.assign(1000, {0x7000, 1, 8});
-  bus().addSlave(slave);
-  bus().addSlave(slave);
-  request();
-  unsigned int offset[2] = {};
-  ASSERT_EQ(add(domain, 0, 3, 0x7000, 1, &offset[0]), 0);
-  ASSERT_EQ(add(domain, 1, 3, 0x7000, 1, &offset[1]), 0);
-  EXPECT_EQ(offset[1], 1000U);
+  request({slave, slave});
+  map(0, 3);
+  EXPECT_EQ(add(domain, 1, 3, 0x7000, 1), 1000);
   ASSERT_EQ(ecrt_master_activate(master), 0);
   exchange(20);
   EXPECT_EQ(counter(), 2U);
@@ -99,12 +80,11 @@ TEST_F(PackingTest, ADomainIsSplitAtBlocksAndABlockBeyondADatagramIsRefused) {
   send();
   EXPECT_EQ(bus().outputs(1)[999], 7);
 
-  ecrt_master_deactivate(master);
-  slave.defaultMapping[0].pdos[0].entries.assign(1487, {0x7000, 1, 8});
   ecrt_release_master(master);
-  bus().insertSlave(0, slave);
-  request();
-  ASSERT_EQ(add(domain, 0, 3, 0x7000, 1, &offset[0]), 0);
+  sim::reset();
+  slave.defaultMapping[0].pdos[0].entries.assign(1487, {0x7000, 1, 8});
+  request({slave});
+  map(0, 3);
   EXPECT_EQ(ecrt_master_activate(master), -EINVAL);
   EXPECT_FALSE(bus().active());
 }
