@@ -48,7 +48,6 @@ protected:
     sim::reset();
     ::unsetenv("ETHERCAT_SIMULATION_BUS");
   }
-  void TearDown() override { sim::reset(); }
 
   sim::Bus& bus() { return sim::bus(0); }
 

@@ -93,10 +93,8 @@ TEST_F(FaultScheduleTest, ChancesRepeatThemselvesWithTheirSeed) {
   const auto losses = [&](const sim::Fault& fault, std::uint32_t seed) {
     start(fault, seed);
     std::vector<unsigned int> cycles;
-    while (cycle < 400) {
-      run(cycle + 1);
-      receive();
-      if (cycle > 20 && counter() == 0) {
+    for (run(20); cycle < 400; run(cycle + 1), receive()) {
+      if (counter() == 0) {
         cycles.push_back(cycle);
       }
     }

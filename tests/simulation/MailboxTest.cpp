@@ -1,14 +1,8 @@
 #include "Bench.h"
 
-#include <fcntl.h>
-#include <sys/ioctl.h>
-#include <unistd.h>
-
 using namespace bench;
 
 namespace {
-
-using Bytes = std::vector<std::uint8_t>;
 
 class MailboxTest : public Bench {
 protected:
@@ -57,7 +51,7 @@ TEST_F(MailboxTest, TheBufferFollowsTheRealRules) {
   data[0] = 9;
   ecrt_sdo_request_write(one);
   EXPECT_EQ(after(one, 4), EC_REQUEST_SUCCESS);
-  EXPECT_EQ(bus().objectValue(0, 0x2000, 1), Bytes{9});
+  EXPECT_EQ(bus().objectValue(0, 0x2000, 1), std::vector<std::uint8_t>{9});
   ecrt_sdo_request_write(two);
   EXPECT_EQ(after(two, 4), EC_REQUEST_ERROR) << "read-only";
   ecrt_sdo_request_read(absent);
@@ -86,41 +80,6 @@ TEST_F(MailboxTest, StartingABusyRequestIsMisuseAndAWaitBeyondTheTimeOutEndsInEr
   ecrt_sdo_request_read(create(0, 1));
   ecrt_release_master(master);
   EXPECT_EQ(bus().misuse().lines.back(), "ecrt_release_master was called while a request was busy.");
-}
-
-struct Record {
-  std::uint16_t position;
-  std::uint8_t emergency;
-  std::uint16_t address;
-  std::uint64_t size;
-  std::uint8_t* data;
-};
-
-TEST_F(MailboxTest, TheDeviceFileServesRegistersWithTheErrorsOfTheRealOne) {
-  start();
-  const int device = ::open("/dev/EtherCAT0", O_RDWR);
-  const int readOnly = ::open("/dev/EtherCAT0", O_RDONLY);
-  const auto call = [](int file, unsigned long code, Record record) {
-    return ::ioctl(file, code, &record) == 0 ? 0 : errno;
-  };
-  constexpr unsigned long read = 0xC018A412, write = 0x4018A413, both = 0xC018A45D;
-  std::uint8_t bytes[2] = {7, 8};
-  EXPECT_EQ(call(device, write, {0, 0, 0x0F80, 2, bytes}), 0);
-  bytes[0] = 9;
-  EXPECT_EQ(call(device, both, {0, 0, 0x0F80, 2, bytes}), 0);
-  EXPECT_THAT(bytes, ::testing::ElementsAre(7, 8));
-  EXPECT_EQ(call(readOnly, read, {0, 0, 0x0F80, 2, bytes}), 0);
-  EXPECT_THAT(bytes, ::testing::ElementsAre(9, 8));
-  EXPECT_EQ(call(readOnly, write, {0, 0, 0x0F80, 2, bytes}), EPERM);
-  EXPECT_EQ(call(device, read, {9, 0, 0, 2, bytes}), EINVAL);
-  EXPECT_EQ(call(device, read, {9, 0, 0, 0, nullptr}), 0);
-  EXPECT_EQ(call(device, read, {0, 0, 0, 2, nullptr}), EFAULT);
-  EXPECT_EQ(call(device, read, {0, 0, 0xFFFF, 2, bytes}), EIO);
-  bus().setResponding(1, false);
-  EXPECT_EQ(call(device, read, {1, 0, 0, 2, bytes}), EIO);
-  EXPECT_EQ(call(device, write, {1, 1, 0, 2, bytes}), 0) << "an emergency is not looked after";
-  ::close(device);
-  ::close(readOnly);
 }
 
 } // namespace
