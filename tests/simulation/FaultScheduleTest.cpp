@@ -77,9 +77,12 @@ TEST_F(FaultScheduleTest, EveryKindShowsAtTheInterfaceAndPasses) {
     sim::Fault fault{each.kind, 30, 0, 0, 20, each.slave, 0x2000};
     fault.stepNs = -5000;
     start(fault);
+    run(29);
+    const std::size_t before = allocations();
     run(30);
     ecrt_sdo_request_read(sdo);
     run(34);
+    EXPECT_EQ(allocations(), before);
     EXPECT_EQ(fullView(), each.early);
     run(54);
     EXPECT_EQ(fullView(), each.back);

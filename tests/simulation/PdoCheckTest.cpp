@@ -106,7 +106,9 @@ TEST_F(PdoCheckTest, ASlaveGoesBeyondPreopOnlyWithTheLengthsThatItNeedsAndKeepsW
   }
   ASSERT_EQ(ecrt_master_activate(master), 0);
   ::testing::internal::CaptureStderr();
+  const std::size_t before = allocations();
   exchange(100);
+  EXPECT_EQ(allocations(), before) << "slaves climb in the middle of the cycle";
   std::istringstream lines(::testing::internal::GetCapturedStderr());
   std::vector<std::string> logs(configurations.size());
   for (std::string line; std::getline(lines, line);) {
