@@ -6,12 +6,6 @@ using namespace scenario;
 
 namespace {
 
-const Device clocked{0x30,
-                     {{"Out", "USINT"}},
-                     {{"In", "USINT"}},
-                     "<Dc><OpMode><Name>Free</Name></OpMode>"
-                     "<OpMode><Name>DC</Name><AssignActivate>#x0300</AssignActivate></OpMode></Dc>"};
-
 void activate(bool expected, const std::string& out, const std::string& err) {
   expectPrint(out, err, [expected] { EXPECT_EQ(igh_master_active(0), expected); });
 }

@@ -4,17 +4,14 @@
 #include <cerrno>
 #include <cstdlib>
 
-namespace scenario {
-namespace {
+using namespace scenario;
 
 constexpr std::int64_t period = 1000000;
 
 class ClockTest : public Scenario {
 protected:
   void begin(bool follow, bool exchangeMode, const ethercat_simulation::ReferenceClock& reference) {
-    Device device = byteIo;
-    device.extra = "<Dc><OpMode><Name>DC</Name><AssignActivate>#x0300</AssignActivate></OpMode></Dc>";
-    build({device}, {0, period, true, follow, exchangeMode});
+    build({clocked}, {0, period, true, follow, exchangeMode});
     bus().setReferenceClock(reference);
     bringUp();
   }
@@ -113,6 +110,3 @@ TEST_F(ClockTest, TheOtherPolicySetsTheReferenceToTheMasterInEveryCycle) {
     startOver();
   }
 }
-
-} // namespace
-} // namespace scenario

@@ -27,28 +27,6 @@ TEST_F(Scenario, NormalModeSendsAtOnceAndExchangeModeReadsItsOwnFrame) {
   }
 }
 
-TEST_F(Scenario, BelowSafeopTheFrameGoesOutButNothingIsCopiedOrCalled) {
-  bus().setClimbCycles(3);
-  start({byteIo});
-  const std::uint32_t in = handle(0, "In", true);
-  send(0, "Out", 0x5A);
-  bus().setInputs(0, {0x77});
-  std::string seen;
-  for (int i = 0; i < 40; ++i) {
-    const std::uint64_t frames = bus().framesSent();
-    bool called = false;
-    cycleWith([&] { called = true; });
-    const std::uint32_t state = stateOf();
-    EXPECT_EQ(called, state == 4 || state == 8);
-    EXPECT_TRUE(called || value(in) == 0.0);
-    EXPECT_EQ(bus().framesSent(), frames + 1);
-    seen += seen.empty() || seen.back() != static_cast<char>('0' + state) ? std::to_string(state) : "";
-  }
-  EXPECT_EQ(seen, "21248");
-  EXPECT_EQ(value(in), 0x77);
-  EXPECT_EQ(bus().outputs(0), Bytes{0x5A});
-}
-
 TEST_F(Scenario, SafeopMovesDataAndMixedStatesSuspendItForTheWholeBus) {
   startInOp({byteIo, byteIo});
   const std::uint32_t in = handle(0, "In", true);

@@ -4,17 +4,12 @@
 
 using namespace scenario;
 
-namespace {
-
-int lastError() {
-  int error = -1;
-  EXPECT_TRUE(igh_master_get_last_error(0, &error));
-  return error;
-}
-
-} // namespace
-
 TEST_F(Scenario, FaultsOfTheFrameAreReportedWhileTheyLast) {
+  const auto lastError = [] {
+    int error = -1;
+    EXPECT_TRUE(igh_master_get_last_error(0, &error));
+    return error;
+  };
   start({byteIo, byteIo});
   bus().setLinkUp(false);
   cycle(3);
@@ -63,24 +58,4 @@ TEST_F(Scenario, ChangedNumberOfSlavesIsReportedOnceWhenTheRescanEnds) {
   cycle(3);
   quietly([] { EXPECT_TRUE(igh_master_active(0)); });
   EXPECT_EQ(changes(), 0); // a rescan that is still on at a re-activation is none of its errors
-}
-
-TEST_F(Scenario, TwoMastersKeepBusesValuesAndCallbacksApart) {
-  startInOp({byteIo}, {0});
-  startInOp({byteIo, byteIo}, {3});
-  send(0, "Out", 1, 0);
-  send(1, "Out", 2, 3);
-  cycle(1, 0);
-  cycle(2, 3);
-  EXPECT_EQ(bus(0).outputs(0), (Bytes{1}));
-  EXPECT_EQ(bus(3).outputs(0), (Bytes{0}));
-  EXPECT_EQ(bus(3).outputs(1), (Bytes{2}));
-  bus(3).setErrorFlag(1, true);
-  bus(0).dropFrames(1);
-  EXPECT_EQ(errorsOf(2, 0), "0/*/1");
-  EXPECT_EQ(errorsOf(2, 3), "3/1/3 3/1/3");
-  quietly([] { igh_master_uninitialize(0); });
-  const std::uint32_t in = handle(1, "In", true, 3);
-  cycle(2, 3);
-  EXPECT_EQ(value(in, 3), 2.0);
 }

@@ -1,7 +1,6 @@
 #include "Fixture.h"
 
-namespace scenario {
-namespace {
+using namespace scenario;
 
 TEST_F(Scenario, EscRegistersAreReadAndClearedThroughTheDeviceFile) {
   startInOp({byteIo, byteIo, byteIo});
@@ -74,6 +73,3 @@ TEST_F(Scenario, StateRequestsTakeEffectAndNothingHappensWithoutTheDeviceFile) {
   EXPECT_EQ(bytes, (Bytes{7, 7}));
   EXPECT_EQ(bus(1).callCount(Call::deviceIoctl), 0U);
 }
-
-} // namespace
-} // namespace scenario

@@ -38,6 +38,9 @@ struct Device {
 };
 
 inline const Device byteIo{0x10, {{"Out", "USINT"}}, {{"In", "USINT"}}};
+inline const Device clocked{0x30, byteIo.outputs, byteIo.inputs,
+                            "<Dc><OpMode><Name>Free</Name></OpMode><OpMode><Name>DC</"
+                            "Name><AssignActivate>#x0300</AssignActivate></OpMode></Dc>"};
 inline const Device switcher{0x99, {}, {}, "", false};
 
 ethercat_simulation::Slave slaveOf(const Device& device);
@@ -70,23 +73,71 @@ protected:
   // Bus and description file from one source; the master is initialised and has the file.
   void build(const std::vector<Device>& devices, const MasterOptions& options = {});
   bool describe(const std::vector<Device>& devices, std::uint16_t id = 0);
-  static void configure(std::uint16_t id = 0);                                           // scan and configure
-  static void bringUp(std::uint16_t id = 0);                                             // and activate
-  void start(const std::vector<Device>& devices, const MasterOptions& options = {});     // build and bring up
-  void startInOp(const std::vector<Device>& devices, const MasterOptions& options = {}); // and cycle until OP
-  void cycle(unsigned int count = 1, std::uint16_t id = 0);
-  static void cycleWith(std::function<void()> callback);
-  void cycleUntil(std::uint32_t state, std::uint16_t id = 0);
-  static std::uint32_t stateOf(std::uint16_t id = 0);
-  static _ETHERCAT_COMM_DIAG_INFO lastCycle();
+  static void configure(std::uint16_t id = 0) { // scan and configure
+    quietly([id] {
+      EXPECT_TRUE(igh_master_scan(id, nullptr));
+      EXPECT_TRUE(igh_master_config_all_slave(id));
+    });
+  }
+  static void bringUp(std::uint16_t id = 0) { // and activate
+    configure(id);
+    quietly([id] { EXPECT_TRUE(igh_master_active(id)); });
+  }
+  void start(const std::vector<Device>& devices, const MasterOptions& options = {}) { // build and bring up
+    build(devices, options);
+    bringUp(options.id);
+  }
+  void startInOp(const std::vector<Device>& devices,
+                 const MasterOptions& options = {}) { // and cycle until OP
+    start(devices, options);
+    cycleUntil(8, options.id);
+  }
+  static void cycle(unsigned int count = 1, std::uint16_t id = 0) {
+    while (count-- > 0) {
+      EXPECT_TRUE(igh_master_exchange(id, nullptr, nullptr));
+    }
+  }
+  static void cycleWith(std::function<void()> callback) {
+    const auto call = [](void* function) { (*static_cast<std::function<void()>*>(function))(); };
+    igh_master_exchange(0, call, &callback);
+  }
+  static void cycleUntil(std::uint32_t state, std::uint16_t id = 0) {
+    for (int left = 200; left > 0 && stateOf(id) != state; --left) {
+      cycle(1, id);
+    }
+    ASSERT_EQ(stateOf(id), state);
+    cycle(2, id); // until inputs and working counter are those of this state
+  }
+  static std::uint32_t stateOf(std::uint16_t id = 0) {
+    std::uint32_t state = 99;
+    igh_master_get_state(id, &state);
+    return state;
+  }
+  static _ETHERCAT_COMM_DIAG_INFO lastCycle() {
+    _ETHERCAT_COMM_DIAG_INFO last{};
+    igh_master_get_comm_diag_info(0, COMM_DIAG_LAST, &last);
+    return last;
+  }
   // "device/slave/code" of each error in these cycles, * for the master as a whole.
-  std::string errorsOf(unsigned int cycles, std::uint16_t id = 0);
+  std::string errorsOf(unsigned int cycles, std::uint16_t id = 0) {
+    errors.clear();
+    cycle(cycles, id);
+    return errors;
+  }
 
-  std::uint32_t handle(std::uint32_t slave, const std::string& name, bool read, std::uint16_t id = 0);
-  void send(std::uint32_t slave, const std::string& name, double value, std::uint16_t id = 0) {
+  static std::uint32_t handle(std::uint32_t slave, const std::string& name, bool read, std::uint16_t id = 0) {
+    std::uint32_t handle = 0xFFFFFFFE;
+    EXPECT_TRUE(igh_master_create_pdo_info(id, slave, name.c_str(), read, &handle)) << name;
+    return handle;
+  }
+  static void send(std::uint32_t slave, const std::string& name, double value, std::uint16_t id = 0) {
     EXPECT_TRUE(igh_master_pdo_send(id, handle(slave, name, false, id), value));
   }
-  double value(std::uint32_t handle, std::uint16_t id = 0);
+  static double value(std::uint32_t handle, std::uint16_t id = 0) {
+    double value = -1e9;
+    EXPECT_TRUE(igh_master_pdo_recv(id, handle, &value));
+    return value;
+  }
   // Names of the traced calls without the prefix; all traced calls of one kind in full, one a line.
   std::string calls(Bus& of = bus());
   std::string callTexts(Call call, Bus& of = bus());

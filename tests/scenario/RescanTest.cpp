@@ -57,9 +57,9 @@ TEST_P(Reactivation, ActivatesAnActiveMasterWithTheSameHandles) {
 TEST_P(Reactivation, ScanConfigureActivateFollowsAChangedBus) {
   startInOp({byteIo, byteIo});
   for (const unsigned int slaves : {3U, 1U}) {
-    for (; bus().slaveCount() < slaves; bus().insertSlave(1, slaveOf(byteIo))) {
-    }
-    for (; bus().slaveCount() > slaves; bus().removeSlave(0)) {
+    bus().insertSlave(1, slaveOf(byteIo));
+    while (bus().slaveCount() > slaves) {
+      bus().removeSlave(0);
     }
     EXPECT_THAT(errorsOf(30), testing::HasSubstr(slaves == 3 ? "0/*/4" : "0/*/5"));
     std::uint32_t count = 0;

@@ -3,31 +3,28 @@
 using namespace scenario;
 
 TEST_F(Scenario, ScanMatchesSlavesAndPrintsTheListingByteForByte) {
-  const Device terminal{0x10, {{"Mode", "USINT"}, {"gap", "USINT"}}, {{"Level", "INT"}}};
+  const Device terminal{0x10, {{"Mode", "USINT"}, {"gap", "USINT"}}};
   const Device head{0x044C2C52,
                     {},
                     {{"Position", "DINT"}},
                     "<Slots SlotIndexIncrement='#x10' SlotPdoIncrement='2'><Slot/><Slot/><Slot/></Slots>"};
   build({terminal, switcher, head});
   std::uint32_t count = 0;
-  expectPrint(
+  const std::string regs =
       "const static ec_pdo_entry_reg_t domain1_regs[] = {\n"
       "    {0, 0, 0x00000002, 0x00000010, 0x7000, 1, &intOffset[0], &intBitPosition[0]}\t/* Mode */, \n"
       "    {0, 0, 0x00000002, 0x00000010, 0x0000, 0, &intOffset[1], &intBitPosition[1]}\t/* gap */, \n"
-      "    {0, 0, 0x00000002, 0x00000010, 0x6000, 1, &intOffset[2], &intBitPosition[2]}\t/* Level */, \n"
-      "    {0, 2, 0x00000002, 0x044C2C52, 0x6000, 1, &intOffset[3], &intBitPosition[3]}\t/* Position */\n"
-      "    {}\n};\n\nSlave 0 configration:\n\nstatic ec_pdo_entry_info_t m_pPDOEntryArray[] = {\n"
-      "    {0x7000, 1, 8}\t/* Mode */, \n    {0x0, 0, 8}\t/* gap */, \n    {0x6000, 1, 16}\t/* Level */\n"
-      "};\n\nstatic ec_pdo_info_t m_pPDOInfoArray[] = {\n"
-      "    {0x1600, 2, &m_pPDOEntryArray[0]}, \n    {0x1A00, 1, &m_pPDOEntryArray[2]}\n"
-      "};\n\nstatic ec_sync_info_t m_pSyncInfoArray[] = {\n"
-      "    {2, EC_DIR_OUTPUT, 1, &m_pPDOInfoArray[0]}, \n    {3, EC_DIR_INPUT, 1, &m_pPDOInfoArray[1]}, \n"
-      "    {0xff}\n};\n\nSlave 2 configration:\n\nstatic ec_pdo_entry_info_t m_pPDOEntryArray[] = {\n"
-      "    {0x6000, 1, 32}\t/* Position */\n"
-      "};\n\nstatic ec_pdo_info_t m_pPDOInfoArray[] = {\n    {0x1A00, 1, &m_pPDOEntryArray[0]}\n"
-      "};\n\nstatic ec_sync_info_t m_pSyncInfoArray[] = {\n    {3, EC_DIR_INPUT, 1, &m_pPDOInfoArray[0]}, \n"
-      "    {0xff}\n};\n\n",
-      "", [&] { EXPECT_TRUE(igh_master_scan(0, &count)); });
+      "    {0, 2, 0x00000002, 0x044C2C52, 0x6000, 1, &intOffset[2], &intBitPosition[2]}\t/* Position */\n"
+      "    {}\n};\n\n";
+  const std::string entries = " configration:\n\nstatic ec_pdo_entry_info_t m_pPDOEntryArray[] = {\n";
+  const std::string pdos = "};\n\nstatic ec_pdo_info_t m_pPDOInfoArray[] = {\n";
+  const std::string syncs = "};\n\nstatic ec_sync_info_t m_pSyncInfoArray[] = {\n";
+  const std::string end = ", 1, &m_pPDOInfoArray[0]}, \n    {0xff}\n};\n\n";
+  expectPrint(regs + "Slave 0" + entries + "    {0x7000, 1, 8}\t/* Mode */, \n    {0x0, 0, 8}\t/* gap */\n" +
+                  pdos + "    {0x1600, 2, &m_pPDOEntryArray[0]}\n" + syncs + "    {2, EC_DIR_OUTPUT" + end +
+                  "Slave 2" + entries + "    {0x6000, 1, 32}\t/* Position */\n" + pdos +
+                  "    {0x1A00, 1, &m_pPDOEntryArray[0]}\n" + syncs + "    {3, EC_DIR_INPUT" + end,
+              "", [&] { EXPECT_TRUE(igh_master_scan(0, &count)); });
   EXPECT_EQ(count, 3U);
 
   const auto numbers = [](auto getter) { // of the three slaves and the one behind

@@ -2,8 +2,7 @@
 #include "SdoFixture.h"
 #include "SteppedClock.h"
 
-namespace scenario {
-namespace {
+using namespace scenario;
 
 const std::string turn = " master_receive domain_process domain_queue master_send sdo_request_state";
 
@@ -77,6 +76,3 @@ TEST_F(SdoEnd, AfterSixSecondsItIsDeactivatedAllTheSame) {
               testing::ElementsAre("ecrt_master_deactivate was called while a request was busy."));
   outOfOrderExpected = 1;
 }
-
-} // namespace
-} // namespace scenario

@@ -1,8 +1,7 @@
 // SDO requests whose users, directions and activations come and go.
 #include "SdoFixture.h"
 
-namespace scenario {
-namespace {
+using namespace scenario;
 
 TEST_F(SdoTest, TheLastUserOfADirectionTakesItsTransferAway) {
   for (const SdoFault fault : {SdoFault::none, SdoFault::abort}) {
@@ -147,6 +146,3 @@ TEST_F(SdoTest, ActivatingAgainRenewsRequestsAndStartsPendingTransfersOver) {
   EXPECT_EQ(bus().objectValue(0, 0x2000, 2), (Bytes{7, 0}));
   EXPECT_EQ(object, (Bytes{2, 0, 0x11, 0x22, 0x33, 0x44}));
 }
-
-} // namespace
-} // namespace scenario

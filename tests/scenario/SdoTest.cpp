@@ -1,8 +1,7 @@
 #include "SdoFixture.h"
 #include "SteppedClock.h"
 
-namespace scenario {
-namespace {
+using namespace scenario;
 
 TEST_F(SdoTest, ArmedRequestsCompleteInCursorOrderOneStepPerCycle) {
   prepare();
@@ -156,6 +155,3 @@ TEST_F(SdoTest, EachPhaseOfACycleCostsItsOwnTime) {
     startOver();
   }
 }
-
-} // namespace
-} // namespace scenario

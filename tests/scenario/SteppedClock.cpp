@@ -12,14 +12,13 @@ namespace {
 
 SteppedClock* stepped = nullptr; // null: the real clocks
 
-// The call that the one of this name in this file stands before.
-template <class FUNCTION> FUNCTION* next(FUNCTION* /*own*/, const char* name) {
-  return reinterpret_cast<FUNCTION*>(dlsym(RTLD_NEXT, name));
-}
-void pass(std::int64_t SteppedClock::*takes) {
+// The call that the one of this name in this file stands before, after the time that it takes.
+template <auto TAKES, class FUNCTION> FUNCTION* next(FUNCTION* /*own*/, const char* name) {
+  static auto* const found = reinterpret_cast<FUNCTION*>(dlsym(RTLD_NEXT, name));
   if (stepped != nullptr) {
-    stepped->now += stepped->*takes;
+    stepped->now += stepped->*TAKES;
   }
+  return found;
 }
 
 } // namespace
@@ -57,19 +56,13 @@ int clock_nanosleep(clockid_t clock, int flags, const timespec* time, timespec* 
   return interrupted ? EINTR : 0;
 }
 void ecrt_master_receive(ec_master_t* master) {
-  static auto* const real = next(ecrt_master_receive, "ecrt_master_receive");
-  pass(&SteppedClock::receiveTakes);
-  real(master);
+  next<&SteppedClock::receiveTakes>(ecrt_master_receive, "ecrt_master_receive")(master);
 }
 ec_request_state_t ecrt_sdo_request_state(ec_sdo_request_t* request) {
-  static auto* const real = next(ecrt_sdo_request_state, "ecrt_sdo_request_state");
-  pass(&SteppedClock::sdoStateTakes);
-  return real(request);
+  return next<&SteppedClock::sdoStateTakes>(ecrt_sdo_request_state, "ecrt_sdo_request_state")(request);
 }
 size_t ecrt_master_send(ec_master_t* master) {
-  static auto* const real = next(ecrt_master_send, "ecrt_master_send");
-  pass(&SteppedClock::sendTakes);
-  return real(master);
+  return next<&SteppedClock::sendTakes>(ecrt_master_send, "ecrt_master_send")(master);
 }
 }
 #pragma GCC visibility pop
