@@ -55,6 +55,7 @@ TEST_F(Scenario, ChangedNumberOfSlavesIsReportedOnceWhenTheRescanEnds) {
   bus().removeSlave(0);
   EXPECT_EQ(changes(), 1);
   bus().insertSlave(1, slaveOf(byteIo));
+  bus().insertSlave(1, slaveOf(byteIo));
   cycle(3);
   quietly([] { EXPECT_TRUE(igh_master_active(0)); });
   EXPECT_EQ(changes(), 0); // a rescan that is still on at a re-activation is none of its errors
