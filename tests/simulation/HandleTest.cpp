@@ -105,4 +105,23 @@ TEST_F(HandleTest, OnlyDeviceFilesOfMastersAreServed) {
   EXPECT_EQ(bus().openDeviceFiles(), 0);
 }
 
+TEST_F(HandleTest, RegistersOfASilentSlaveAreNotReadAndAnEmergencyIsNotLookedAfter) {
+  struct Record {
+    std::uint16_t position;
+    std::uint8_t emergency;
+    std::uint16_t address;
+    std::uint64_t size;
+    std::uint8_t* data;
+  };
+  request({twoWay()});
+  bus().setResponding(0, false);
+  const int device = ::open("/dev/EtherCAT0", O_RDWR);
+  std::uint8_t bytes[2] = {};
+  const auto call = [&](unsigned long code, Record record) { return ::ioctl(device, code, &record); };
+  EXPECT_EQ(call(0xC018A412UL, {0, 0, 0, 2, bytes}), -1);
+  EXPECT_EQ(errno, EIO);
+  EXPECT_EQ(call(0x4018A413UL, {0, 1, 0, 2, bytes}), 0);
+  ::close(device);
+}
+
 } // namespace

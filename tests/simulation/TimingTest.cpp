@@ -186,6 +186,16 @@ TEST_F(TimingTest, OnlyAnActiveMasterAsksForOpAndScans) {
   }
 }
 
+TEST_F(TimingTest, AConfigurationFindsItsSlaveByAliasAndOffset) {
+  sim::Slave first = twoWay(), second = twoWay();
+  first.alias = 76;
+  second.alias = 77;
+  request({first, second, twoWay()});
+  EXPECT_EQ(stateOf(ecrt_master_slave_config(master, 77, 1, vendor, 1)).position, 2U);
+  EXPECT_EQ(stateOf(ecrt_master_slave_config(master, 77, 2, vendor, 1)).position, 0xFFFFU);
+  EXPECT_EQ(stateOf(ecrt_master_slave_config(master, 0, 2, vendor, 1)).position, 0xFFFFU) << "has one";
+}
+
 TEST_F(TimingTest, TransfersAndRegistersAreAsTheRealMasterGivesThem) {
   sim::Slave mute = twoWay();
   mute.coe = false;
