@@ -86,7 +86,11 @@ TEST_F(DriveTest, TheControlwordLeadsThroughThePowerStates) {
   for (const auto& step : steps) {
     EXPECT_EQ(command(step[0], static_cast<unsigned int>(step[2])), step[1]) << "step " << &step - steps;
   }
-  switchOnFully(); // with option 0 of quick stop it loses its power at once
+  // With option 6 the drive stays in quick stop, and goes on from there; 0 takes the power at once.
+  bus().setObjectValue(0, 0x605A, 0, {6, 0});
+  switchOnFully();
+  EXPECT_EQ(command(quickStop, 200), stopping);
+  EXPECT_EQ(command(enable), enabled);
   bus().setObjectValue(0, 0x605A, 0, {0, 0});
   ecrt_sdo_request_read(sdo);
   EXPECT_EQ(command(quickStop, 5), disabled);
@@ -175,6 +179,11 @@ TEST_F(DriveTest, FaultsBrakeAndAreResetByARisingEdge) {
   EXPECT_EQ(bus().alState(0), 8) << "acknowledged and brought back";
   EXPECT_EQ(feedback.error, 0x8100);
   EXPECT_EQ(command(reset), disabled);
+  // Without power to lose it only switches off.
+  command(shutdown);
+  ASSERT_EQ(command(switchOn), switchedOn);
+  bus().setAlError(0, 4, 0x0011);
+  EXPECT_EQ(command(switchOn), disabled);
   EXPECT_EQ(bus().misuse().total(), 0U);
 }
 
