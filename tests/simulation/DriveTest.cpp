@@ -9,7 +9,7 @@ namespace {
 constexpr int off = 0, shutdown = 0x06, switchOn = 0x07, enable = 0x0F, quickStop = 0x0B, reset = 0x80;
 // The lower bits of the statusword.
 constexpr int disabled = 0x40, ready = 0x21, switchedOn = 0x23, enabled = 0x27, stopping = 0x07,
-              failed = 0x08;
+              braking = 0x0F, failed = 0x08;
 
 // As they are mapped, without padding between the members.
 struct Commands {
@@ -161,6 +161,7 @@ TEST_F(DriveTest, FaultsBrakeAndAreResetByARisingEdge) {
   bus().setObjectValue(0, 0x6065, 0, {100, 0, 0, 0});
   ASSERT_EQ(switchOnFully(), enabled);
   commands.position = 50'000;
+  EXPECT_EQ(command(enable | reset, 5), braking);
   EXPECT_EQ(command(enable | reset, 100), failed) << "an edge before it came to rest does not count";
   EXPECT_EQ(feedback.error, 0x8611);
   command(off);
