@@ -29,8 +29,6 @@ public:
   bool started() const { return m_bStarted; }
   int differenceNs() const { return dc_differ_ns; }
   long long adjustNs() const { return dc_adjust_ns; }
-  long long minDifferenceNs() const { return min_dc_differ_ns; }
-  long long maxDifferenceNs() const { return max_dc_differ_ns; }
 
 private:
   void start(int period, unsigned long long applicationTimeNs, bool debug);

@@ -28,7 +28,8 @@ const char badDescription[] = R"(<EtherCATInfo Version="1"><Vendor><Id>#x0C0C</I
 <DataType>USINT</DataType></Entry><Entry><BitLen>8</BitLen><Name>Pad</Name></Entry></TxPdo>
 <Dc><OpMode><Name>DC</Name><AssignActivate>1</AssignActivate><CycleTimeSync0>9000</CycleTimeSync0></OpMode></Dc>
 </Device><Device><Type ProductCode="#x3" RevisionNo="#x1">ODD3</Type><HideType RevisionNo="2"/><Dc><OpMode><Name>DC</Name>
-<AssignActivate>#x300</AssignActivate><CycleTimeSync1>7</CycleTimeSync1></OpMode></Dc></Device></Devices></Descriptions></EtherCATInfo>)";
+<AssignActivate>#x300</AssignActivate><CycleTimeSync1>7</CycleTimeSync1></OpMode></Dc></Device>
+<Device><Type ProductCode="#x4" RevisionNo="#x1">ODD4</Type><Dc><OpMode><Name>DC</Name></OpMode></Dc></Device></Devices></Descriptions></EtherCATInfo>)";
 
 TEST(Describe, SaysInPlainWordsWhatCannotBeUsed) {
   const auto path = scratch("odd.xml", badDescription);
@@ -53,6 +54,7 @@ TEST(Describe, SaysInPlainWordsWhatCannotBeUsed) {
                            "0x7002:00  \"Long\": INT moves 16 bits, the entry has 32",
                            "no clock mode named \"DC\"",
                            "not used: only \"DC\" is",
+                           "not used: assign-activate is 0",
                            "given SYNC0 cycle of the period shift of half the period, SYNC1 cycle 7 ns",
                            "given SYNC0 cycle 9000 ns shift 4500 ns",
                            "no description from it: 1\n",
