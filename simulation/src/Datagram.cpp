@@ -72,19 +72,20 @@ void Datagram::transmit(const Flight& flight) {
   }
 }
 
-void Datagram::pass(Participant& participant, std::uint64_t frame) {
+void Datagram::pass(Participant& participant, std::uint64_t number) {
   SlaveConfiguration& configuration = *participant.configuration;
   const SlaveUnit* unit = configuration.answering();
   if (unit == nullptr) {
     return;
   }
-  configuration.produceInputs(frame);
-  for (const Fmmu& block : participant.blocks) {
+  configuration.produceInputs(number);
+  for (const Fmmu& block : participant.blocks) { // of no bytes, where all entries have 0 bits
+    std::uint8_t* const frame = m_wire.data() + block.offset;
     if (block.direction == EC_DIR_INPUT) {
-      std::memcpy(m_wire.data() + block.offset, configuration.processData(block), block.size);
+      std::copy_n(configuration.processData(block), block.size, frame);
     } else if (unit->takesOutputs()) {
       configuration.noteOutputs();
-      std::memcpy(configuration.processData(block), m_wire.data() + block.offset, block.size);
+      std::copy_n(frame, block.size, configuration.processData(block));
     }
   }
   m_counter += (participant.writes ? m_writeWeight : 0U) + (participant.reads ? 1U : 0U);

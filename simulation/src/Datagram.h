@@ -68,7 +68,7 @@ private:
     std::vector<Fmmu> blocks;
   };
 
-  void pass(Participant& participant, std::uint64_t frame);
+  void pass(Participant& participant, std::uint64_t number);
 
   std::size_t m_start; // in the domain
   std::size_t m_size = 0;

@@ -54,6 +54,19 @@ TEST_F(CycleTest, AFrameBringsInputsAndTheEchoOfOutputsAndIsCountedSinceTheLastQ
   EXPECT_EQ(bus().misuse().total(), 0U);
 }
 
+TEST_F(CycleTest, ASyncManagerOfNoBytesIsCycledWithTheOthers) {
+  sim::Slave slave = twoWay();
+  slave.defaultMapping[0].pdos = {{0x1600, {{0x7000, 1, 0}}}};
+  request({slave});
+  map(0);
+  EXPECT_EQ(ecrt_domain_size(domain), 2U);
+  ASSERT_EQ(ecrt_master_activate(master), 0);
+  bus().setInputs(0, {0x11, 0x22});
+  exchange(20);
+  EXPECT_EQ(ecrt_domain_data(domain)[1], 0x22);
+  EXPECT_EQ(counter(), 3U);
+}
+
 TEST_F(CycleTest, WorkingCountersWeighDirectionsPerDatagramAndMissALostSlave) {
   request({twoWay(), outputOnly(), inputOnly()});
   ec_domain_t* outputs = ecrt_master_create_domain(master);
