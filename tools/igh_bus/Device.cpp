@@ -13,9 +13,8 @@ std::size_t Device::entryCount() const {
 
 std::size_t Device::unreadCount() const {
   std::size_t count = 0;
-  forEachEntry(*this, [&](const SyncManager&, const Pdo&, const Entry& entry) {
-    count += entry.unread() ? 1 : 0;
-  });
+  forEachEntry(*this,
+               [&](const SyncManager&, const Pdo&, const Entry& entry) { count += entry.unread() ? 1 : 0; });
   return count;
 }
 
