@@ -75,8 +75,8 @@ void runBus(const char* path, const std::vector<const CSlaveENIObject*>& devices
       useEntry(slave, nameOf(*devices[slave], entry), entry % 2 == 0);
     }
   }
-  igh_master_active(0);
-  for (int cycle = 0; cycle < 30; ++cycle) {
+  const bool active = igh_master_active(0);
+  for (int cycle = 0; active && cycle < 30; ++cycle) {
     igh_master_exchange(0, nullptr, nullptr);
   }
   igh_master_uninitialize(0);
