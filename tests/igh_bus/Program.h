@@ -1,15 +1,15 @@
 // Runs a program of this project and keeps what it printed and how it ended.
 #pragma once
 
-#include <chrono>
 #include <cstdio>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <iomanip>
 #include <iterator>
+#include <sstream>
 #include <string>
 #include <sys/wait.h>
-#include <thread>
 #include <unistd.h>
 #include <vector>
 
@@ -30,17 +30,33 @@ inline std::string scratch(const std::string& name, const std::string& text = ""
   return path;
 }
 
-// `signal`, when given, is sent once the program has printed "Period"; `bus` becomes ETHERCAT_SIMULATION_BUS.
-inline Outcome runProgram(std::vector<std::string> command, int signal = 0, const std::string& bus = "") {
+// As a shell takes them: a word 'in quotes' may have blanks. "@FILE" is a file of the example machine.
+inline std::vector<std::string> wordsOf(const std::string& line) {
+  std::vector<std::string> words;
+  std::istringstream stream(line);
+  for (std::string word; stream >> std::quoted(word, '\'');)
+    words.push_back(word[0] == '@' ? MACHINE_DIR + word.substr(1) : word);
+  return words;
+}
+
+// For a command on all of the example machine's descriptions, with its bus file.
+inline const std::string onMachine =
+    " --bus @machine.json --eni @coupler.xml @terminals.xml @modular_head.xml @servo_drive.xml";
+
+// `signal`, when given, is sent once the program has printed "Period"; `bus`, a file of the example machine,
+// becomes ETHERCAT_SIMULATION_BUS.
+inline Outcome runProgram(const std::string& line, int signal = 0, const std::string& bus = "") {
   const std::string out = scratch("out");
   const std::string err = scratch("err");
   const pid_t child = fork();
   if (child == 0) {
+    auto words = wordsOf(line);
     std::vector<char*> arguments;
-    for (auto& word : command)
+    for (auto& word : words)
       arguments.push_back(word.data());
     arguments.push_back(nullptr);
-    bus.empty() ? unsetenv("ETHERCAT_SIMULATION_BUS") : setenv("ETHERCAT_SIMULATION_BUS", bus.c_str(), 1);
+    bus.empty() ? unsetenv("ETHERCAT_SIMULATION_BUS")
+                : setenv("ETHERCAT_SIMULATION_BUS", (MACHINE_DIR + bus).c_str(), 1);
     if (!std::freopen(out.c_str(), "w", stdout) || !std::freopen(err.c_str(), "w", stderr))
       _exit(126);
     execv(arguments[0], arguments.data());
@@ -48,8 +64,8 @@ inline Outcome runProgram(std::vector<std::string> command, int signal = 0, cons
   }
   if (signal != 0) {
     for (int i = 0; i < 2000 && readFile(out).find("Period") == std::string::npos; ++i)
-      std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    std::this_thread::sleep_for(std::chrono::milliseconds(200)); // well into the cycles
+      usleep(10000);
+    usleep(200000); // well into the cycles
     kill(child, signal);
   }
   int status = 0;
@@ -60,20 +76,6 @@ inline Outcome runProgram(std::vector<std::string> command, int signal = 0, cons
   return outcome;
 }
 
-inline Outcome ighBus(std::vector<std::string> arguments, int signal = 0) {
-  arguments.insert(arguments.begin(), IGH_BUS_PROGRAM);
-  return runProgram(std::move(arguments), signal);
-}
-
-inline std::string machine(const std::string& file) {
-  return MACHINE_DIR + file;
-}
-
-// The command on all of the example machine's descriptions, with its bus file.
-inline std::vector<std::string> onMachine(const std::string& command, const std::vector<std::string>& more) {
-  std::vector<std::string> words{command, "--bus", machine("machine.json"), "--eni"};
-  for (const char* file : {"coupler.xml", "terminals.xml", "modular_head.xml", "servo_drive.xml"})
-    words.push_back(machine(file));
-  words.insert(words.end(), more.begin(), more.end());
-  return words;
+inline Outcome ighBus(const std::string& line, int signal = 0) {
+  return runProgram("'" IGH_BUS_PROGRAM "' " + line, signal);
 }

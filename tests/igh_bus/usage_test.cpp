@@ -1,62 +1,59 @@
-// Wrong command lines and files: exit status 2 and exactly one line on standard error.
+// Wrong command lines and files, and buses that cannot be run: exit status 2 or 3 and exactly one line on
+// standard error.
 #include "Program.h"
+
+#include <sys/stat.h>
 
 namespace {
 
-TEST(Usage, AWrongCommandLineGetsOneLineAndStatusTwo) {
+TEST(Usage, WhatCannotBeDoneGetsOneLineAndItsStatus) {
   const auto notJson = scratch("not.json", "{ \"slaves\": [ oops");
-  const auto contradiction = scratch(
-      "twice.json", R"({"slaves": [{"vendor_id": 1, "product_code": 1, "revision": 1, "model": "magic"}]})");
+  const auto empty = scratch("empty.json", R"({"slaves": []})");
   const auto notXml = scratch("not.xml", "this is\nno\nXML <a><b>");
   const auto otherRoot = scratch("root.xml", "<Other/>");
-  const auto drive = machine("servo_drive.xml");
-  const auto run = [&](std::vector<std::string> more) {
-    more.insert(more.begin(), {"run", "--eni", drive});
-    return more;
+  const auto pipe = notJson + ".pipe"; // without a writer
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  const std::string run = "run --eni @servo_drive.xml ";
+  const std::tuple<int, std::string, std::string> cases[] = {
+      {2, "describe, scan or run", ""},
+      {2, "not expected", "fly"},
+      {2, "FILE", "describe"},
+      {2, "--eni", "run --cycles 10"},
+      {2, "--cycles", run + "--cycles 0"},
+      {2, "excludes", run + "--cycles 10 --seconds 1"},
+      {2, "--seconds", run + "--seconds -1"},
+      {2, "--period soon", run + "--period soon"},
+      {2, "--period 1h", run + "--period 1h"},
+      {2, "between 100us and 4s", run + "--period 99us"},
+      {2, "between 100us and 4s", run + "--period 5s"},
+      {2, "--priority", run + "--priority 100"},
+      {2, "--cpu", run + "--cpu -1"},
+      {2, "--master", run + "--master 65536"},
+      {2, "SLAVE:ENTRY", run + "--watch Statusword"},
+      {2, "SLAVE:ENTRY=VALUE", run + "--set 0:Controlword"},
+      {2, "not a number", run + "--set 0:Controlword=on"},
+      {2, "slaves 0 to 0", run + "--watch 1:Statusword"},
+      {2, "no entry \"Speed\"", run + "--watch 0:Speed"},
+      {2, "is an input", run + "--set 0:Statusword=1"},
+      {2, "no description", "run --eni @coupler.xml --bus @machine.json --watch 5:X"},
+      {2, "/nowhere.json", run + "--bus /nowhere.json"},
+      {2, notJson, run + "--bus " + notJson},
+      {2, "is not a regular file", run + "--bus " + pipe},
+      {2, notXml, run + "--report " + notXml}, // a file where a folder is to be made
+      {2, "No such file", "run --eni /nowhere.xml"},
+      {2, "directory", "scan --eni /tmp"},
+      {2, "line 1", "scan --eni " + notXml},
+      {2, "Can't find EthercatInfo Node", "scan --eni " + otherRoot},
+      {3, "no slave answers", run + "--bus " + empty},
+      {3, "never reached OP", "run --cycles 5" + onMachine},
   };
-  const std::pair<std::string, std::vector<std::string>> cases[] = {
-      {"describe, scan or run", {}},
-      {"not expected", {"fly"}},
-      {"FILE", {"describe"}},
-      {"--eni", {"scan"}},
-      {"--eni", {"run", "--cycles", "10"}},
-      {"not expected", run({"--fast"})},
-      {"--cycles", run({"--cycles", "none"})},
-      {"--cycles", run({"--cycles", "0"})},
-      {"excludes", run({"--cycles", "10", "--seconds", "1"})},
-      {"--seconds", run({"--seconds", "-1"})},
-      {"--period soon", run({"--period", "soon"})},
-      {"--period 1h", run({"--period", "1h"})},
-      {"between 100us and 4s", run({"--period", "99us"})},
-      {"between 100us and 4s", run({"--period", "5s"})},
-      {"--priority", run({"--priority", "100"})},
-      {"--cpu", run({"--cpu", "-1"})},
-      {"--master", run({"--master", "65536"})},
-      {"SLAVE:ENTRY", run({"--watch", "Statusword"})},
-      {"SLAVE:ENTRY", run({"--watch", "-1:Statusword"})},
-      {"SLAVE:ENTRY=VALUE", run({"--set", "0:Controlword"})},
-      {"not a number", run({"--set", "0:Controlword=on"})},
-      {"slaves 0 to 0", run({"--watch", "1:Statusword"})},
-      {"no entry \"Speed\"", run({"--watch", "0:Speed"})},
-      {"is an input", run({"--set", "0:Statusword=1"})},
-      {"no description",
-       {"run", "--eni", machine("coupler.xml"), "--bus", machine("machine.json"), "--watch", "5:X"}},
-      {"/nowhere.json", run({"--bus", "/nowhere.json"})},
-      {notJson, run({"--bus", notJson})},
-      {contradiction, run({"--bus", contradiction})},
-      {"No such file", {"run", "--eni", "/nowhere.xml"}},
-      {"directory", {"scan", "--eni", "/tmp"}},
-      {"line 1", {"scan", "--eni", notXml}},
-      {"Can't find EthercatInfo Node", {"scan", "--eni", otherRoot}},
-  };
-  for (const auto& [reason, arguments] : cases) {
-    SCOPED_TRACE(testing::PrintToString(arguments));
-    const auto outcome = ighBus(arguments);
-    EXPECT_EQ(outcome.status, 2);
-    EXPECT_THAT(outcome.err, testing::HasSubstr(reason));
-    EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
+  for (const auto& [status, reason, line] : cases) {
+    const auto outcome = ighBus(line);
+    EXPECT_EQ(outcome.status, status) << line;
+    EXPECT_THAT(outcome.err, testing::HasSubstr(reason)) << line;
+    EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << line << outcome.err;
   }
-  for (const auto& path : {notJson, contradiction, notXml, otherRoot})
+  for (const auto& path : {notJson, empty, notXml, otherRoot, pipe})
     std::remove(path.c_str());
 }
 
