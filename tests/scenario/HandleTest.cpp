@@ -108,3 +108,19 @@ TEST_F(Scenario, HandlesComeAndGoWhileActiveAndOtherBytesKeepTheirValue) {
   igh_master_destroy_pdo_info(0, wide, false);
   EXPECT_EQ(image(1), (Bytes{1, 9})); // and what it hid comes back when it goes
 }
+
+// The platform gives the PDO to the first sync manager with the entries of the last: B lies behind the image.
+TEST_F(Scenario, APdoOfTwoSyncManagersLeavesWhatLiesBehindTheImageAlone) {
+  startInOp(
+      {{0x10,
+        {{"A", "USINT"}, {"B", "USINT"}},
+        {},
+        "<RxPdo Sm='4' Fixed='1'><Index>#x1600</Index><Entry><Index>#x7000</Index><SubIndex>1</SubIndex>"
+        "<BitLen>16</BitLen><Name>C</Name><DataType>UINT</DataType></Entry><Entry><Index>#x7000</Index>"
+        "<SubIndex>2</SubIndex><BitLen>0</BitLen><Name>D</Name><DataType>UINT</DataType></Entry></RxPdo>"}});
+  for (const char* name : {"A", "B", "D", "C"}) {
+    send(0, name, 0x0201);
+  }
+  cycle(2);
+  EXPECT_EQ(bus().outputs(0), (Bytes{1, 2}));
+}
