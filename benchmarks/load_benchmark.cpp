@@ -31,11 +31,11 @@ namespace {
 constexpr int BATCH = 6;
 constexpr int BATCH_WARM_UP = 2;
 
-bool swallow(unsigned int, char const*) {
+bool swallow(unsigned int, const char*) {
   return true;
 }
 
-std::string readFile(std::filesystem::path const& path) {
+std::string readFile(const std::filesystem::path& path) {
   std::ifstream file(path, std::ios::binary);
   if (!file) {
     throw std::runtime_error("cannot read " + path.string());
@@ -52,10 +52,10 @@ public:
     }
   }
   ~Folder() { std::filesystem::remove_all(m_path); }
-  Folder(Folder const&) = delete;
-  Folder& operator=(Folder const&) = delete;
+  Folder(const Folder&) = delete;
+  Folder& operator=(const Folder&) = delete;
 
-  std::string write(std::string const& name, std::string const& content) const {
+  std::string write(const std::string& name, const std::string& content) const {
     std::string path = m_path + "/" + name;
     std::ofstream(path, std::ios::binary) << content;
     return path;
@@ -65,8 +65,8 @@ private:
   std::string m_path;
 };
 
-std::string formatted(char const* format, ...) __attribute__((format(printf, 1, 2)));
-std::string formatted(char const* format, ...) {
+std::string formatted(const char* format, ...) __attribute__((format(printf, 1, 2)));
+std::string formatted(const char* format, ...) {
   char text[400];
   va_list arguments;
   va_start(arguments, format);
@@ -75,7 +75,7 @@ std::string formatted(char const* format, ...) {
   return text;
 }
 
-std::string generatedPdos(char const* element, unsigned int index, unsigned int sync) {
+std::string generatedPdos(const char* element, unsigned int index, unsigned int sync) {
   std::string pdos;
   for (unsigned int pdo = 0; pdo < 8; ++pdo) {
     pdos += formatted("        <%s Fixed=\"1\" Sm=\"%u\">\n", element, sync);
@@ -108,7 +108,7 @@ std::string generatedDictionary() {
   return objects + "            </Objects>\n          </Dictionary>\n        </Profile>\n";
 }
 
-std::string generatedFile(unsigned int products, std::string const& dictionary) {
+std::string generatedFile(unsigned int products, const std::string& dictionary) {
   std::string devices;
   for (unsigned int product = 1; product <= products; ++product) {
     devices +=
@@ -127,7 +127,7 @@ std::string generatedFile(unsigned int products, std::string const& dictionary) 
          devices + "    </Devices>\n  </Descriptions>\n</EtherCATInfo>\n";
 }
 
-std::string withoutIndentation(std::string const& xml) {
+std::string withoutIndentation(const std::string& xml) {
   std::string dense;
   for (std::size_t at = 0; at < xml.size(); ++at) {
     if (xml[at] == '\n') {
@@ -140,7 +140,7 @@ std::string withoutIndentation(std::string const& xml) {
 }
 
 std::string withNewProductCodes(std::string devices, unsigned int copy) {
-  std::string const attribute = "ProductCode=\"";
+  const std::string attribute = "ProductCode=\"";
   unsigned int product = copy << 20;
   for (std::size_t at = devices.find(attribute); at != std::string::npos; at = devices.find(attribute, at)) {
     at += attribute.size();
@@ -149,14 +149,14 @@ std::string withNewProductCodes(std::string devices, unsigned int copy) {
   return devices;
 }
 
-std::string tenfold(std::string const& xml) {
-  std::string const opening = "<Devices>";
-  std::size_t const start = xml.find(opening) + opening.size();
-  std::size_t const end = xml.find("</Devices>");
+std::string tenfold(const std::string& xml) {
+  const std::string opening = "<Devices>";
+  const std::size_t start = xml.find(opening) + opening.size();
+  const std::size_t end = xml.find("</Devices>");
   if (end == std::string::npos || end < start) {
     throw std::runtime_error("a file without a Devices element cannot be made longer");
   }
-  std::string const devices = xml.substr(start, end - start);
+  const std::string devices = xml.substr(start, end - start);
   std::string all = xml.substr(0, end);
   for (unsigned int copy = 1; all.size() < 10 * xml.size(); ++copy) {
     all += withNewProductCodes(devices, copy);
@@ -175,15 +175,15 @@ struct Times {
   std::vector<double> freed;
 };
 
-void readOnly(std::string const& path, Times& times) {
-  double const start = processorSeconds();
+void readOnly(const std::string& path, Times& times) {
+  const double start = processorSeconds();
   xmlDoc* document = xmlParseFile(path.c_str());
   xmlFreeDoc(document);
   times.done.push_back(processorSeconds() - start);
 }
 
-void load(std::string const& path, Times& times) {
-  double const start = processorSeconds();
+void load(const std::string& path, Times& times) {
+  const double start = processorSeconds();
   {
     CMasterENIObject store(swallow);
     if (store.insertENIFile(path.c_str(), false) == 0) {
@@ -195,12 +195,12 @@ void load(std::string const& path, Times& times) {
 }
 
 double median(std::vector<double> values) {
-  auto const middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
   std::nth_element(values.begin(), middle, values.end());
   return *middle;
 }
 
-void runBatch(void (*run)(std::string const&, Times&), std::string const& path, Times& all) {
+void runBatch(void (*run)(const std::string&, Times&), const std::string& path, Times& all) {
   Times warmUp;
   for (int i = 0; i < BATCH; ++i) {
     run(path, i < BATCH_WARM_UP ? warmUp : all);
@@ -213,7 +213,7 @@ std::vector<std::string>& inputs() {
 }
 
 void compare(benchmark::State& state) {
-  std::string const& path = inputs()[static_cast<std::size_t>(state.range(0))];
+  const std::string& path = inputs()[static_cast<std::size_t>(state.range(0))];
   Times loads;
   Times reads;
   for ([[maybe_unused]] auto _ : state) {
@@ -221,7 +221,7 @@ void compare(benchmark::State& state) {
     runBatch(load, path, loads);
     state.SetIterationTime(loads.done.back());
   }
-  double const megabytes = static_cast<double>(std::filesystem::file_size(path)) / 1e6;
+  const double megabytes = static_cast<double>(std::filesystem::file_size(path)) / 1e6;
   state.counters["MB"] = megabytes;
   state.counters["load_MB_per_s"] = megabytes / median(loads.done);
   state.counters["libxml2_MB_per_s"] = megabytes / median(reads.done);
@@ -242,9 +242,9 @@ std::vector<std::string> filesGiven(int& argc, char** argv) {
     }
   }
   argc = kept;
-  char const* folder = std::getenv("IGH_MASTER_ESI_DIR");
+  const char* folder = std::getenv("IGH_MASTER_ESI_DIR");
   if (folder != nullptr && std::filesystem::is_directory(folder)) {
-    for (auto const& file : std::filesystem::directory_iterator(folder)) {
+    for (const auto& file : std::filesystem::directory_iterator(folder)) {
       if (file.path().extension() == ".xml") {
         files.push_back(file.path().string());
       }
@@ -255,8 +255,8 @@ std::vector<std::string> filesGiven(int& argc, char** argv) {
 
 benchmark::internal::Benchmark* const loadBenchmark = benchmark::RegisterBenchmark("load", compare);
 
-void addInput(Folder const& folder, std::string const& file) {
-  std::string const name = std::filesystem::path(file).filename().string();
+void addInput(const Folder& folder, const std::string& file) {
+  const std::string name = std::filesystem::path(file).filename().string();
   inputs().push_back(file);
   inputs().push_back(folder.write("tenfold_" + name, tenfold(readFile(file))));
 }
@@ -265,10 +265,10 @@ void addInput(Folder const& folder, std::string const& file) {
 
 int main(int argc, char** argv) {
   try {
-    Folder const folder;
+    const Folder folder;
     addInput(folder, folder.write("generated.xml", generatedFile(3, generatedDictionary())));
     addInput(folder, folder.write("dense.xml", withoutIndentation(generatedFile(20, ""))));
-    for (std::string const& file : filesGiven(argc, argv)) {
+    for (const std::string& file : filesGiven(argc, argv)) {
       addInput(folder, file);
     }
     loadBenchmark->DenseRange(0, static_cast<int>(inputs().size()) - 1)
@@ -281,7 +281,7 @@ int main(int argc, char** argv) {
     }
     benchmark::RunSpecifiedBenchmarks();
     return 0;
-  } catch (std::exception const& exception) {
+  } catch (const std::exception& exception) {
     std::fprintf(stderr, "load_benchmark: %s\n", exception.what());
     return 1;
   }

@@ -121,14 +121,14 @@ typedef struct {
 typedef struct {
   uint16_t index;
   unsigned int n_entries; /* 0: the slave's default mapping of this PDO */
-  ec_pdo_entry_info_t const* entries;
+  const ec_pdo_entry_info_t* entries;
 } ec_pdo_info_t;
 
 typedef struct {
   uint8_t index; /* 0xFF ends a list */
   ec_direction_t dir;
   unsigned int n_pdos;
-  ec_pdo_info_t const* pdos;
+  const ec_pdo_info_t* pdos;
   ec_watchdog_mode_t watchdog_mode;
 } ec_sync_info_t;
 

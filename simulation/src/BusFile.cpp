@@ -10,21 +10,21 @@ namespace ethercat_simulation {
 
 namespace {
 
-constexpr std::uint64_t mostCycles = 1'000'000;
-constexpr std::uint64_t longestLatency = 10'000'000; // microseconds
-constexpr double fastestDrift = 1000;                // ppm
+constexpr std::uint64_t MOST_CYCLES = 1'000'000;
+constexpr std::uint64_t LONGEST_LATENCY = 10'000'000; // microseconds
+constexpr double FASTEST_DRIFT = 1000;                // ppm
 
 ReferenceClock readReferenceClock(const JsonNode& node) {
   node.expectObject({"offset_ns", "drift_ppm", "jitter_ns", "seed"});
   ReferenceClock clock;
   if (node.has("offset_ns")) {
-    clock.offsetNs = static_cast<std::int64_t>(node.at("offset_ns").real(-farthestClock, farthestClock));
+    clock.offsetNs = static_cast<std::int64_t>(node.at("offset_ns").real(-FARTHEST_CLOCK, FARTHEST_CLOCK));
   }
   if (node.has("drift_ppm")) {
-    clock.driftPpm = node.at("drift_ppm").real(-fastestDrift, fastestDrift);
+    clock.driftPpm = node.at("drift_ppm").real(-FASTEST_DRIFT, FASTEST_DRIFT);
   }
-  clock.jitterNs = node.get<std::uint32_t>("jitter_ns", 0, limit32 >> 1, 0);
-  clock.seed = node.get<std::uint32_t>("seed", 0, limit32, clock.seed);
+  clock.jitterNs = node.get<std::uint32_t>("jitter_ns", 0, LIMIT32 >> 1, 0);
+  clock.seed = node.get<std::uint32_t>("seed", 0, LIMIT32, clock.seed);
   return clock;
 }
 
@@ -48,12 +48,12 @@ BusPlan readMaster(const JsonNode& node) {
   if (node.has("timing")) {
     plan.timing = readTiming(node.at("timing"));
   }
-  plan.cycleTime = std::chrono::microseconds(node.get<std::int64_t>("cycle_us", 0, longestLatency, 0));
-  plan.climbCycles = node.get("climb_cycles", 1, mostCycles, plan.climbCycles);
-  plan.scanCycles = node.get("scan_cycles", 1, mostCycles, plan.scanCycles);
-  plan.sdoCycles = node.get("sdo_cycles", 1, mostCycles, plan.sdoCycles);
+  plan.cycleTime = std::chrono::microseconds(node.get<std::int64_t>("cycle_us", 0, LONGEST_LATENCY, 0));
+  plan.climbCycles = node.get("climb_cycles", 1, MOST_CYCLES, plan.climbCycles);
+  plan.scanCycles = node.get("scan_cycles", 1, MOST_CYCLES, plan.scanCycles);
+  plan.sdoCycles = node.get("sdo_cycles", 1, MOST_CYCLES, plan.sdoCycles);
   plan.frameLatency =
-      std::chrono::microseconds(node.get<std::int64_t>("frame_latency_us", 0, longestLatency, 0));
+      std::chrono::microseconds(node.get<std::int64_t>("frame_latency_us", 0, LONGEST_LATENCY, 0));
   if (node.has("reactivation_unmapped")) {
     plan.reactivationUnmapped = node.at("reactivation_unmapped").flag();
   }
@@ -61,7 +61,7 @@ BusPlan readMaster(const JsonNode& node) {
     plan.referenceClock = readReferenceClock(node.at("reference_clock"));
   }
   plan.slaves = readSlaves(node.at("slaves"));
-  plan.seed = node.get<std::uint32_t>("seed", 0, limit32, plan.seed);
+  plan.seed = node.get<std::uint32_t>("seed", 0, LIMIT32, plan.seed);
   if (node.has("faults")) {
     plan.faults = readFaults(node.at("faults"), plan.slaves);
   }
@@ -84,7 +84,7 @@ std::vector<BusPlan> readMasters(const JsonNode& root) {
   std::set<unsigned int> indexes;
   for (const JsonNode& element : root.at("masters").elements()) {
     expectMaster(element);
-    const auto index = element.get<unsigned int>("index", 0, limit16);
+    const auto index = element.get<unsigned int>("index", 0, LIMIT16);
     if (!indexes.insert(index).second) {
       element.at("index").fail("another master has this index");
     }

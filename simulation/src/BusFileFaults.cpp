@@ -9,7 +9,7 @@ namespace ethercat_simulation {
 
 namespace {
 
-constexpr std::uint64_t lastCycle = 1'000'000'000'000;
+constexpr std::uint64_t LAST_CYCLE = 1'000'000'000'000;
 
 struct KindRow {
   std::string_view name;
@@ -64,16 +64,16 @@ void readBeginning(const JsonNode& node, Fault& fault) {
   if (given != 1) {
     node.fail("must have one of \"at\", \"every\" and \"probability\"");
   }
-  fault.at = node.get<std::uint64_t>("at", 1, lastCycle, 0);
-  fault.every = node.get<std::uint64_t>("every", 1, lastCycle, 0);
+  fault.at = node.get<std::uint64_t>("at", 1, LAST_CYCLE, 0);
+  fault.every = node.get<std::uint64_t>("every", 1, LAST_CYCLE, 0);
   if (node.has("probability")) {
     fault.probability = node.at("probability").real(1e-12, 1);
   }
-  fault.duration = node.get<std::uint32_t>("for", 1, limit32, fault.duration);
+  fault.duration = node.get<std::uint32_t>("for", 1, LIMIT32, fault.duration);
 }
 
 void readSlave(const JsonNode& node, const std::vector<Slave>& slaves, Fault& fault) {
-  fault.slave = node.get<unsigned int>("slave", 0, limit16);
+  fault.slave = node.get<unsigned int>("slave", 0, LIMIT16);
   if (fault.slave >= slaves.size()) {
     node.at("slave").fail("there is no slave at this position");
   }
@@ -87,8 +87,8 @@ bool hasObject(const Slave& slave, std::uint16_t index, std::uint8_t subindex) {
 }
 
 void readObjectOf(const JsonNode& node, const Slave& slave, Fault& fault) {
-  fault.index = node.get<std::uint16_t>("index", 0, limit16);
-  fault.subindex = node.get<std::uint8_t>("subindex", 0, limit8, 0);
+  fault.index = node.get<std::uint16_t>("index", 0, LIMIT16);
+  fault.subindex = node.get<std::uint8_t>("subindex", 0, LIMIT8, 0);
   if (!hasObject(slave, fault.index, fault.subindex)) {
     node.at("index").fail("the slave has no such object");
   }
@@ -118,10 +118,10 @@ Fault readFault(const JsonNode& node, const std::vector<Slave>& slaves) {
     fault.alState = readAlState(node.at("al_state"));
   }
   fault.acrossActivations = node.has("across_activations") && node.at("across_activations").flag();
-  fault.alCode = node.get<std::uint16_t>("code", 1, limit16, fault.alCode);
-  fault.counter = node.get<std::uint16_t>("register", firstErrorCounter, lastErrorCounter, fault.counter);
+  fault.alCode = node.get<std::uint16_t>("code", 1, LIMIT16, fault.alCode);
+  fault.counter = node.get<std::uint16_t>("register", FIRST_ERROR_COUNTER, LAST_ERROR_COUNTER, fault.counter);
   if (fault.kind == FaultKind::clockStep) {
-    fault.stepNs = static_cast<std::int64_t>(node.at("step_ns").real(-farthestClock, farthestClock));
+    fault.stepNs = static_cast<std::int64_t>(node.at("step_ns").real(-FARTHEST_CLOCK, FARTHEST_CLOCK));
   }
   return fault;
 }

@@ -8,10 +8,10 @@
 
 namespace ethercat_simulation {
 
-constexpr std::uint64_t limit8 = 0xFF;
-constexpr std::uint64_t limit16 = 0xFFFF;
-constexpr std::uint64_t limit32 = 0xFFFFFFFF;
-constexpr double farthestClock = 1e12; // nanoseconds
+constexpr std::uint64_t LIMIT8 = 0xFF;
+constexpr std::uint64_t LIMIT16 = 0xFFFF;
+constexpr std::uint64_t LIMIT32 = 0xFFFFFFFF;
+constexpr double FARTHEST_CLOCK = 1e12; // nanoseconds
 
 std::vector<Slave> readSlaves(const JsonNode& node);
 std::vector<Fault> readFaults(const JsonNode& node, const std::vector<Slave>& slaves);

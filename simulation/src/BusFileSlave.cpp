@@ -10,17 +10,17 @@ namespace ethercat_simulation {
 
 namespace {
 
-constexpr std::size_t mostSlaves = 65535;
-constexpr std::uint64_t lastSyncManager = 15;
-constexpr std::uint64_t longestTime = 3'600'000'000; // microseconds
-constexpr double strongestDrive = 1e12;              // counts/s^2
+constexpr std::size_t MOST_SLAVES = 65535;
+constexpr std::uint64_t LAST_SYNC_MANAGER = 15;
+constexpr std::uint64_t LONGEST_TIME = 3'600'000'000; // microseconds
+constexpr double STRONGEST_DRIVE = 1e12;              // counts/s^2
 
 Entry readEntry(const JsonNode& node) {
   node.expectObject({"index", "subindex", "bit_length"});
   Entry entry;
-  entry.index = node.get<std::uint16_t>("index", 0, limit16);
-  entry.subindex = node.get<std::uint8_t>("subindex", 0, limit8, 0);
-  entry.bitLength = node.get<std::uint8_t>("bit_length", 0, limit8);
+  entry.index = node.get<std::uint16_t>("index", 0, LIMIT16);
+  entry.subindex = node.get<std::uint8_t>("subindex", 0, LIMIT8, 0);
+  entry.bitLength = node.get<std::uint8_t>("bit_length", 0, LIMIT8);
   return entry;
 }
 
@@ -32,7 +32,7 @@ bool readFlag(const JsonNode& node, const char* key, bool missing) {
 Pdo readPdo(const JsonNode& node) {
   node.expectObject({"index", "entries", "fixed", "excludes"});
   Pdo pdo;
-  pdo.index = node.get<std::uint16_t>("index", 0, limit16);
+  pdo.index = node.get<std::uint16_t>("index", 0, LIMIT16);
   pdo.fixed = readFlag(node, "fixed", pdo.fixed);
   if (node.has("entries")) {
     for (const JsonNode& entry : node.at("entries").elements()) {
@@ -41,7 +41,7 @@ Pdo readPdo(const JsonNode& node) {
   }
   if (node.has("excludes")) {
     for (const JsonNode& excluded : node.at("excludes").elements()) {
-      pdo.excludes.push_back(static_cast<std::uint16_t>(excluded.number(0, limit16)));
+      pdo.excludes.push_back(static_cast<std::uint16_t>(excluded.number(0, LIMIT16)));
     }
   }
   return pdo;
@@ -58,7 +58,7 @@ std::vector<Pdo> readPdos(const JsonNode& node) {
 SyncManager readSyncManager(const JsonNode& node) {
   node.expectObject({"index", "direction", "pdos"});
   SyncManager manager;
-  manager.index = node.get<std::uint8_t>("index", 0, lastSyncManager);
+  manager.index = node.get<std::uint8_t>("index", 0, LAST_SYNC_MANAGER);
   const JsonNode direction = node.at("direction");
   const std::string name = direction.text();
   if (name != "output" && name != "input") {
@@ -111,7 +111,7 @@ std::vector<std::uint8_t> readValue(const JsonNode& node) {
   if (width == 0) {
     type.fail("must be \"USINT\", \"UINT\" or \"UDINT\"");
   }
-  const auto value = node.get<std::uint32_t>("value", 0, limit32 >> 8 * (4 - width));
+  const auto value = node.get<std::uint32_t>("value", 0, LIMIT32 >> 8 * (4 - width));
   std::vector<std::uint8_t> bytes;
   for (std::size_t i = 0; i < width; ++i) {
     bytes.push_back(static_cast<std::uint8_t>(value >> 8 * i));
@@ -122,8 +122,8 @@ std::vector<std::uint8_t> readValue(const JsonNode& node) {
 Object readObject(const JsonNode& node) {
   node.expectObject({"index", "subindex", "bytes", "value", "type", "read_only"});
   Object object;
-  object.index = node.get<std::uint16_t>("index", 0, limit16);
-  object.subindex = node.get<std::uint8_t>("subindex", 0, limit8, 0);
+  object.index = node.get<std::uint16_t>("index", 0, LIMIT16);
+  object.subindex = node.get<std::uint8_t>("subindex", 0, LIMIT8, 0);
   if (node.has("bytes") == node.has("value")) {
     node.fail("must have either \"bytes\", or \"value\" and \"type\"");
   }
@@ -157,11 +157,11 @@ SlaveModel readModel(const JsonNode& node) {
 DriveParameters readDrive(const JsonNode& node) {
   node.expectObject({"cycle_us", "lag_us", "rated_acceleration", "watchdog_us"});
   DriveParameters drive;
-  drive.cycleUs = node.get("cycle_us", 1, longestTime, drive.cycleUs);
-  drive.lagUs = node.get("lag_us", 0, longestTime, drive.lagUs);
-  drive.watchdogUs = node.get("watchdog_us", 0, longestTime, drive.watchdogUs);
+  drive.cycleUs = node.get("cycle_us", 1, LONGEST_TIME, drive.cycleUs);
+  drive.lagUs = node.get("lag_us", 0, LONGEST_TIME, drive.lagUs);
+  drive.watchdogUs = node.get("watchdog_us", 0, LONGEST_TIME, drive.watchdogUs);
   if (node.has("rated_acceleration")) {
-    drive.ratedAcceleration = node.at("rated_acceleration").real(1, strongestDrive);
+    drive.ratedAcceleration = node.at("rated_acceleration").real(1, STRONGEST_DRIVE);
   }
   return drive;
 }
@@ -196,11 +196,11 @@ Slave readSlave(const JsonNode& node) {
                      "configuration_us", "distributed_clocks", "sync_managers", "further_pdos",
                      "checks_lengths", "coe", "pdo_assign", "pdo_config", "objects"});
   Slave slave;
-  slave.vendorId = node.get<std::uint32_t>("vendor_id", 0, limit32);
-  slave.productCode = node.get<std::uint32_t>("product_code", 0, limit32);
-  slave.revisionNumber = node.get<std::uint32_t>("revision", 0, limit32, 0);
-  slave.serialNumber = node.get<std::uint32_t>("serial", 0, limit32, 0);
-  slave.alias = node.get<std::uint16_t>("alias", 0, limit16, 0);
+  slave.vendorId = node.get<std::uint32_t>("vendor_id", 0, LIMIT32);
+  slave.productCode = node.get<std::uint32_t>("product_code", 0, LIMIT32);
+  slave.revisionNumber = node.get<std::uint32_t>("revision", 0, LIMIT32, 0);
+  slave.serialNumber = node.get<std::uint32_t>("serial", 0, LIMIT32, 0);
+  slave.alias = node.get<std::uint16_t>("alias", 0, LIMIT16, 0);
   if (node.has("name")) {
     slave.name = node.at("name").text();
   }
@@ -213,7 +213,7 @@ Slave readSlave(const JsonNode& node) {
     }
     slave.drive = readDrive(node.at("drive"));
   }
-  slave.configurationUs = node.get<std::uint32_t>("configuration_us", 0, longestTime, slave.configurationUs);
+  slave.configurationUs = node.get<std::uint32_t>("configuration_us", 0, LONGEST_TIME, slave.configurationUs);
   slave.distributedClocks = readFlag(node, "distributed_clocks", slave.distributedClocks);
   readProcessData(node, slave);
   if (node.has("objects")) {
@@ -229,7 +229,7 @@ Slave readSlave(const JsonNode& node) {
 
 std::vector<Slave> readSlaves(const JsonNode& node) {
   const std::vector<JsonNode> elements = node.elements();
-  if (elements.size() > mostSlaves) {
+  if (elements.size() > MOST_SLAVES) {
     node.fail("more than 65535 slaves");
   }
   std::vector<Slave> slaves;

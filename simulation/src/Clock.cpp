@@ -10,10 +10,10 @@ namespace {
 
 // ns since 2000-01-01
 std::int64_t realTime() {
-  constexpr std::int64_t from1970To2000 = 946'684'800;
+  constexpr std::int64_t FROM_1970_TO_2000 = 946'684'800;
   timespec time{};
   clock_gettime(CLOCK_REALTIME, &time);
-  return (std::int64_t{time.tv_sec} - from1970To2000) * 1'000'000'000 + time.tv_nsec;
+  return (std::int64_t{time.tv_sec} - FROM_1970_TO_2000) * 1'000'000'000 + time.tv_nsec;
 }
 
 } // namespace

@@ -10,8 +10,8 @@ namespace ethercat_simulation {
 namespace {
 
 SdoPace countedPace(unsigned int exchanges) {
-  constexpr unsigned int unansweredFactor = 10;
-  return {{exchanges, 0}, {exchanges * unansweredFactor, 0}};
+  constexpr unsigned int UNANSWERED_FACTOR = 10;
+  return {{exchanges, 0}, {exchanges * UNANSWERED_FACTOR, 0}};
 }
 
 } // namespace
@@ -29,7 +29,7 @@ unsigned int Master::addSlave(const Slave& slave) {
 void Master::setTiming(Timing timing) {
   m_topology.setTiming(timing);
   m_sdoPace =
-      timing == Timing::real ? SdoPace{{0, 32 * millisecond}, {0, 4900 * millisecond}} : countedPace(3);
+      timing == Timing::real ? SdoPace{{0, 32 * MILLISECOND}, {0, 4900 * MILLISECOND}} : countedPace(3);
 }
 
 void Master::setCycleTime(std::chrono::nanoseconds cycle) {

@@ -18,12 +18,12 @@ namespace ethercat_simulation {
 
 namespace {
 
-constexpr unsigned long moduleRequest = 0x8008A400UL;
-constexpr unsigned long registerRead = 0xC018A412UL;
-constexpr unsigned long registerWrite = 0x4018A413UL;
-constexpr unsigned long registerExchange = 0xC018A45DUL;
-constexpr unsigned long stateRequest = 0x4004A40BUL;
-constexpr std::uint32_t moduleMagic = 36;
+constexpr unsigned long MODULE_REQUEST = 0x8008A400UL;
+constexpr unsigned long REGISTER_READ = 0xC018A412UL;
+constexpr unsigned long REGISTER_WRITE = 0x4018A413UL;
+constexpr unsigned long REGISTER_EXCHANGE = 0xC018A45DUL;
+constexpr unsigned long STATE_REQUEST = 0x4004A40BUL;
+constexpr std::uint32_t MODULE_MAGIC = 36;
 
 struct ModuleInfo {
   std::uint32_t magic;
@@ -63,11 +63,11 @@ std::map<int, OpenFile>& table() {
 // Plain decimal, as the kernel names its nodes.
 bool parseDevicePath(const char* path, unsigned int* index) {
   static const char prefix[] = "/dev/EtherCAT";
-  constexpr std::size_t length = sizeof prefix - 1;
-  if (path == nullptr || std::strncmp(path, prefix, length) != 0) {
+  constexpr std::size_t LENGTH = sizeof prefix - 1;
+  if (path == nullptr || std::strncmp(path, prefix, LENGTH) != 0) {
     return false;
   }
-  const char* digits = path + length;
+  const char* digits = path + LENGTH;
   const std::size_t count = std::strspn(digits, "0123456789");
   if (count == 0 || count > 9 || digits[count] != '\0' || (digits[0] == '0' && count > 1)) {
     return false;
@@ -152,7 +152,7 @@ int closeDevice(int descriptor, Master* master) {
 
 // Each serve... gives 0 or a positive error number.
 int serveModule(void* record) {
-  const ModuleInfo info{moduleMagic, Registry::instance().count()};
+  const ModuleInfo info{MODULE_MAGIC, Registry::instance().count()};
   std::memcpy(record, &info, sizeof info);
   return 0;
 }
@@ -166,15 +166,15 @@ int serveRegisters(Master& master, unsigned long request, const void* record) {
   if (access.data == nullptr) {
     return EFAULT;
   }
-  if (access.size > EscRegisters::space) {
+  if (access.size > EscRegisters::SPACE) {
     return EIO;
   }
-  if (request == registerRead) {
+  if (request == REGISTER_READ) {
     return master.readRegisters(access.position, access.address, access.data, access.size);
   }
   const std::vector<std::uint8_t> written(access.data, access.data + access.size);
   int error = 0;
-  if (request == registerExchange) {
+  if (request == REGISTER_EXCHANGE) {
     error = master.readRegisters(access.position, access.address, access.data, access.size);
   }
   if (error == 0) {
@@ -190,8 +190,8 @@ int serveState(Master& master, const void* record) {
 }
 
 int serve(const OpenFile& file, unsigned long request, void* record) {
-  const bool writes = request == registerWrite || request == registerExchange || request == stateRequest;
-  if (!writes && request != moduleRequest && request != registerRead) {
+  const bool writes = request == REGISTER_WRITE || request == REGISTER_EXCHANGE || request == STATE_REQUEST;
+  if (!writes && request != MODULE_REQUEST && request != REGISTER_READ) {
     return ENOTTY;
   }
   if (writes && !file.writable) {
@@ -201,9 +201,9 @@ int serve(const OpenFile& file, unsigned long request, void* record) {
     return EFAULT;
   }
   switch (request) {
-  case moduleRequest:
+  case MODULE_REQUEST:
     return serveModule(record);
-  case stateRequest:
+  case STATE_REQUEST:
     return serveState(*file.master, record);
   default:
     return serveRegisters(*file.master, request, record);

@@ -30,12 +30,12 @@ int Domain::registerEntries(const ec_pdo_entry_reg_t* rows) {
 
 bool Domain::fitsDatagrams() const {
   return std::all_of(m_blocks.begin(), m_blocks.end(),
-                     [](const Block& block) { return block.fmmu.size <= datagramCapacity; });
+                     [](const Block& block) { return block.fmmu.size <= DATAGRAM_CAPACITY; });
 }
 
 void Domain::build(std::uint8_t* image, std::size_t start, bool mapped) {
   for (const Block& block : m_blocks) {
-    if (m_datagrams.empty() || m_datagrams.back().size() + block.fmmu.size > datagramCapacity) {
+    if (m_datagrams.empty() || m_datagrams.back().size() + block.fmmu.size > DATAGRAM_CAPACITY) {
       m_datagrams.emplace_back(block.fmmu.offset);
     }
     m_datagrams.back().append(*block.configuration, block.fmmu);

@@ -6,26 +6,26 @@ namespace ethercat_simulation {
 
 namespace {
 
-constexpr std::int8_t profilePosition = 1;
-constexpr std::int8_t cyclicPosition = 8;
-constexpr std::int8_t cyclicVelocity = 9;
-constexpr std::int8_t cyclicTorque = 10;
+constexpr std::int8_t PROFILE_POSITION = 1;
+constexpr std::int8_t CYCLIC_POSITION = 8;
+constexpr std::int8_t CYCLIC_VELOCITY = 9;
+constexpr std::int8_t CYCLIC_TORQUE = 10;
 
-constexpr std::uint16_t haltBit = 0x0100; // of the controlword
+constexpr std::uint16_t HALT_BIT = 0x0100; // of the controlword
 
-constexpr std::uint16_t voltageBit = 0x0010; // of the statusword
-constexpr std::uint16_t remoteBit = 0x0200;
-constexpr std::uint16_t reachedBit = 0x0400;
-constexpr std::uint16_t limitBit = 0x0800;
-constexpr std::uint16_t followsBit = 0x1000; // in profile position: set-point acknowledged
-constexpr std::uint16_t behindBit = 0x2000;
+constexpr std::uint16_t VOLTAGE_BIT = 0x0010; // of the statusword
+constexpr std::uint16_t REMOTE_BIT = 0x0200;
+constexpr std::uint16_t REACHED_BIT = 0x0400;
+constexpr std::uint16_t LIMIT_BIT = 0x0800;
+constexpr std::uint16_t FOLLOWS_BIT = 0x1000; // in profile position: set-point acknowledged
+constexpr std::uint16_t BEHIND_BIT = 0x2000;
 
-constexpr std::uint16_t communicationError = 0x8100;
-constexpr std::uint16_t followingErrorCode = 0x8611;
-constexpr std::uint32_t noWindow = 0xFFFFFFFF;
+constexpr std::uint16_t COMMUNICATION_ERROR = 0x8100;
+constexpr std::uint16_t FOLLOWING_ERROR_CODE = 0x8611;
+constexpr std::uint32_t NO_WINDOW = 0xFFFFFFFF;
 
 bool isMode(std::int8_t mode) {
-  return mode == 0 || mode == profilePosition || (mode >= cyclicPosition && mode <= cyclicTorque);
+  return mode == 0 || mode == PROFILE_POSITION || (mode >= CYCLIC_POSITION && mode <= CYCLIC_TORQUE);
 }
 
 template <class Number> Number wrapped(double value) {
@@ -78,7 +78,7 @@ bool DriveModel::watchdogExpired() {
 void DriveModel::watchBus(bool operational) {
   if (m_wasOperational && !operational) {
     if (m_state.moves() || m_state.brakes()) {
-      fail(communicationError);
+      fail(COMMUNICATION_ERROR);
     }
     m_state.switchOff();
     m_objects.controlword.set(0); // nobody commands any more
@@ -140,22 +140,22 @@ void DriveModel::move() {
 
 void DriveModel::follow() {
   switch (m_objects.modeDisplay.get()) {
-  case profilePosition: {
+  case PROFILE_POSITION: {
     const std::uint16_t controlword = m_objects.controlword.get();
     const double velocity = std::min(m_objects.profileVelocity.get(), m_objects.maximumVelocity.get());
     const ProfileLimits limits{velocity, static_cast<double>(m_objects.profileAcceleration.get()),
                                static_cast<double>(m_objects.profileDeceleration.get())};
     m_profile.command(controlword, m_objects.targetPosition.get());
-    m_motion.followPosition(m_profile.advance(limits, (controlword & haltBit) != 0, m_motion.cycle()));
+    m_motion.followPosition(m_profile.advance(limits, (controlword & HALT_BIT) != 0, m_motion.cycle()));
     break;
   }
-  case cyclicPosition:
+  case CYCLIC_POSITION:
     m_motion.followPosition(DriveMotion::unwrap(m_objects.targetPosition.get(), m_motion.position()));
     break;
-  case cyclicVelocity:
+  case CYCLIC_VELOCITY:
     m_motion.followVelocity(m_objects.targetVelocity.get());
     break;
-  case cyclicTorque:
+  case CYCLIC_TORQUE:
     m_motion.followTorque(m_objects.targetTorque.get());
     break;
   default:
@@ -165,14 +165,14 @@ void DriveModel::follow() {
 
 void DriveModel::checkFollowing() {
   const std::uint32_t window = m_objects.followingWindow.get();
-  if (window == noWindow || std::fabs(m_motion.followingError()) <= window) {
+  if (window == NO_WINDOW || std::fabs(m_motion.followingError()) <= window) {
     m_behindMs = 0;
     return;
   }
-  constexpr double msPerSecond = 1000;
-  m_behindMs += m_motion.cycle() * msPerSecond;
+  constexpr double MS_PER_SECOND = 1000;
+  m_behindMs += m_motion.cycle() * MS_PER_SECOND;
   if (m_behindMs > m_objects.followingTimeout.get()) {
-    fail(followingErrorCode);
+    fail(FOLLOWING_ERROR_CODE);
   }
 }
 
@@ -182,7 +182,7 @@ void DriveModel::report() {
   m_objects.velocity.set(wrapped<std::int32_t>(m_motion.velocity()));
   m_objects.torque.set(wrapped<std::int16_t>(std::clamp(m_motion.torque(), -32768.0, 32767.0)));
   m_objects.followingError.set(wrapped<std::int32_t>(m_motion.followingError()));
-  const std::uint16_t supply = m_state.is(PowerState::notReady) ? 0 : voltageBit | remoteBit;
+  const std::uint16_t supply = m_state.is(PowerState::notReady) ? 0 : VOLTAGE_BIT | REMOTE_BIT;
   m_objects.statusword.set(static_cast<std::uint16_t>(m_state.statusBits() | supply | modeBits()));
 }
 
@@ -191,19 +191,19 @@ std::uint16_t DriveModel::modeBits() const {
     return 0;
   }
   const std::uint16_t common =
-      static_cast<std::uint16_t>((m_motion.limited() ? limitBit : 0U) | (m_behindMs > 0 ? behindBit : 0U));
+      static_cast<std::uint16_t>((m_motion.limited() ? LIMIT_BIT : 0U) | (m_behindMs > 0 ? BEHIND_BIT : 0U));
   switch (m_objects.modeDisplay.get()) {
   case 0:
     return common;
-  case profilePosition: {
-    const bool halted = (m_objects.controlword.get() & haltBit) != 0;
+  case PROFILE_POSITION: {
+    const bool halted = (m_objects.controlword.get() & HALT_BIT) != 0;
     const bool near = std::fabs(m_profile.goal() - m_motion.position()) <= m_objects.positionWindow.get();
     const bool reached = halted ? m_motion.standstill() : m_profile.arrived() && near;
-    return static_cast<std::uint16_t>(common | (reached ? reachedBit : 0U) |
-                                      (m_profile.acknowledges() ? followsBit : 0U));
+    return static_cast<std::uint16_t>(common | (reached ? REACHED_BIT : 0U) |
+                                      (m_profile.acknowledges() ? FOLLOWS_BIT : 0U));
   }
   default:
-    return static_cast<std::uint16_t>(common | (m_motion.limited() ? 0U : followsBit));
+    return static_cast<std::uint16_t>(common | (m_motion.limited() ? 0U : FOLLOWS_BIT));
   }
 }
 

@@ -7,9 +7,9 @@ namespace ethercat_simulation {
 
 namespace {
 
-constexpr double perSecond = 1e-6; // of microseconds
-constexpr double ratedTorque = 1000;
-constexpr double friction = 0.1; // of the rated torque
+constexpr double PER_SECOND = 1e-6; // of microseconds
+constexpr double RATED_TORQUE = 1000;
+constexpr double FRICTION = 0.1; // of the rated torque
 
 } // namespace
 
@@ -19,8 +19,8 @@ double stoppingVelocity(double distance, double deceleration, double cycle) {
 }
 
 DriveMotion::DriveMotion(const DriveParameters& parameters, double position)
-    : m_cycle(std::max(parameters.cycleUs, 1U) * perSecond),
-      m_share(parameters.lagUs == 0 ? 1.0 : 1 - std::exp(-m_cycle / (parameters.lagUs * perSecond))),
+    : m_cycle(std::max(parameters.cycleUs, 1U) * PER_SECOND),
+      m_share(parameters.lagUs == 0 ? 1.0 : 1 - std::exp(-m_cycle / (parameters.lagUs * PER_SECOND))),
       m_ratedAcceleration(std::max(parameters.ratedAcceleration, 1.0)), m_position(position),
       m_demand(position) {}
 
@@ -43,12 +43,12 @@ void DriveMotion::stop() {
 }
 
 void DriveMotion::move(double velocity) {
-  const double reach = m_ratedAcceleration * m_limits.torque / ratedTorque * m_cycle;
+  const double reach = m_ratedAcceleration * m_limits.torque / RATED_TORQUE * m_cycle;
   const double slow = std::clamp(velocity, -m_limits.velocity, m_limits.velocity);
   const double before = m_velocity;
   m_velocity = std::clamp(slow, before - reach, before + reach);
   m_limited = m_limited || m_velocity != velocity;
-  m_torque = (m_velocity - before) / m_cycle / m_ratedAcceleration * ratedTorque;
+  m_torque = (m_velocity - before) / m_cycle / m_ratedAcceleration * RATED_TORQUE;
   m_position += m_velocity * m_cycle;
 }
 
@@ -59,7 +59,7 @@ void DriveMotion::followPosition(double target) {
   // Closes in on the demand no faster than it can brake again, or it would swing around it.
   const double demanded = (m_demand - before) / m_cycle;
   const double wanted = followingError() * m_share / m_cycle;
-  const double braking = std::max(m_ratedAcceleration * m_limits.torque / ratedTorque, 1.0);
+  const double braking = std::max(m_ratedAcceleration * m_limits.torque / RATED_TORQUE, 1.0);
   const double fastest = stoppingVelocity(followingError(), braking, m_cycle);
   move(demanded + std::clamp(wanted - demanded, -fastest, fastest));
   // A first-order lag never arrives; counts are whole.
@@ -80,13 +80,13 @@ void DriveMotion::followTorque(double target) {
   const double allowed = std::clamp(target, -m_limits.torque, m_limits.torque);
   const double torque = m_torque + (allowed - m_torque) * m_share;
   m_limited = allowed != target;
-  move(m_velocity + torque / ratedTorque * m_ratedAcceleration * m_cycle);
+  move(m_velocity + torque / RATED_TORQUE * m_ratedAcceleration * m_cycle);
   m_torque = torque; // also against the limit of the velocity
   m_demand = m_position;
 }
 
 void DriveMotion::brake(double deceleration) {
-  const double hardest = m_ratedAcceleration * m_limits.torque / ratedTorque;
+  const double hardest = m_ratedAcceleration * m_limits.torque / RATED_TORQUE;
   if (hardest <= 0) {
     coast(); // no torque to brake with
     return;
@@ -98,7 +98,7 @@ void DriveMotion::brake(double deceleration) {
 }
 
 void DriveMotion::coast() {
-  const double step = m_ratedAcceleration * friction * m_cycle;
+  const double step = m_ratedAcceleration * FRICTION * m_cycle;
   m_velocity = std::fabs(m_velocity) <= step ? 0.0 : m_velocity - std::copysign(step, m_velocity);
   m_position += m_velocity * m_cycle;
   m_torque = 0;

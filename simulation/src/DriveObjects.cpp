@@ -12,7 +12,7 @@ struct Row {
   std::uint32_t initial;
 };
 
-constexpr Row rows[] = {
+constexpr Row ROWS[] = {
     {0x1000, 0, 4, true, 0x00020192}, // device type: servo drive, profile 402
     {0x1018, 0, 1, true, 4},          // identity; the others come from the slave
     {0x1018, 1, 4, true, 0},          {0x1018, 2, 4, true, 0},          {0x1018, 3, 4, true, 0},
@@ -41,7 +41,7 @@ std::uint32_t initialValue(const Row& row, const Slave& slave) {
 } // namespace
 
 void completeDriveObjects(Slave& slave) {
-  for (const Row& row : rows) {
+  for (const Row& row : ROWS) {
     const auto found = std::find_if(slave.objects.begin(), slave.objects.end(), [&](const Object& object) {
       return object.index == row.index && object.subindex == row.subindex;
     });
@@ -60,7 +60,7 @@ void completeDriveObjects(Slave& slave) {
 }
 
 std::size_t driveObjectSize(std::uint16_t index, std::uint8_t subindex) {
-  for (const Row& row : rows) {
+  for (const Row& row : ROWS) {
     if (row.index == index && row.subindex == subindex) {
       return row.size;
     }

@@ -9,9 +9,9 @@ namespace ethercat_simulation {
 
 namespace {
 
-constexpr std::uint16_t newSetPointBit = 0x10;
-constexpr std::uint16_t immediatelyBit = 0x20;
-constexpr std::uint16_t relativeBit = 0x40;
+constexpr std::uint16_t NEW_SET_POINT_BIT = 0x10;
+constexpr std::uint16_t IMMEDIATELY_BIT = 0x20;
+constexpr std::uint16_t RELATIVE_BIT = 0x40;
 
 } // namespace
 
@@ -23,11 +23,11 @@ void DriveProfile::start(double position, double velocity) {
 }
 
 void DriveProfile::command(std::uint16_t controlword, std::int32_t target) {
-  const bool requested = (controlword & newSetPointBit) != 0;
+  const bool requested = (controlword & NEW_SET_POINT_BIT) != 0;
   if (requested && !m_requested) {
     const double base = m_hasNext ? m_next : m_goal;
-    const double goal = (controlword & relativeBit) != 0 ? base + target : DriveMotion::unwrap(target, base);
-    const bool now = arrived() || (controlword & immediatelyBit) != 0;
+    const double goal = (controlword & RELATIVE_BIT) != 0 ? base + target : DriveMotion::unwrap(target, base);
+    const bool now = arrived() || (controlword & IMMEDIATELY_BIT) != 0;
     m_accepted = now || !m_hasNext;
     if (now) {
       m_goal = goal;

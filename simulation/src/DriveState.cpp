@@ -4,29 +4,29 @@ namespace ethercat_simulation {
 
 namespace {
 
-constexpr std::uint16_t switchOnBit = 0x01;
-constexpr std::uint16_t voltageBit = 0x02;
-constexpr std::uint16_t noQuickStopBit = 0x04;
-constexpr std::uint16_t enableBit = 0x08;
-constexpr std::uint16_t resetBit = 0x80;
+constexpr std::uint16_t SWITCH_ON_BIT = 0x01;
+constexpr std::uint16_t VOLTAGE_BIT = 0x02;
+constexpr std::uint16_t NO_QUICK_STOP_BIT = 0x04;
+constexpr std::uint16_t ENABLE_BIT = 0x08;
+constexpr std::uint16_t RESET_BIT = 0x80;
 
-constexpr std::int16_t coastOption = 0;     // of a quick stop: power off at once
-constexpr std::int16_t firstHoldOption = 5; // from here on the drive stays in quick stop active
+constexpr std::int16_t COAST_OPTION = 0;      // of a quick stop: power off at once
+constexpr std::int16_t FIRST_HOLD_OPTION = 5; // from here on the drive stays in quick stop active
 
 } // namespace
 
 void DriveState::step(std::uint16_t controlword, std::int16_t stopOption, bool standstill) {
-  const bool reset = (controlword & resetBit) != 0;
+  const bool reset = (controlword & RESET_BIT) != 0;
   m_resetEdge = reset && !m_resetBit;
   m_resetBit = reset;
   m_state = next(controlword, stopOption, standstill);
 }
 
 PowerState DriveState::next(std::uint16_t controlword, std::int16_t stopOption, bool standstill) const {
-  const bool voltage = (controlword & voltageBit) != 0;
-  const bool quickStop = voltage && (controlword & noQuickStopBit) == 0;
-  const bool switchOn = (controlword & switchOnBit) != 0;
-  const bool enable = (controlword & enableBit) != 0;
+  const bool voltage = (controlword & VOLTAGE_BIT) != 0;
+  const bool quickStop = voltage && (controlword & NO_QUICK_STOP_BIT) == 0;
+  const bool switchOn = (controlword & SWITCH_ON_BIT) != 0;
+  const bool enable = (controlword & ENABLE_BIT) != 0;
   const bool off = !voltage || quickStop;
   switch (m_state) {
   case PowerState::notReady:
@@ -41,7 +41,7 @@ PowerState DriveState::next(std::uint16_t controlword, std::int16_t stopOption, 
            : enable    ? PowerState::operationEnabled
                        : m_state;
   case PowerState::operationEnabled:
-    if (quickStop && stopOption != coastOption) {
+    if (quickStop && stopOption != COAST_OPTION) {
       return PowerState::quickStopActive;
     }
     return off         ? PowerState::switchOnDisabled
@@ -60,12 +60,12 @@ PowerState DriveState::next(std::uint16_t controlword, std::int16_t stopOption, 
 
 PowerState DriveState::afterQuickStop(std::uint16_t controlword, std::int16_t stopOption,
                                       bool standstill) const {
-  constexpr std::uint16_t operation = switchOnBit | voltageBit | noQuickStopBit | enableBit;
-  if ((controlword & voltageBit) == 0) {
+  constexpr std::uint16_t OPERATION = SWITCH_ON_BIT | VOLTAGE_BIT | NO_QUICK_STOP_BIT | ENABLE_BIT;
+  if ((controlword & VOLTAGE_BIT) == 0) {
     return PowerState::switchOnDisabled;
   }
-  if (stopOption >= firstHoldOption) {
-    return (controlword & operation) == operation ? PowerState::operationEnabled : m_state;
+  if (stopOption >= FIRST_HOLD_OPTION) {
+    return (controlword & OPERATION) == OPERATION ? PowerState::operationEnabled : m_state;
   }
   return standstill ? PowerState::switchOnDisabled : m_state;
 }

@@ -42,7 +42,7 @@ void ecrt_release_master(ec_master_t* master) {
 
 int ecrt_master_get_slave(ec_master_t* master, uint16_t slave_position, ec_slave_info_t* slave_info) {
   return invoke<Master>(
-      Call::getSlave, master, badHandleResult,
+      Call::getSlave, master, BAD_HANDLE_RESULT,
       [&](Master& held) {
         held.catchUp();
         return held.topology().slaveInfo(slave_position, *slave_info);
@@ -68,7 +68,7 @@ ec_domain_t* ecrt_master_create_domain(ec_master_t* master) {
 
 int ecrt_master_activate(ec_master_t* master) {
   return invoke<Master>(
-      Call::activate, master, badHandleResult, [](Master& held) { return held.activate(); }, NoArguments());
+      Call::activate, master, BAD_HANDLE_RESULT, [](Master& held) { return held.activate(); }, NoArguments());
 }
 
 void ecrt_master_deactivate(ec_master_t* master) {
@@ -116,7 +116,7 @@ int ecrt_master_link_state(const ec_master_t* master, unsigned int dev_idx, ec_m
     state->link_up = whole.link_up;
     return 0;
   };
-  return invoke<Master>(Call::linkState, master, badHandleResult, work,
+  return invoke<Master>(Call::linkState, master, BAD_HANDLE_RESULT, work,
                         [&](const Master&) { return std::to_string(dev_idx); });
 }
 
@@ -153,7 +153,7 @@ int ecrt_master_reference_clock_time(ec_master_t* master, uint32_t* time) {
   const auto work = [&](Master& held) {
     return held.hasReferenceClock() ? held.clock().referenceTime(*time) : -ENXIO;
   };
-  return invoke<Master>(Call::referenceClockTime, master, badHandleResult, work, NoArguments());
+  return invoke<Master>(Call::referenceClockTime, master, BAD_HANDLE_RESULT, work, NoArguments());
 }
 
 int ecrt_master_select_reference_clock(ec_master_t* master, ec_slave_config_t* sc) {
@@ -163,14 +163,14 @@ int ecrt_master_select_reference_clock(ec_master_t* master, ec_slave_config_t* s
     }
     const auto* configuration = resolve<SlaveConfiguration>(Call::selectReferenceClock, sc);
     if (configuration == nullptr) {
-      return badHandleResult;
+      return BAD_HANDLE_RESULT;
     }
     if (&configuration->master() != &held) {
       held.recorder().addForeignHandle(Call::selectReferenceClock);
-      return badHandleResult;
+      return BAD_HANDLE_RESULT;
     }
     return 0; // an unsuitable slave is passed over in silence; all clocks here show the same time
   };
-  return invoke<Master>(Call::selectReferenceClock, master, badHandleResult, work,
+  return invoke<Master>(Call::selectReferenceClock, master, BAD_HANDLE_RESULT, work,
                         [&](const Master&) { return placeText(sc); });
 }

@@ -22,7 +22,7 @@ int blocking(Master& master, std::uint16_t position, const SdoPlace& place, std:
   if (!unit->identity().coe) {
     return -EPROTONOSUPPORT;
   }
-  master.waitForBus(32 * millisecond);
+  master.waitForBus(32 * MILLISECOND);
   if (!unit->responding() || !unit->hasMailbox() || !master.topology().link()) {
     return -EIO;
   }
@@ -43,7 +43,7 @@ int download(Call call, ec_master_t* master, std::uint16_t position, const SdoPl
                          return objects.download(place, data, size);
                        });
   };
-  return invoke<Master>(call, master, badHandleResult, work,
+  return invoke<Master>(call, master, BAD_HANDLE_RESULT, work,
                         [&](const Master&) { return describe(position, place); });
 }
 
@@ -78,6 +78,6 @@ int ecrt_master_sdo_upload(ec_master_t* master, uint16_t slave_position, uint16_
     const int result = blocking(held, slave_position, place, abort_code, transfer);
     return result == 0 && *result_size > target_size ? -EOVERFLOW : result;
   };
-  return invoke<Master>(Call::sdoUpload, master, badHandleResult, work,
+  return invoke<Master>(Call::sdoUpload, master, BAD_HANDLE_RESULT, work,
                         [&](const Master&) { return describe(slave_position, place); });
 }

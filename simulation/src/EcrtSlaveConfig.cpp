@@ -53,7 +53,7 @@ ec_sdo_request_t* createRequest(SlaveConfiguration& configuration, const SdoPlac
 
 int ecrt_slave_config_pdos(ec_slave_config_t* sc, unsigned int n_syncs, const ec_sync_info_t syncs[]) {
   return invoke<SlaveConfiguration>(
-      Call::configPdos, sc, badHandleResult,
+      Call::configPdos, sc, BAD_HANDLE_RESULT,
       [&](SlaveConfiguration& configuration) { return configuration.configurePdos(n_syncs, syncs); },
       [&](const SlaveConfiguration& configuration) {
         return configuration.place() + ", " + (n_syncs == EC_END ? "EC_END" : std::to_string(n_syncs)) +

@@ -13,21 +13,21 @@ namespace ethercat_simulation {
 class EscRegisters {
 public:
   // Addresses of the counters that the simulation's faults count up.
-  static constexpr std::uint16_t invalidFrame = 0x0300;   // by port, 2 bytes each
-  static constexpr std::uint16_t forwardedError = 0x0308; // by port
-  static constexpr std::uint16_t pdiError = 0x030D;
-  static constexpr std::uint16_t lostLink = 0x0310; // by port
+  static constexpr std::uint16_t INVALID_FRAME = 0x0300;   // by port, 2 bytes each
+  static constexpr std::uint16_t FORWARDED_ERROR = 0x0308; // by port
+  static constexpr std::uint16_t PDI_ERROR = 0x030D;
+  static constexpr std::uint16_t LOST_LINK = 0x0310; // by port
 
-  static constexpr std::size_t space = 0x10000;
-  static bool holds(std::uint16_t address, std::size_t size) { return size <= space - address; }
+  static constexpr std::size_t SPACE = 0x10000;
+  static bool holds(std::uint16_t address, std::size_t size) { return size <= SPACE - address; }
 
   // Stops at the highest value. Does not allocate.
   void count(std::uint16_t counter, unsigned int times = 1) {
-    std::uint8_t& value = m_counters[counter - firstCounter];
+    std::uint8_t& value = m_counters[counter - FIRST_COUNTER];
     value = static_cast<std::uint8_t>(std::min(value + times, 0xFFU));
   }
   static bool isCounter(std::size_t address) {
-    return address >= firstCounter && address < firstCounter + counterCount;
+    return address >= FIRST_COUNTER && address < FIRST_COUNTER + COUNTER_COUNT;
   }
   // The slave has been switched off and on. Keeps its memory, so that nothing is allocated anew.
   void clear();
@@ -49,12 +49,12 @@ public:
   void set(std::uint16_t address, const std::vector<std::uint8_t>& bytes);
 
 private:
-  static constexpr std::uint16_t firstCounter = 0x0300;
-  static constexpr std::size_t counterCount = 0x14;
+  static constexpr std::uint16_t FIRST_COUNTER = 0x0300;
+  static constexpr std::size_t COUNTER_COUNT = 0x14;
 
   void store(std::size_t address, std::uint8_t value);
 
-  std::array<std::uint8_t, counterCount> m_counters{};
+  std::array<std::uint8_t, COUNTER_COUNT> m_counters{};
   std::vector<std::uint8_t> m_memory; // grows with the highest register written
 };
 

@@ -6,14 +6,14 @@ namespace {
 
 // A number from 0 to 1 that depends on nothing else: a line's chances do not change with the other lines.
 double chance(std::uint64_t seed, std::uint64_t line, std::uint64_t cycle) {
-  constexpr double range = 18446744073709551616.0; // 2^64
+  constexpr double RANGE = 18446744073709551616.0; // 2^64
   std::uint64_t mixed = (seed << 32U ^ line) + cycle * 0x9E3779B97F4A7C15U;
   for (int round = 0; round < 2; ++round) {
     mixed = (mixed ^ mixed >> 30U) * 0xBF58476D1CE4E5B9U;
     mixed = (mixed ^ mixed >> 27U) * 0x94D049BB133111EBU;
     mixed ^= mixed >> 31U;
   }
-  return static_cast<double>(mixed) / range;
+  return static_cast<double>(mixed) / RANGE;
 }
 
 void begin(Bus& bus, const Fault& fault) {
@@ -83,7 +83,7 @@ void end(Bus& bus, const Fault& fault) {
 bool isSchedulable(const Fault& fault) {
   const int beginnings =
       (fault.at != 0 ? 1 : 0) + (fault.every != 0 ? 1 : 0) + (fault.probability > 0 ? 1 : 0);
-  const bool isCounter = fault.counter >= firstErrorCounter && fault.counter <= lastErrorCounter;
+  const bool isCounter = fault.counter >= FIRST_ERROR_COUNTER && fault.counter <= LAST_ERROR_COUNTER;
   return beginnings == 1 && fault.duration > 0 && (fault.kind != FaultKind::errorCounter || isCounter);
 }
 

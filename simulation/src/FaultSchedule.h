@@ -8,8 +8,8 @@
 namespace ethercat_simulation {
 
 // Registers that count errors.
-constexpr std::uint16_t firstErrorCounter = 0x0300;
-constexpr std::uint16_t lastErrorCounter = 0x0313;
+constexpr std::uint16_t FIRST_ERROR_COUNTER = 0x0300;
+constexpr std::uint16_t LAST_ERROR_COUNTER = 0x0313;
 
 // Whether such a fault begins at all and lasts.
 bool isSchedulable(const Fault& fault);

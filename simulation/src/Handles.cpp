@@ -17,7 +17,7 @@ void* Handles::append(const Handle& handle) {
   }
   record(number) = handle;
   m_count.store(number + 1, std::memory_order_release);
-  return reinterpret_cast<void*>(base + (m_forgotten + number) * stride); // NOLINT(performance-no-int-to-ptr)
+  return reinterpret_cast<void*>(BASE + (m_forgotten + number) * STRIDE); // NOLINT(performance-no-int-to-ptr)
 }
 
 void Handles::kill(void* address) {

@@ -56,14 +56,14 @@ public:
 
   // Null for an address that is no handle of the masters that exist.
   const Handle* find(const void* address) const {
-    const auto distance = reinterpret_cast<std::uintptr_t>(address) - base;
-    const std::size_t number = distance / stride - m_forgotten;
-    return distance % stride == 0 && number < m_count.load(std::memory_order_acquire) ? &record(number)
+    const auto distance = reinterpret_cast<std::uintptr_t>(address) - BASE;
+    const std::size_t number = distance / STRIDE - m_forgotten;
+    return distance % STRIDE == 0 && number < m_count.load(std::memory_order_acquire) ? &record(number)
                                                                                       : nullptr;
   }
   // A handle from before the last forgetAll().
   bool isForgotten(const void* address) const {
-    return reinterpret_cast<std::uintptr_t>(address) - base < m_forgotten * stride;
+    return reinterpret_cast<std::uintptr_t>(address) - BASE < m_forgotten * STRIDE;
   }
 
 private:
@@ -71,20 +71,20 @@ private:
   void* append(const Handle& handle);
 
   // Blocks of 64, 64, 128, 256 and so on: of a number, the highest bit tells the block.
-  static constexpr std::size_t firstBlock = 64;
+  static constexpr std::size_t FIRST_BLOCK = 64;
   static std::size_t blockOf(std::size_t number) {
-    return number < firstBlock ? 0 : static_cast<std::size_t>(58 - __builtin_clzl(number));
+    return number < FIRST_BLOCK ? 0 : static_cast<std::size_t>(58 - __builtin_clzl(number));
   }
-  static std::size_t startOf(std::size_t block) { return block == 0 ? 0 : firstBlock << (block - 1); }
+  static std::size_t startOf(std::size_t block) { return block == 0 ? 0 : FIRST_BLOCK << (block - 1); }
   Handle& record(std::size_t number) const {
     const std::size_t block = blockOf(number);
     return m_blocks[block][number - startOf(block)];
   }
 
-  static constexpr std::size_t stride = 16;
+  static constexpr std::size_t STRIDE = 16;
   // Neither half of the address space of x86-64, with four or five levels of pages; on ARM, where the top
   // byte counts for nothing, in the half of the kernel.
-  static constexpr std::uintptr_t base = 0x7EC0'0000'0000'0000;
+  static constexpr std::uintptr_t BASE = 0x7EC0'0000'0000'0000;
 
   std::size_t m_forgotten = 0; // handles of earlier times
   std::atomic<std::size_t> m_count{0};

@@ -11,15 +11,15 @@
 
 namespace ethercat_simulation {
 
-constexpr unsigned int syncManagerCount = EC_MAX_SYNC_MANAGERS;
-constexpr std::size_t fmmuCount = 16;          // per slave
-constexpr std::size_t datagramCapacity = 1486; // bytes of process data
+constexpr unsigned int SYNC_MANAGER_COUNT = EC_MAX_SYNC_MANAGERS;
+constexpr std::size_t FMMU_COUNT = 16;          // per slave
+constexpr std::size_t DATAGRAM_CAPACITY = 1486; // bytes of process data
 
-constexpr std::uint8_t stateInit = EC_AL_STATE_INIT;
-constexpr std::uint8_t statePreop = EC_AL_STATE_PREOP;
-constexpr std::uint8_t stateBoot = 3; // on the bus, not in <ecrt.h>
-constexpr std::uint8_t stateSafeop = EC_AL_STATE_SAFEOP;
-constexpr std::uint8_t stateOp = EC_AL_STATE_OP;
+constexpr std::uint8_t STATE_INIT = EC_AL_STATE_INIT;
+constexpr std::uint8_t STATE_PREOP = EC_AL_STATE_PREOP;
+constexpr std::uint8_t STATE_BOOT = 3; // on the bus, not in <ecrt.h>
+constexpr std::uint8_t STATE_SAFEOP = EC_AL_STATE_SAFEOP;
+constexpr std::uint8_t STATE_OP = EC_AL_STATE_OP;
 
 } // namespace ethercat_simulation
 

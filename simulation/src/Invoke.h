@@ -13,7 +13,7 @@ namespace ethercat_simulation {
 struct Nothing {};
 
 // What a call answers to a dead or foreign handle; the real master would say EPERM, where it does not crash.
-constexpr int badHandleResult = -EPERM;
+constexpr int BAD_HANDLE_RESULT = -EPERM;
 
 void chargeBadHandle(Call call, const void* handle);
 

@@ -18,9 +18,9 @@ using nlohmann::json;
 
 namespace {
 
-constexpr std::size_t largestFile = 64U << 20U;
-constexpr std::size_t deepestNesting = 32;
-constexpr std::size_t longestReason = 160;
+constexpr std::size_t LARGEST_FILE = 64U << 20U;
+constexpr std::size_t DEEPEST_NESTING = 32;
+constexpr std::size_t LONGEST_REASON = 160;
 
 std::string readAll(const std::string& path) {
   // Not blocking: a pipe without a writer would hold up the application for ever.
@@ -38,7 +38,7 @@ std::string readAll(const std::string& path) {
   std::vector<char> buffer(1U << 16U);
   while (const std::size_t got = std::fread(buffer.data(), 1, buffer.size(), file.get())) {
     text.append(buffer.data(), got);
-    if (text.size() > largestFile) {
+    if (text.size() > LARGEST_FILE) {
       throw FileProblem{"", "is larger than 64 MiB"};
     }
   }
@@ -60,7 +60,7 @@ FileProblem malformed(const std::string& text, std::size_t position, std::string
     reason.remove_prefix(prefixEnd == std::string_view::npos ? 0 : prefixEnd + 2);
   }
   reason = reason.substr(0, reason.find("; last read"));
-  return {std::to_string(line) + ":" + std::to_string(column), printable(reason, longestReason)};
+  return {std::to_string(line) + ":" + std::to_string(column), printable(reason, LONGEST_REASON)};
 }
 
 // Goes through the document before it is built: the parser itself keeps the last of two equal keys and
@@ -101,7 +101,7 @@ private:
   };
 
   bool enter(bool isArray) {
-    if (m_levels.size() == deepestNesting) {
+    if (m_levels.size() == DEEPEST_NESTING) {
       throw FileProblem{place(), "is nested too deeply"};
     }
     m_levels.emplace_back();

@@ -37,7 +37,7 @@ int Master::activate() {
   for (const auto& domain : m_domains) {
     if (!domain->fitsDatagrams()) {
       std::fprintf(stderr, "Failed to activate master %u: a sync manager exceeds %zu bytes.\n", m_index,
-                   datagramCapacity);
+                   DATAGRAM_CAPACITY);
       return -EINVAL;
     }
     size += domain->size();

@@ -8,15 +8,15 @@ namespace ethercat_simulation {
 namespace {
 
 // Station addresses as the real master gives them out: from 0x03E9 on in the order of the ring.
-constexpr std::size_t firstStation = 0x03E9;
+constexpr std::size_t FIRST_STATION = 0x03E9;
 
 // Beside a cycle of 1 ms it takes 6 to 16 ms.
-constexpr Moment registerAccess = 11 * millisecond;
+constexpr Moment REGISTER_ACCESS = 11 * MILLISECOND;
 
 } // namespace
 
 EscRegisters::Live Master::liveRegisters(const SlaveUnit& unit, std::size_t position) const {
-  return {static_cast<std::uint16_t>(firstStation + position),
+  return {static_cast<std::uint16_t>(FIRST_STATION + position),
           unit.state(),
           unit.alError(),
           unit.alCode(),
@@ -35,7 +35,7 @@ int Master::readRegisters(std::size_t position, std::uint16_t address, std::uint
   if (!unit->responding() || !m_topology.link() || !EscRegisters::holds(address, size)) {
     return EIO;
   }
-  waitForBus(registerAccess);
+  waitForBus(REGISTER_ACCESS);
   unit->registers().read(address, data, size, liveRegisters(*unit, position));
   return 0;
 }
@@ -49,7 +49,7 @@ int Master::writeRegisters(std::size_t position, std::uint16_t address, const st
   if (!unit->responding() || !m_topology.link() || !EscRegisters::holds(address, size)) {
     return EIO;
   }
-  waitForBus(registerAccess);
+  waitForBus(REGISTER_ACCESS);
   unit->registers().write(address, data, size);
   return 0;
 }

@@ -7,8 +7,8 @@ namespace ethercat_simulation {
 
 namespace {
 
-constexpr const char* warning = "WARNING";
-constexpr const char* error = "ERROR";
+constexpr const char* WARNING = "WARNING";
+constexpr const char* ERROR = "ERROR";
 
 } // namespace
 
@@ -16,7 +16,7 @@ void PdoWriter::write(const SyncManagerPlans& plans) const {
   if (!m_identity.coe || !m_slave.areKnown()) {
     return; // nowhere to write to, or nothing to compare with
   }
-  for (unsigned int manager = 0; manager < syncManagerCount; ++manager) {
+  for (unsigned int manager = 0; manager < SYNC_MANAGER_COUNT; ++manager) {
     const SyncManagerPlan& plan = plans[manager];
     if (plan.direction == EC_DIR_INVALID && !m_slave.hasManager(manager)) {
       continue;
@@ -34,18 +34,18 @@ void PdoWriter::writeMapping(const Pdo& pdo) const {
   if (!m_identity.pdoConfig) {
     const std::vector<Entry>* mapping = m_slave.mapping(pdo.index);
     if (mapping == nullptr || !isSame(*mapping, pdo.entries)) {
-      log(warning, "Slave does not support changing the PDO mapping! (0x%04X)", unsigned{pdo.index});
+      log(WARNING, "Slave does not support changing the PDO mapping! (0x%04X)", unsigned{pdo.index});
     }
     return;
   }
   if (!m_slave.clearMapping(pdo.index)) {
-    log(warning, "Failed to clear the mapping of PDO 0x%04X.", unsigned{pdo.index});
+    log(WARNING, "Failed to clear the mapping of PDO 0x%04X.", unsigned{pdo.index});
     return;
   }
   for (const Entry& entry : pdo.entries) {
     if (!m_slave.map(pdo.index, entry)) {
       m_slave.clearMapping(pdo.index); // the number of entries is written last, and never was
-      log(warning, "Failed to map 0x%04X:%02X into PDO 0x%04X, which is empty now.", unsigned{entry.index},
+      log(WARNING, "Failed to map 0x%04X:%02X into PDO 0x%04X, which is empty now.", unsigned{entry.index},
           unsigned{entry.subindex}, unsigned{pdo.index});
       return;
     }
@@ -55,18 +55,18 @@ void PdoWriter::writeMapping(const Pdo& pdo) const {
 bool PdoWriter::writeAssignment(unsigned int manager, const std::vector<Pdo>& pdos) const {
   if (!m_identity.pdoAssign) {
     if (!m_slave.isAssigned(manager, pdos)) {
-      log(warning, "Slave does not support assigning PDOs! (SM%u)", manager);
+      log(WARNING, "Slave does not support assigning PDOs! (SM%u)", manager);
     }
     return true;
   }
   if (!m_slave.clearAssignment(manager)) {
-    log(warning, "Failed to clear the PDO assignment of SM%u.", manager);
+    log(WARNING, "Failed to clear the PDO assignment of SM%u.", manager);
     return true;
   }
   for (const Pdo& pdo : pdos) {
     if (!m_slave.assign(manager, pdo.index)) {
       m_slave.clearAssignment(manager);
-      log(warning, "PDO configuration failed. (0x%04X refused in SM%u)", unsigned{pdo.index}, manager);
+      log(WARNING, "PDO configuration failed. (0x%04X refused in SM%u)", unsigned{pdo.index}, manager);
       return false;
     }
   }
@@ -74,7 +74,7 @@ bool PdoWriter::writeAssignment(unsigned int manager, const std::vector<Pdo>& pd
 }
 
 void PdoWriter::reportRefusal(std::uint16_t alStatusCode) const {
-  log(error, "Failed to set SAFEOP state, slave refused state change with AL status code 0x%04X.",
+  log(ERROR, "Failed to set SAFEOP state, slave refused state change with AL status code 0x%04X.",
       unsigned{alStatusCode});
 }
 

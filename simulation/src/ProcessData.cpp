@@ -33,9 +33,9 @@ std::uint64_t readBits(const std::vector<std::uint8_t>& bytes, std::size_t bit, 
 
 void SlaveConfiguration::allocateProcessData() {
   // A block keeps the size of its first registration, even when the PDOs have been configured anew since.
-  std::array<std::size_t, syncManagerCount> outputSize{};
-  std::array<std::size_t, syncManagerCount> inputSize{};
-  for (unsigned int manager = 0; manager < syncManagerCount; ++manager) {
+  std::array<std::size_t, SYNC_MANAGER_COUNT> outputSize{};
+  std::array<std::size_t, SYNC_MANAGER_COUNT> inputSize{};
+  for (unsigned int manager = 0; manager < SYNC_MANAGER_COUNT; ++manager) {
     const SyncManagerPlan& plan = m_plans[manager];
     (plan.direction == EC_DIR_INPUT ? inputSize : outputSize)[manager] = plan.size();
   }
@@ -47,7 +47,7 @@ void SlaveConfiguration::allocateProcessData() {
   std::size_t inputs = 0;
   m_outputEntries.clear();
   m_inputEntries.clear();
-  for (unsigned int manager = 0; manager < syncManagerCount; ++manager) {
+  for (unsigned int manager = 0; manager < SYNC_MANAGER_COUNT; ++manager) {
     m_outputStart[manager] = outputs;
     m_inputStart[manager] = inputs;
     outputs += outputSize[manager];

@@ -4,9 +4,9 @@ namespace ethercat_simulation {
 
 namespace {
 
-constexpr std::size_t misuseLines = 100;
+constexpr std::size_t MISUSE_LINES = 100;
 
-constexpr std::array<const char*, callKinds> callNames{
+constexpr std::array<const char*, CALL_KINDS> CALL_NAMES{
     "ecrt_request_master",
     "ecrt_release_master",
     "ecrt_master_get_slave",
@@ -51,7 +51,7 @@ constexpr std::array<const char*, callKinds> callNames{
 } // namespace
 
 const char* callName(Call call) {
-  return callNames[static_cast<std::size_t>(call)];
+  return CALL_NAMES[static_cast<std::size_t>(call)];
 }
 
 void Recorder::orderFailure(Call call, int result, unsigned int after) {
@@ -96,7 +96,7 @@ void Recorder::addForeignHandle(Call call) {
 }
 
 void Recorder::addLine(const std::string& line) {
-  if (m_misuse.lines.size() < misuseLines) {
+  if (m_misuse.lines.size() < MISUSE_LINES) {
     m_misuse.lines.push_back(line);
   }
 }

@@ -10,7 +10,7 @@
 
 namespace ethercat_simulation {
 
-constexpr std::size_t callKinds = static_cast<std::size_t>(Call::count);
+constexpr std::size_t CALL_KINDS = static_cast<std::size_t>(Call::count);
 
 const char* callName(Call call);
 
@@ -78,10 +78,10 @@ private:
   void addOutOfOrder(Call call, bool active);
   void addLine(const std::string& line);
 
-  std::array<std::uint64_t, callKinds> m_counts{};
+  std::array<std::uint64_t, CALL_KINDS> m_counts{};
   std::uint64_t m_armed = 0; // one bit per call with orders waiting
-  static_assert(callKinds <= 64, "one bit each");
-  std::array<std::deque<Order>, callKinds> m_orders;
+  static_assert(CALL_KINDS <= 64, "one bit each");
+  std::array<std::deque<Order>, CALL_KINDS> m_orders;
   Misuse m_misuse;
   bool m_tracing = false;
   std::vector<TraceEntry> m_trace;

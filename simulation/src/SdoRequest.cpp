@@ -9,13 +9,13 @@ namespace ethercat_simulation {
 
 namespace {
 
-constexpr std::uint8_t unwritten = 0xA5; // the real buffer is not initialised
+constexpr std::uint8_t UNWRITTEN = 0xA5; // the real buffer is not initialised
 
 } // namespace
 
 SdoRequest::SdoRequest(SlaveConfiguration& owner, const SdoPlace& place, std::size_t size)
-    : m_owner(owner), m_place(place), m_size(size), m_dataSize(size), m_buffer(size, unwritten),
-      m_kernel(size, unwritten) {}
+    : m_owner(owner), m_place(place), m_size(size), m_dataSize(size), m_buffer(size, UNWRITTEN),
+      m_kernel(size, UNWRITTEN) {}
 
 Master& SdoRequest::master() const {
   return m_owner.master();
@@ -71,7 +71,7 @@ void SdoRequest::start(bool read) {
 
 bool SdoRequest::hasWaitedTooLong(bool inTime, Moment now) const {
   const std::uint64_t waited =
-      inTime ? static_cast<std::uint64_t>((now - m_started) / millisecond) : m_waited;
+      inTime ? static_cast<std::uint64_t>((now - m_started) / MILLISECOND) : m_waited;
   return m_timeout != 0 && waited > m_timeout;
 }
 

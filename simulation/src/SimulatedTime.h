@@ -8,8 +8,8 @@ namespace ethercat_simulation {
 
 // ns
 using Moment = std::int64_t;
-constexpr Moment microsecond = 1000;
-constexpr Moment millisecond = 1'000'000;
+constexpr Moment MICROSECOND = 1000;
+constexpr Moment MILLISECOND = 1'000'000;
 
 // Follows the monotonic clock, or passes by cycles, the same for every run.
 class SimulatedTime {

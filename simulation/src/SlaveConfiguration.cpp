@@ -28,7 +28,7 @@ void SlaveConfiguration::loadDefaultMapping() {
     return;
   }
   for (const SyncManager& manager : m_unit->identity().defaultMapping) {
-    if (manager.index < syncManagerCount) {
+    if (manager.index < SYNC_MANAGER_COUNT) {
       m_plans[manager.index] = {manager.direction == Direction::output ? EC_DIR_OUTPUT : EC_DIR_INPUT,
                                 manager.pdos};
     }
@@ -41,7 +41,7 @@ int SlaveConfiguration::configurePdos(unsigned int count, const ec_sync_info_t* 
   }
   for (unsigned int i = 0; i < count && syncs[i].index != 0xFF; ++i) {
     const ec_sync_info_t& sync = syncs[i];
-    if (sync.index >= syncManagerCount) {
+    if (sync.index >= SYNC_MANAGER_COUNT) {
       return -ENOENT;
     }
     if (sync.dir != EC_DIR_OUTPUT && sync.dir != EC_DIR_INPUT) {
@@ -108,7 +108,7 @@ Pdo* SlaveConfiguration::findPdo(std::uint16_t index) {
 
 int SlaveConfiguration::registerEntry(std::uint16_t index, std::uint8_t subindex, Domain& domain,
                                       unsigned int* bitPosition) {
-  for (unsigned int manager = 0; manager < syncManagerCount; ++manager) {
+  for (unsigned int manager = 0; manager < SYNC_MANAGER_COUNT; ++manager) {
     std::size_t bits = 0;
     for (const Pdo& pdo : m_plans[manager].pdos) {
       for (const Entry& entry : pdo.entries) {
@@ -143,7 +143,7 @@ int SlaveConfiguration::reserve(Domain& domain, unsigned int syncManager) {
       return static_cast<int>(fmmu.offset);
     }
   }
-  if (m_fmmus.size() == fmmuCount) {
+  if (m_fmmus.size() == FMMU_COUNT) {
     return -EOVERFLOW;
   }
   const SyncManagerPlan& plan = m_plans[syncManager];

@@ -104,8 +104,8 @@ private:
   SlaveUnit* m_answering = nullptr;
   std::vector<std::uint8_t> m_outputs;
   std::vector<std::uint8_t> m_inputs;
-  std::array<std::size_t, syncManagerCount> m_outputStart{};
-  std::array<std::size_t, syncManagerCount> m_inputStart{};
+  std::array<std::size_t, SYNC_MANAGER_COUNT> m_outputStart{};
+  std::array<std::size_t, SYNC_MANAGER_COUNT> m_inputStart{};
   std::vector<EntryPlace> m_outputEntries;
   std::vector<EntryPlace> m_inputEntries;
   bool m_freshOutputs = false;

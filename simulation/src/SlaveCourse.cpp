@@ -7,20 +7,20 @@ namespace {
 
 // Stages of a climb, from its beginning and then each from the one before. What the slave spends in PREOP is
 // its own.
-constexpr Moment toBusy = 8 * millisecond;
-constexpr Moment toInit = 24 * millisecond;
-constexpr Moment toPreop = 20 * millisecond;
-constexpr Moment toSafeop = 8 * millisecond; // from the FMMUs on: it answers a little before
-constexpr Moment toOp = 18 * millisecond;
+constexpr Moment TO_BUSY = 8 * MILLISECOND;
+constexpr Moment TO_INIT = 24 * MILLISECOND;
+constexpr Moment TO_PREOP = 20 * MILLISECOND;
+constexpr Moment TO_SAFEOP = 8 * MILLISECOND; // from the FMMUs on: it answers a little before
+constexpr Moment TO_OP = 18 * MILLISECOND;
 
-constexpr Moment requestedChange = 100 * millisecond;
-constexpr Moment firstChange = 20 * millisecond; // of a slave that has been switched on
-constexpr Moment recovery = 72 * millisecond;
+constexpr Moment REQUESTED_CHANGE = 100 * MILLISECOND;
+constexpr Moment FIRST_CHANGE = 20 * MILLISECOND; // of a slave that has been switched on
+constexpr Moment RECOVERY = 72 * MILLISECOND;
 
 } // namespace
 
 std::uint8_t SlaveUnit::target() const {
-  return m_requested != 0 ? m_requested : m_attached != nullptr && m_asked ? stateOp : statePreop;
+  return m_requested != 0 ? m_requested : m_attached != nullptr && m_asked ? STATE_OP : STATE_PREOP;
 }
 
 SlaveUnit::Course SlaveUnit::nextCourse() const {
@@ -30,7 +30,7 @@ SlaveUnit::Course SlaveUnit::nextCourse() const {
   if (m_alCode != 0) {
     return Course::recover;
   }
-  const bool climbs = target() >= stateSafeop && target() != stateBoot;
+  const bool climbs = target() >= STATE_SAFEOP && target() != STATE_BOOT;
   if (climbs && (m_restart || m_state != target())) {
     return Course::climb;
   }
@@ -40,10 +40,10 @@ SlaveUnit::Course SlaveUnit::nextCourse() const {
 void SlaveUnit::begin(Moment now) {
   m_course = nextCourse();
   m_stage = 0;
-  m_due = now + (m_course == Course::climb     ? toBusy
-                 : m_course == Course::recover ? recovery
-                 : m_requested != 0            ? requestedChange
-                                               : firstChange);
+  m_due = now + (m_course == Course::climb     ? TO_BUSY
+                 : m_course == Course::recover ? RECOVERY
+                 : m_requested != 0            ? REQUESTED_CHANGE
+                                               : FIRST_CHANGE);
 }
 
 bool SlaveUnit::advance(Moment now) {
@@ -71,8 +71,8 @@ void SlaveUnit::takeStage() {
     m_refused = true; // acknowledged, asked for the old state again: the trouble lasts
   } else {
     m_alCode = 0;
-    if (m_state == stateSafeop && target() == stateOp) {
-      go(stateOp);
+    if (m_state == STATE_SAFEOP && target() == STATE_OP) {
+      go(STATE_OP);
     }
   }
   halt();
@@ -83,29 +83,29 @@ void SlaveUnit::takeClimbStage() {
   switch (m_stage++) {
   case 0:
     m_busy = true;
-    m_due += toInit;
+    m_due += TO_INIT;
     break;
   case 1:
     m_open = false;
-    goesOn = go(stateInit);
-    m_due += toPreop;
+    goesOn = go(STATE_INIT);
+    m_due += TO_PREOP;
     break;
   case 2:
-    goesOn = go(statePreop);
-    m_due += Moment{m_identity.configurationUs} * microsecond;
+    goesOn = go(STATE_PREOP);
+    m_due += Moment{m_identity.configurationUs} * MICROSECOND;
     break;
   case 3:
     if (m_attached != nullptr) {
       writeProcessData();
     }
-    m_due += toSafeop;
+    m_due += TO_SAFEOP;
     break;
   case 4:
-    goesOn = go(stateSafeop) && target() > stateSafeop;
-    m_due += toOp;
+    goesOn = go(STATE_SAFEOP) && target() > STATE_SAFEOP;
+    m_due += TO_OP;
     break;
   default:
-    go(stateOp);
+    go(STATE_OP);
     goesOn = false;
   }
   if (!goesOn) {

@@ -8,9 +8,9 @@ namespace ethercat_simulation {
 
 namespace {
 
-constexpr std::uint16_t invalidOutputs = 0x001D;
-constexpr std::uint16_t invalidInputs = 0x001E;
-constexpr std::size_t mostEntries = 255; // the number stands in one byte
+constexpr std::uint16_t INVALID_OUTPUTS = 0x001D;
+constexpr std::uint16_t INVALID_INPUTS = 0x001E;
+constexpr std::size_t MOST_ENTRIES = 255; // the number stands in one byte
 
 std::tuple<std::uint16_t, std::uint8_t, std::uint8_t> key(const Entry& entry) {
   return {entry.index, entry.subindex, entry.bitLength};
@@ -66,7 +66,7 @@ void SlavePdos::add(const std::vector<Pdo>& pdos) {
   for (const Pdo& pdo : pdos) {
     m_pdos.push_back({&pdo, {}});
     if (m_identity.pdoConfig) {
-      m_pdos.back().entries.reserve(std::max(pdo.entries.size(), mostEntries));
+      m_pdos.back().entries.reserve(std::max(pdo.entries.size(), MOST_ENTRIES));
       m_mappable.insert(m_mappable.end(), pdo.entries.begin(), pdo.entries.end());
     }
   }
@@ -193,12 +193,12 @@ std::uint16_t SlavePdos::check(const SyncManagerPlans& plans) const {
   if (!m_identity.checksLengths || !areKnown()) {
     return 0;
   }
-  for (unsigned int index = 0; index < syncManagerCount; ++index) {
+  for (unsigned int index = 0; index < SYNC_MANAGER_COUNT; ++index) {
     if (plans[index].size() != length(index)) {
       const Manager* own = manager(index);
       const bool input =
           own != nullptr ? own->own->direction == Direction::input : plans[index].direction == EC_DIR_INPUT;
-      return input ? invalidInputs : invalidOutputs;
+      return input ? INVALID_INPUTS : INVALID_OUTPUTS;
     }
   }
   return 0;

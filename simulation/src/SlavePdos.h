@@ -15,7 +15,7 @@ struct SyncManagerPlan {
   std::vector<Pdo> pdos;
   std::size_t size() const; // bytes
 };
-using SyncManagerPlans = std::array<SyncManagerPlan, syncManagerCount>;
+using SyncManagerPlans = std::array<SyncManagerPlan, SYNC_MANAGER_COUNT>;
 
 bool isSame(const std::vector<Entry>& some, const std::vector<Entry>& others);
 

@@ -9,8 +9,8 @@ namespace ethercat_simulation {
 namespace {
 
 bool isState(std::uint8_t state) {
-  return state == stateInit || state == statePreop || state == stateBoot || state == stateSafeop ||
-         state == stateOp;
+  return state == STATE_INIT || state == STATE_PREOP || state == STATE_BOOT || state == STATE_SAFEOP ||
+         state == STATE_OP;
 }
 
 Slave completed(Slave slave) {
@@ -20,8 +20,8 @@ Slave completed(Slave slave) {
   return slave;
 }
 
-constexpr std::uint16_t watchdogCode = 0x001B;
-constexpr std::uint16_t refusalCode = 0x0011; // invalid requested state change
+constexpr std::uint16_t WATCHDOG_CODE = 0x001B;
+constexpr std::uint16_t REFUSAL_CODE = 0x0011; // invalid requested state change
 
 } // namespace
 
@@ -31,42 +31,42 @@ SlaveUnit::SlaveUnit(const Slave& identity)
                                                   : nullptr) {}
 
 std::uint16_t SlaveUnit::alCode() const {
-  return m_alCode == 0 && m_refused ? refusalCode : m_alCode;
+  return m_alCode == 0 && m_refused ? REFUSAL_CODE : m_alCode;
 }
 
 std::uint8_t SlaveUnit::wantedState() const {
   if (m_restart && m_attached != nullptr) {
-    return stateInit;
+    return STATE_INIT;
   }
   if (m_requested != 0) {
     return stepTowards(m_requested);
   }
   if (m_attached == nullptr || !m_asked) {
-    return statePreop;
+    return STATE_PREOP;
   }
   switch (m_state) {
-  case stateInit:
-    return statePreop;
-  case statePreop:
-    return stateSafeop;
+  case STATE_INIT:
+    return STATE_PREOP;
+  case STATE_PREOP:
+    return STATE_SAFEOP;
   default:
-    return stateOp;
+    return STATE_OP;
   }
 }
 
 // Down in one go, up one state at a time; BOOT is reached from INIT only and left to it only.
 std::uint8_t SlaveUnit::stepTowards(std::uint8_t state) const {
-  const bool boot = m_state == stateBoot || state == stateBoot;
+  const bool boot = m_state == STATE_BOOT || state == STATE_BOOT;
   if (!isState(state) || (state <= m_state && !boot)) {
     return state;
   }
   switch (m_state) {
-  case stateInit:
-    return state == stateBoot ? stateBoot : statePreop;
-  case statePreop:
-    return boot ? stateInit : stateSafeop;
+  case STATE_INIT:
+    return state == STATE_BOOT ? STATE_BOOT : STATE_PREOP;
+  case STATE_PREOP:
+    return boot ? STATE_INIT : STATE_SAFEOP;
   default:
-    return state == m_state ? state : boot ? stateInit : stateOp;
+    return state == m_state ? state : boot ? STATE_INIT : STATE_OP;
   }
 }
 
@@ -81,7 +81,7 @@ void SlaveUnit::request(std::uint8_t state) {
 
 void SlaveUnit::setResponding(bool responding) {
   if (m_responding && !responding) {
-    m_registers.count(EscRegisters::pdiError);
+    m_registers.count(EscRegisters::PDI_ERROR);
   }
   m_responding = responding;
 }
@@ -103,7 +103,7 @@ bool SlaveUnit::step(unsigned int climbCycles, unsigned int stagger) {
     return true;
   }
   go(wanted);
-  m_open = m_open && m_state >= stateSafeop;
+  m_open = m_open && m_state >= STATE_SAFEOP;
   m_busy = !m_refused && wantedState() != m_state;
   return true;
 }
@@ -113,17 +113,17 @@ bool SlaveUnit::go(std::uint8_t state) {
   if (!m_refused) {
     enter(state);
   }
-  m_open = m_open && !(m_refused && state == stateSafeop);
+  m_open = m_open && !(m_refused && state == STATE_SAFEOP);
   return !m_refused;
 }
 
 bool SlaveUnit::accepts(std::uint8_t state) {
-  const bool needsConfiguration = state >= stateSafeop && m_attached == nullptr;
+  const bool needsConfiguration = state >= STATE_SAFEOP && m_attached == nullptr;
   if (state > m_maximumState || !isState(state) || needsConfiguration) {
     return false;
   }
   // The code stays until the next request or climb: nobody asks a slave again that has refused.
-  m_alCode = m_state == statePreop && state == stateSafeop ? m_attached->writeTo(*this) : std::uint16_t{0};
+  m_alCode = m_state == STATE_PREOP && state == STATE_SAFEOP ? m_attached->writeTo(*this) : std::uint16_t{0};
   return m_alCode == 0;
 }
 
@@ -158,7 +158,7 @@ void SlaveUnit::setAlError(std::uint8_t state, std::uint16_t code) {
 void SlaveUnit::setPowered(bool powered) {
   m_powered = powered;
   if (powered) {
-    m_state = stateInit;
+    m_state = STATE_INIT;
     m_open = false;
     m_written = nullptr;
     m_lastOutputs.clear();
@@ -183,11 +183,11 @@ bool SlaveUnit::stepDrive() {
     return false;
   }
   const bool fresh = m_written != nullptr && m_written->takeObjects(*this);
-  m_drive->step(m_state == stateOp, fresh);
+  m_drive->step(m_state == STATE_OP, fresh);
   const bool expired = m_drive->watchdogExpired();
   if (expired) {
-    m_alCode = watchdogCode;
-    fallTo(stateSafeop);
+    m_alCode = WATCHDOG_CODE;
+    fallTo(STATE_SAFEOP);
   }
   return expired;
 }
@@ -195,16 +195,16 @@ bool SlaveUnit::stepDrive() {
 void SlaveUnit::fallTo(std::uint8_t state) {
   m_wait = 0;
   // The numbers of the states are single bits: the highest one within the limit is the state to fall to.
-  while (m_state > std::max(state, stateInit)) {
+  while (m_state > std::max(state, STATE_INIT)) {
     m_state = static_cast<std::uint8_t>(m_state >> 1U);
   }
-  m_open = m_open && m_state >= stateSafeop;
+  m_open = m_open && m_state >= STATE_SAFEOP;
 }
 
 void SlaveUnit::enter(std::uint8_t state) {
   m_state = state;
   m_restart = false;
-  if (state == stateSafeop) {
+  if (state == STATE_SAFEOP) {
     writeProcessData();
   }
 }
@@ -220,7 +220,7 @@ void SlaveUnit::writeProcessData() {
 void SlaveUnit::settle() {
   halt();
   m_open = false;
-  m_state = std::min(statePreop, m_maximumState);
+  m_state = std::min(STATE_PREOP, m_maximumState);
   m_requested = 0;
   m_restart = false;
   m_refused = false;
@@ -230,7 +230,7 @@ void SlaveUnit::settle() {
 }
 
 void SlaveUnit::setMaximumState(std::uint8_t state) {
-  m_maximumState = std::max(state, stateInit);
+  m_maximumState = std::max(state, STATE_INIT);
   m_refused = false;
   fallTo(m_maximumState);
 }

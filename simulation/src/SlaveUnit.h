@@ -37,17 +37,17 @@ public:
   bool hasError() const { return m_faulty || m_refused || m_missed; }
   bool alError() const { return m_faulty || m_refused || m_alCode != 0; }
   std::uint16_t alCode() const;
-  bool operational() const { return m_state == stateOp && !m_restart; }
+  bool operational() const { return m_state == STATE_OP && !m_restart; }
   // Its process data are in use: sync managers and FMMUs are written, and somebody is there to answer.
   bool exchanges() const { return m_open && responding(); }
   bool responding() const { return m_present && m_responding; }
-  bool hasMailbox() const { return m_identity.coe && m_state != stateInit && !alError(); }
+  bool hasMailbox() const { return m_identity.coe && m_state != STATE_INIT && !alError(); }
   ObjectDictionary& dictionary() { return m_dictionary; }
   const ObjectDictionary& dictionary() const { return m_dictionary; }
   SlavePdos& pdos() { return m_pdos; }
   EscRegisters& registers() { return m_registers; }
   const EscRegisters& registers() const { return m_registers; }
-  bool takesOutputs() const { return m_state == stateOp; }
+  bool takesOutputs() const { return m_state == STATE_OP; }
 
   // The configuration that the last scan attached, and the one whose FMMUs the slave carries. They differ
   // while the master scans anew: what has been written to a slave goes on working meanwhile.
@@ -122,8 +122,8 @@ private:
   SlavePdos m_pdos{m_identity, m_dictionary};
   EscRegisters m_registers;
   std::unique_ptr<DriveModel> m_drive;
-  std::uint8_t m_state = stateInit;
-  std::uint8_t m_maximumState = stateOp;
+  std::uint8_t m_state = STATE_INIT;
+  std::uint8_t m_maximumState = STATE_OP;
   std::uint8_t m_requested = 0; // by the user, 0 for none
   bool m_present = true;
   bool m_responding = true;

@@ -14,10 +14,10 @@ void Topology::request(SlaveUnit& unit, std::uint8_t state) {
 }
 
 void Topology::setTiming(Timing timing) {
-  constexpr Moment scan = 585 * millisecond;
+  constexpr Moment SCAN = 585 * MILLISECOND;
   m_inTime = timing == Timing::real;
   m_climbCycles = 2;
-  m_scan = m_inTime ? Span{0, scan} : Span{5, 0};
+  m_scan = m_inTime ? Span{0, SCAN} : Span{5, 0};
 }
 
 void Topology::setClimbCycles(unsigned int cycles) {
@@ -31,13 +31,13 @@ void Topology::setScanCycles(unsigned int cycles) {
 
 void Topology::changed() {
   // The state machine meets the first slave that is gone before it counts the slaves anew.
-  constexpr Moment toMiss = 20 * millisecond;
-  constexpr Moment toCount = 8 * millisecond;
+  constexpr Moment TO_MISS = 20 * MILLISECOND;
+  constexpr Moment TO_COUNT = 8 * MILLISECOND;
   if (m_inTime && m_drive == Drive::running) {
     const auto lost =
         std::find_if(m_list.begin(), m_list.end(), [](const SlaveUnit* unit) { return !unit->present(); });
     m_lost = lost == m_list.end() ? nullptr : *lost;
-    m_noticeAt = m_time.now() + (m_lost != nullptr ? toMiss : toCount);
+    m_noticeAt = m_time.now() + (m_lost != nullptr ? TO_MISS : TO_COUNT);
   }
   wake();
   m_rescan = true;
@@ -58,10 +58,10 @@ void Topology::scanNow() {
 
 void Topology::settleSlaves() {
   // It takes its time too, and the next activation may come before.
-  constexpr Moment toPreop = 140 * millisecond;
+  constexpr Moment TO_PREOP = 140 * MILLISECOND;
   for (SlaveUnit* unit : m_list) {
-    if (m_inTime && unit->state() >= stateSafeop) {
-      m_settleAt = m_settleAt != 0 ? m_settleAt : m_time.now() + toPreop;
+    if (m_inTime && unit->state() >= STATE_SAFEOP) {
+      m_settleAt = m_settleAt != 0 ? m_settleAt : m_time.now() + TO_PREOP;
     } else {
       unit->settle();
     }
@@ -95,13 +95,13 @@ void Topology::drive(Drive drive) {
 
 void Topology::seeLink() {
   // The driver needs a moment to believe in a link that is up again.
-  constexpr Moment toBelieve = 9 * millisecond;
+  constexpr Moment TO_BELIEVE = 9 * MILLISECOND;
   if (m_seenLink == m_link) {
     return;
   }
   if (m_inTime && m_link) {
     const Moment now = m_time.now();
-    m_linkChange = m_linkChange != 0 ? m_linkChange : now + toBelieve;
+    m_linkChange = m_linkChange != 0 ? m_linkChange : now + TO_BELIEVE;
     if (now < m_linkChange) {
       return;
     }
@@ -158,7 +158,7 @@ void Topology::stepCounted(bool answered) {
 void Topology::restartSlaves() {
   for (SlaveUnit* unit : m_list) {
     // Who stayed in OP through a scan goes on as it is.
-    if (unit->attached() != nullptr && unit->state() != stateOp) {
+    if (unit->attached() != nullptr && unit->state() != STATE_OP) {
       unit->restart();
     } else if (unit->attached() != nullptr) {
       unit->resume();
@@ -258,7 +258,7 @@ int Topology::slaveInfo(std::size_t position, ec_slave_info_t& info) const {
   if (position >= m_list.size()) {
     return -EINVAL;
   }
-  constexpr std::uint16_t noSlave = 0xFFFF;
+  constexpr std::uint16_t NO_SLAVE = 0xFFFF;
   const SlaveUnit& unit = *m_list[position];
   const Slave& identity = unit.identity();
   std::memset(&info, 0, sizeof info);
@@ -269,7 +269,7 @@ int Topology::slaveInfo(std::size_t position, ec_slave_info_t& info) const {
   info.serial_number = identity.serialNumber;
   info.alias = identity.alias;
   for (auto& port : info.ports) {
-    port.next_slave = noSlave;
+    port.next_slave = NO_SLAVE;
   }
   for (unsigned int port : {0U, 1U}) { // a line: in at port 0, out at port 1
     const bool connected = port == 0 || position + 1 < m_list.size();
@@ -284,8 +284,8 @@ int Topology::slaveInfo(std::size_t position, ec_slave_info_t& info) const {
   if (position + 1 < m_list.size()) {
     info.ports[1].next_slave = static_cast<std::uint16_t>(position + 1);
   }
-  constexpr std::uint8_t alErrorBit = 0x10;
-  info.al_state = static_cast<std::uint8_t>(unit.state() | (unit.alError() ? alErrorBit : 0U));
+  constexpr std::uint8_t AL_ERROR_BIT = 0x10;
+  info.al_state = static_cast<std::uint8_t>(unit.state() | (unit.alError() ? AL_ERROR_BIT : 0U));
   info.error_flag = unit.hasError() ? 1 : 0;
   info.ready = unit.ready() ? 1 : 0;
   info.sync_count = static_cast<std::uint8_t>(identity.defaultMapping.size());

@@ -6,16 +6,16 @@ namespace ethercat_simulation {
 
 namespace {
 
-constexpr Moment oneStep = 8 * millisecond;         // of the state machine
-constexpr Moment longestTurn = 348 * millisecond;   // between two looks while slaves climb
-constexpr Moment toGiveUp = 12 * millisecond;       // frames that do not come back
-constexpr Moment toForgetStates = 17 * millisecond; // after the link has gone
+constexpr Moment ONE_STEP = 8 * MILLISECOND;          // of the state machine
+constexpr Moment LONGEST_TURN = 348 * MILLISECOND;    // between two looks while slaves climb
+constexpr Moment TO_GIVE_UP = 12 * MILLISECOND;       // frames that do not come back
+constexpr Moment TO_FORGET_STATES = 17 * MILLISECOND; // after the link has gone
 
 } // namespace
 
 // One look at each slave.
 Moment Topology::lap() const {
-  return static_cast<Moment>(m_list.size() + 1) * oneStep;
+  return static_cast<Moment>(m_list.size() + 1) * ONE_STEP;
 }
 
 void Topology::stepInTime(bool answered, Moment now) {
@@ -49,7 +49,7 @@ void Topology::stepInTime(bool answered, Moment now) {
 void Topology::loseLink(Moment now) {
   if (m_silentSince == 0) {
     m_silentSince = now;
-  } else if (now - m_silentSince >= toForgetStates && !m_rescan) {
+  } else if (now - m_silentSince >= TO_FORGET_STATES && !m_rescan) {
     dropList();
     m_rescan = true;
     m_noticeAt = now;
@@ -62,7 +62,7 @@ void Topology::loseLink(Moment now) {
 void Topology::loseFrames(Moment now) {
   if (m_silentSince == 0) {
     m_silentSince = now;
-  } else if (!m_scanning && m_states != 0 && now - m_silentSince >= lap() + toGiveUp) {
+  } else if (!m_scanning && m_states != 0 && now - m_silentSince >= lap() + TO_GIVE_UP) {
     dropList();
     m_rescan = true;
     m_noticeAt = now;
@@ -75,7 +75,7 @@ void Topology::noticeChange(Moment now) {
   if (m_lost != nullptr) {
     m_lost->setMissed();
     m_lost = nullptr;
-    m_noticeAt = now + oneStep;
+    m_noticeAt = now + ONE_STEP;
     return;
   }
   look(now);
@@ -89,7 +89,7 @@ void Topology::look(Moment now) {
 }
 
 void Topology::lookIfDue(Moment now) {
-  const Moment pause = m_turn == nullptr ? lap() : m_list.size() > 1 ? longestTurn : oneStep;
+  const Moment pause = m_turn == nullptr ? lap() : m_list.size() > 1 ? LONGEST_TURN : ONE_STEP;
   const bool early = m_lookBy != 0 && now >= m_lookBy;
   if (!m_rescan && (early || now - m_lookedAt >= pause)) {
     look(now);
@@ -122,7 +122,7 @@ void Topology::moveSlaves(Moment now) {
   }
   m_settled = !working;
   if (climbing && m_turn == nullptr) {
-    m_lookBy = now + oneStep;
+    m_lookBy = now + ONE_STEP;
   }
 }
 

@@ -68,18 +68,18 @@ void Topology::reach(std::size_t from) {
 // Of both ports at the wire in front of this position.
 void Topology::countLostLink(std::size_t position) {
   if (position > 0 && position <= m_wire.size()) {
-    m_wire[position - 1]->registers().count(EscRegisters::lostLink + 1);
+    m_wire[position - 1]->registers().count(EscRegisters::LOST_LINK + 1);
   }
   if (position < m_wire.size()) {
-    m_wire[position]->registers().count(EscRegisters::lostLink);
+    m_wire[position]->registers().count(EscRegisters::LOST_LINK);
   }
 }
 
 void Topology::countLostFrame() {
-  std::uint16_t counter = EscRegisters::invalidFrame;
+  std::uint16_t counter = EscRegisters::INVALID_FRAME;
   for (std::size_t i = 0; i < m_reached; ++i) {
     m_wire[i]->registers().count(counter);
-    counter = EscRegisters::forwardedError;
+    counter = EscRegisters::FORWARDED_ERROR;
   }
 }
 
@@ -95,7 +95,7 @@ void Topology::stepDrives() {
 
 void Topology::setLink(bool up) {
   if (m_link && !up && !m_wire.empty()) {
-    m_wire.front()->registers().count(EscRegisters::lostLink);
+    m_wire.front()->registers().count(EscRegisters::LOST_LINK);
   }
   m_link = up;
   wake();

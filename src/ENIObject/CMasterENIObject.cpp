@@ -7,24 +7,24 @@
 
 namespace {
 
-/* Bytes that the slots of a file may expand to: real devices need some ten kilobytes, and a longer file has
- * more of them. */
-std::size_t placementBudget(char const* path) {
-  constexpr std::size_t shortFile = std::size_t{64} * 1024 * 1024;
-  constexpr std::size_t perByte = 64;
+// Bytes that the slots of a file may expand to: real devices need some ten kilobytes, and a longer file has
+// more of them.
+std::size_t placementBudget(const char* path) {
+  constexpr std::size_t SHORT_FILE = std::size_t{64} * 1024 * 1024;
+  constexpr std::size_t PER_BYTE = 64;
   CFile file;
-  return file.open(path, FILE_MODE_READ) ? shortFile + perByte * file.getLength() : shortFile;
+  return file.open(path, FILE_MODE_READ) ? SHORT_FILE + PER_BYTE * file.getLength() : SHORT_FILE;
 }
 
-struct DestroyHandle {
+struct _DestroyHandle {
   void operator()(xml_file_handle* handle) const { xml_file_destroy(handle); }
 };
 
-std::string trimmed(std::string const& text) {
-  constexpr char const* blanks = " \t\n\r\v";
-  std::size_t const first = text.find_first_not_of(blanks);
+std::string trimmed(const std::string& text) {
+  constexpr const char* BLANKS = " \t\n\r\v";
+  const std::size_t first = text.find_first_not_of(BLANKS);
   return first == std::string::npos ? std::string()
-                                    : text.substr(first, text.find_last_not_of(blanks) - first + 1);
+                                    : text.substr(first, text.find_last_not_of(BLANKS) - first + 1);
 }
 
 } // namespace
@@ -35,17 +35,17 @@ CMasterENIObject::~CMasterENIObject() {
   removeAllENIObject();
 }
 
-unsigned int CMasterENIObject::insertENIFile(char const* path, bool replace) {
-  /* A file that gives 0 has added nothing, one that runs out of memory may have. */
+unsigned int CMasterENIObject::insertENIFile(const char* path, bool replace) {
+  // A file that gives 0 has added nothing, one that runs out of memory may have.
   std::map<unsigned int, _VendorENIObject> previous;
-  std::size_t const known = m_vecDescription.size();
+  const std::size_t known = m_vecDescription.size();
   m_vecNewModule.clear();
   if (replace) {
     previous.swap(m_mapVendor);
   }
   unsigned int result = 0;
   try {
-    std::unique_ptr<xml_file_handle, DestroyHandle> const handle(xml_file_create());
+    const std::unique_ptr<xml_file_handle, _DestroyHandle> handle(xml_file_create());
     result = resolveFile(handle.get(), path);
   } catch (...) {
     forgetNew(known);
@@ -61,20 +61,20 @@ unsigned int CMasterENIObject::insertENIFile(char const* path, bool replace) {
 }
 
 void CMasterENIObject::forgetNew(std::size_t known) noexcept {
-  for (unsigned int const ident : m_vecNewModule) {
+  for (const unsigned int ident : m_vecNewModule) {
     m_mapModule.erase(ident);
   }
   while (m_vecDescription.size() > known) {
-    CSlaveENIObject const& slave = *m_vecDescription.back();
+    const CSlaveENIObject& slave = *m_vecDescription.back();
     auto& revisions = m_mapVendor[slave.getVendorId()].mapProduct[slave.getProductCode()].mapRevision;
     revisions.erase(slave.getRevisionCode());
     m_vecDescription.pop_back();
   }
 }
 
-unsigned int CMasterENIObject::resolveFile(xml_file_handle* handle, char const* path) {
-  constexpr int readOnly = 1;
-  if (!xml_file_open(handle, path, readOnly)) {
+unsigned int CMasterENIObject::resolveFile(xml_file_handle* handle, const char* path) {
+  constexpr int READ_ONLY = 1;
+  if (!xml_file_open(handle, path, READ_ONLY)) {
     reportMessage(m_pfnLog, 0, "Can't open ENI-file!");
     return 0;
   }
@@ -91,15 +91,15 @@ unsigned int CMasterENIObject::resolveFile(xml_file_handle* handle, char const* 
 
 CSlaveENIObject* CMasterENIObject::findSlaveENIObject(unsigned int vendorId, unsigned int productCode,
                                                       unsigned int revisionNo) const {
-  auto const vendor = m_mapVendor.find(vendorId);
+  const auto vendor = m_mapVendor.find(vendorId);
   if (vendor == m_mapVendor.end()) {
     return nullptr;
   }
-  auto const product = vendor->second.mapProduct.find(productCode);
+  const auto product = vendor->second.mapProduct.find(productCode);
   if (product == vendor->second.mapProduct.end()) {
     return nullptr;
   }
-  auto const revision = product->second.mapRevision.find(revisionNo);
+  const auto revision = product->second.mapRevision.find(revisionNo);
   return revision != product->second.mapRevision.end() ? revision->second : nullptr;
 }
 
@@ -109,8 +109,8 @@ void CMasterENIObject::removeAllENIObject() {
   m_vecDescription.clear();
 }
 
-/* A capital X behind the # is not understood and gives 0. */
-unsigned int CMasterENIObject::resolveENIValue(char const* text) {
+// A capital X behind the # is not understood and gives 0.
+unsigned int CMasterENIObject::resolveENIValue(const char* text) {
   std::string number = text != nullptr ? text : "";
   if (!number.empty() && number.front() == '#') {
     number.erase(0, 1);

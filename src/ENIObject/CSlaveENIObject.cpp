@@ -43,7 +43,7 @@ bool CSlaveENIObject::createSyncInfoIfNotExist(unsigned int syncIndex, bool outp
   if (!m_bEditing) {
     return false;
   }
-  auto const [known, isNew] = m_mapSyncInfo.try_emplace(syncIndex);
+  const auto [known, isNew] = m_mapSyncInfo.try_emplace(syncIndex);
   if (isNew) {
     known->second.bOutput = output;
     m_vecSyncIndex.push_back(syncIndex);
@@ -57,7 +57,7 @@ bool CSlaveENIObject::createSyncInfoIfNotExist(unsigned int syncIndex, bool outp
 }
 
 CSlaveENIObject::_SYNCINFO* CSlaveENIObject::getSyncInfo(unsigned int syncIndex) {
-  auto const found = m_mapSyncInfo.find(syncIndex);
+  const auto found = m_mapSyncInfo.find(syncIndex);
   return found != m_mapSyncInfo.end() ? &found->second : nullptr;
 }
 
@@ -75,12 +75,12 @@ CSlaveENIObject::_PDOINFO* CSlaveENIObject::getPDOInfo(_SYNCINFO* syncInfo, unsi
   if (syncInfo == nullptr) {
     return nullptr;
   }
-  auto const found = syncInfo->mapPDOInfo.find(pdoIndex);
+  const auto found = syncInfo->mapPDOInfo.find(pdoIndex);
   return found != syncInfo->mapPDOInfo.end() ? &found->second : nullptr;
 }
 
 bool CSlaveENIObject::addPDOEntry(_PDOINFO* pdoInfo, std::string name, std::string dataType,
-                                  ec_pdo_entry_info_t const& entry) {
+                                  const ec_pdo_entry_info_t& entry) {
   if (!m_bEditing) {
     return false;
   }
@@ -88,21 +88,21 @@ bool CSlaveENIObject::addPDOEntry(_PDOINFO* pdoInfo, std::string name, std::stri
   return true;
 }
 
-bool CSlaveENIObject::addDcOpMode(char const* name, _DCOPMODEINFO const& info) {
+bool CSlaveENIObject::addDcOpMode(const char* name, const _DCOPMODEINFO& info) {
   return name != nullptr && m_mapDcOpMode.try_emplace(name, info).second;
 }
 
-bool CSlaveENIObject::getDCConfiguration(char const* opModeName, unsigned short& assignActivate,
+bool CSlaveENIObject::getDCConfiguration(const char* opModeName, unsigned short& assignActivate,
                                          unsigned int& cycleTimeSync0, int& shiftTimeSync0,
                                          unsigned int& cycleTimeSync1, int& shiftTimeSync1) const {
   if (opModeName == nullptr) {
     return false;
   }
-  auto const found = m_mapDcOpMode.find(opModeName);
+  const auto found = m_mapDcOpMode.find(opModeName);
   if (found == m_mapDcOpMode.end()) {
     return false;
   }
-  _DCOPMODEINFO const& info = found->second;
+  const _DCOPMODEINFO& info = found->second;
   assignActivate = info.assignActivate;
   cycleTimeSync0 = info.cycleTimeSync0;
   shiftTimeSync0 = info.shiftTimeSync0;
@@ -123,6 +123,6 @@ bool CSlaveENIObject::getPDOEntryDataType(unsigned int position, char* buffer, u
   return getBaseStringFromSTLString(m_vecEntryDataType[position], buffer, size);
 }
 
-bool CSlaveENIObject::getBaseStringFromSTLString(std::string const& text, char* buffer, unsigned long& size) {
+bool CSlaveENIObject::getBaseStringFromSTLString(const std::string& text, char* buffer, unsigned long& size) {
   return xml_copy_string(text, buffer, size);
 }

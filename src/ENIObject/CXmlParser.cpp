@@ -2,7 +2,7 @@
 
 namespace {
 
-/* Asks a string getter of the document layer for the size, then for the text. */
+// Asks a string getter of the document layer for the size, then for the text.
 template <typename Getter> bool fetch(Getter getter, std::string& value) {
   unsigned long size = 0;
   if (!getter(nullptr, size) || size == 0) {
@@ -10,13 +10,13 @@ template <typename Getter> bool fetch(Getter getter, std::string& value) {
   }
   value.resize(size);
   getter(value.data(), size);
-  value.resize(size - 1); /* without the NUL */
+  value.resize(size - 1); // without the NUL
   return true;
 }
 
 } // namespace
 
-bool CXmlParser::getAttributeValue(std::string const& name, _XmlNode const* node, std::string& value) const {
+bool CXmlParser::getAttributeValue(const std::string& name, const _XmlNode* node, std::string& value) const {
   return fetch(
       [&](char* buffer, unsigned long& size) {
         return xml_file_get_attribute_value(name.c_str(), node, buffer, size);
@@ -24,7 +24,7 @@ bool CXmlParser::getAttributeValue(std::string const& name, _XmlNode const* node
       value);
 }
 
-std::string CXmlParser::getNodeValue(_XmlNode const* node) const {
+std::string CXmlParser::getNodeValue(const _XmlNode* node) const {
   std::string value;
   fetch([&](char* buffer, unsigned long& size) { return xml_file_get_node_value(node, buffer, size); },
         value);

@@ -5,19 +5,19 @@
 
 #include <string>
 
-/* Reads texts of an open document, which it does not own. */
+// Reads texts of an open document, which it does not own.
 class CXmlParser {
 public:
   explicit CXmlParser(xml_file_handle* handle) : m_pHandle(handle) {}
 
   xml_file_handle* getHandle() const { return m_pHandle; }
 
-  /* False, and `value` untouched, when the node is null or has no such attribute: hand in a string of its own
-   * for every read. */
-  bool getAttributeValue(std::string const& name, _XmlNode const* node, std::string& value) const;
+  // False, and `value` untouched, when the node is null or has no such attribute: hand in a string of its own
+  // for every read.
+  bool getAttributeValue(const std::string& name, const _XmlNode* node, std::string& value) const;
 
-  /* The text of the element; empty for a null node. */
-  std::string getNodeValue(_XmlNode const* node) const;
+  // The text of the element; empty for a null node.
+  std::string getNodeValue(const _XmlNode* node) const;
 
 private:
   xml_file_handle* m_pHandle;

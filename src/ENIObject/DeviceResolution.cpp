@@ -1,4 +1,4 @@
-/* One Device element: a finished slave description. */
+// One Device element: a finished slave description.
 #include "ENIObject/CMasterENIObject.h"
 #include "ENIObject/DescriptionElements.h"
 
@@ -6,17 +6,17 @@
 
 namespace {
 
-/* Rough size of a placed PDO, and of a placed entry: record, array rows, and the name in record, table and
- * indexes. */
-constexpr std::size_t recordSize = 256;
+// Rough size of a placed PDO, and of a placed entry: record, array rows, and the name in record, table and
+// indexes.
+constexpr std::size_t RECORD_SIZE = 256;
 
-std::size_t placementCost(_SlotENIInfo const& module) {
+std::size_t placementCost(const _SlotENIInfo& module) {
   std::size_t cost = 0;
-  for (auto const* templates : {&module.vecRxPdo, &module.vecTxPdo}) {
-    for (_PdoInfoTemplate const& pdo : *templates) {
-      cost += recordSize;
-      for (_PdoEntryInfoTemplate const& entry : pdo.vecEntry) {
-        cost += recordSize + 4 * entry.strName.size() + entry.strDataType.size();
+  for (const auto* templates : {&module.vecRxPdo, &module.vecTxPdo}) {
+    for (const _PdoInfoTemplate& pdo : *templates) {
+      cost += RECORD_SIZE;
+      for (const _PdoEntryInfoTemplate& entry : pdo.vecEntry) {
+        cost += RECORD_SIZE + 4 * entry.strName.size() + entry.strDataType.size();
       }
     }
   }
@@ -42,7 +42,7 @@ unsigned int CMasterENIObject::resolveDeviceDetail(CXmlParser& parser, _XmlNode*
       !parser.getAttributeValue("RevisionNo", type, revisionText)) {
     return 0;
   }
-  _DeviceIdentity const identity{vendorId, resolveENIValue(productText.c_str()),
+  const _DeviceIdentity identity{vendorId, resolveENIValue(productText.c_str()),
                                  resolveENIValue(revisionText.c_str()), parser.getNodeValue(type)};
   reportDevice(1, "ResolveDeviceDetail invoke for", identity, "\n");
 
@@ -58,7 +58,7 @@ unsigned int CMasterENIObject::resolveDeviceDetail(CXmlParser& parser, _XmlNode*
   for (_XmlNode* slots : xml_file_children(device, "Slots")) {
     resolveSlots(parser, slots, identity, *slave);
   }
-  for (_PdoDirection const& direction : PDO_DIRECTIONS) {
+  for (const _PdoDirection& direction : PDO_DIRECTIONS) {
     resolveDevicePdos(parser, device, direction, identity, *slave);
   }
   resolveDcOpModes(parser, device, *slave);
@@ -69,12 +69,12 @@ unsigned int CMasterENIObject::resolveDeviceDetail(CXmlParser& parser, _XmlNode*
   return 1;
 }
 
-/* A slot whose module is unknown takes no room: the modules behind it move up. */
-void CMasterENIObject::resolveSlots(CXmlParser& parser, _XmlNode* slots, _DeviceIdentity const& identity,
+// A slot whose module is unknown takes no room: the modules behind it move up.
+void CMasterENIObject::resolveSlots(CXmlParser& parser, _XmlNode* slots, const _DeviceIdentity& identity,
                                     CSlaveENIObject& slave) {
-  unsigned int const indexIncrement =
+  const unsigned int indexIncrement =
       resolveENIValue(attributeText(parser, slots, "SlotIndexIncrement").c_str());
-  unsigned int const pdoIncrement = resolveENIValue(attributeText(parser, slots, "SlotPdoIncrement").c_str());
+  const unsigned int pdoIncrement = resolveENIValue(attributeText(parser, slots, "SlotPdoIncrement").c_str());
   slave.setSlotNumber(static_cast<unsigned int>(xml_file_get_child_count(slots, "Slot")));
   slave.setSlotIndexIncrement(indexIncrement);
   slave.setSlotPdoIncrement(pdoIncrement);
@@ -84,13 +84,13 @@ void CMasterENIObject::resolveSlots(CXmlParser& parser, _XmlNode* slots, _Device
   unsigned int indexOffset = 0;
   for (_XmlNode* slot : xml_file_children(slots, "Slot")) {
     ++position;
-    auto const module = m_mapModule.find(childNumber(parser, slot, "ModuleIdent"));
+    const auto module = m_mapModule.find(childNumber(parser, slot, "ModuleIdent"));
     if (module == m_mapModule.end()) {
       continue;
     }
-    /* A small hostile file can name a large module in very many slots. */
+    // A small hostile file can name a large module in very many slots.
     if (!spend(placementCost(module->second), m_ulPlacementBudget)) {
-      std::string const leftOut = "Device slots expand too far, left out from slot " +
+      const std::string leftOut = "Device slots expand too far, left out from slot " +
                                   std::to_string(position) + " of " + std::to_string(slave.getSlotNumber()) +
                                   " on.";
       reportDevice(0, leftOut.c_str(), identity);
@@ -102,18 +102,18 @@ void CMasterENIObject::resolveSlots(CXmlParser& parser, _XmlNode* slots, _Device
   }
 }
 
-void CMasterENIObject::placeModule(_SlotENIInfo const& module, std::string const& namePrefix,
+void CMasterENIObject::placeModule(const _SlotENIInfo& module, const std::string& namePrefix,
                                    unsigned int pdoOffset, unsigned int indexOffset, CSlaveENIObject& slave) {
-  for (_PdoDirection const& direction : PDO_DIRECTIONS) {
-    for (_PdoInfoTemplate const& pdo : module.*direction.templates) {
+  for (const _PdoDirection& direction : PDO_DIRECTIONS) {
+    for (const _PdoInfoTemplate& pdo : module.*direction.templates) {
       if (!(slave.*direction.createSyncInfo)(pdo.uiSync)) {
         continue;
       }
       CSlaveENIObject::_SYNCINFO* syncInfo = slave.getSyncInfo(pdo.uiSync);
-      unsigned int const pdoIndex = pdo.uiIndex + (pdo.bDependOnSlot ? pdoOffset : 0);
+      const unsigned int pdoIndex = pdo.uiIndex + (pdo.bDependOnSlot ? pdoOffset : 0);
       slave.createPDOInfoIfNotExist(syncInfo, pdoIndex);
       CSlaveENIObject::_PDOINFO* pdoInfo = slave.getPDOInfo(syncInfo, pdoIndex);
-      for (_PdoEntryInfoTemplate const& entry : pdo.vecEntry) {
+      for (const _PdoEntryInfoTemplate& entry : pdo.vecEntry) {
         ec_pdo_entry_info_t placed = entry.entry;
         placed.index = static_cast<unsigned short>(placed.index + (entry.bDependOnSlot ? indexOffset : 0));
         slave.addPDOEntry(pdoInfo, namePrefix + entry.strName, entry.strDataType, placed);
@@ -122,18 +122,18 @@ void CMasterENIObject::placeModule(_SlotENIInfo const& module, std::string const
   }
 }
 
-void CMasterENIObject::resolveDevicePdos(CXmlParser& parser, _XmlNode* device, _PdoDirection const& direction,
-                                         _DeviceIdentity const& identity, CSlaveENIObject& slave) {
+void CMasterENIObject::resolveDevicePdos(CXmlParser& parser, _XmlNode* device, const _PdoDirection& direction,
+                                         const _DeviceIdentity& identity, CSlaveENIObject& slave) {
   for (_XmlNode* pdo : xml_file_children(device, direction.element)) {
     std::string syncText;
     if (!parser.getAttributeValue("Sm", pdo, syncText)) {
-      reportDevice(3, missingSyncManagerText, identity);
+      reportDevice(3, MISSING_SYNC_MANAGER_TEXT, identity);
       continue;
     }
     if (attributeText(parser, pdo, "Fixed") != "true") {
       reportDevice(2, direction.deviceFixedWarning, identity);
     }
-    unsigned int const syncIndex = resolveENIValue(syncText.c_str());
+    const unsigned int syncIndex = resolveENIValue(syncText.c_str());
     if (!(slave.*direction.createSyncInfo)(syncIndex)) {
       continue;
     }
@@ -141,7 +141,7 @@ void CMasterENIObject::resolveDevicePdos(CXmlParser& parser, _XmlNode* device, _
       continue;
     }
     CSlaveENIObject::_SYNCINFO* syncInfo = slave.getSyncInfo(syncIndex);
-    unsigned int const pdoIndex = childNumber(parser, pdo, "Index");
+    const unsigned int pdoIndex = childNumber(parser, pdo, "Index");
     slave.createPDOInfoIfNotExist(syncInfo, pdoIndex);
     CSlaveENIObject::_PDOINFO* pdoInfo = slave.getPDOInfo(syncInfo, pdoIndex);
     for (_XmlNode* entryNode : xml_file_children(pdo, "Entry")) {
@@ -165,8 +165,8 @@ void CMasterENIObject::resolveDcOpModes(CXmlParser& parser, _XmlNode* device, CS
   }
 }
 
-void CMasterENIObject::reportDevice(unsigned int level, char const* text, _DeviceIdentity const& identity,
-                                    char const* end) const {
+void CMasterENIObject::reportDevice(unsigned int level, const char* text, const _DeviceIdentity& identity,
+                                    const char* end) const {
   reportMessage(m_pfnLog, level, "%s (VendorId = 0x%X, ProductCode = 0x%X, RevisionNo = 0x%X, class = %s)%s",
                 text, identity.vendorId, identity.productCode, identity.revisionNo, identity.typeName.c_str(),
                 end);

@@ -1,4 +1,4 @@
-/* One EtherCATInfo element: vendor, modules, and which of its devices count. */
+// One EtherCATInfo element: vendor, modules, and which of its devices count.
 #include "ENIObject/CMasterENIObject.h"
 #include "ENIObject/DescriptionElements.h"
 
@@ -18,7 +18,7 @@ unsigned int CMasterENIObject::resolveEthercatInfo(CXmlParser& parser, _XmlNode*
     resolveModules(parser, descriptions);
     collectRevisions(parser, descriptions, revisions, hidden);
   }
-  for (auto const& [product, hiddenRevisions] : hidden) {
+  for (const auto& [product, hiddenRevisions] : hidden) {
     for (unsigned int revision : hiddenRevisions) {
       revisions[product].erase(revision);
     }
@@ -31,7 +31,7 @@ unsigned int CMasterENIObject::resolveEthercatInfo(CXmlParser& parser, _XmlNode*
 
 bool CMasterENIObject::resolveVendorInfo(CXmlParser& parser, _XmlNode* vendorNode, unsigned int& vendorId,
                                          std::string& vendorName) {
-  unsigned int const id = childNumber(parser, vendorNode, "Id");
+  const unsigned int id = childNumber(parser, vendorNode, "Id");
   if (id == 0) {
     return false;
   }
@@ -75,7 +75,7 @@ void CMasterENIObject::collectRevisions(CXmlParser& parser, _XmlNode* descriptio
 }
 
 void CMasterENIObject::resolveVisibleDevices(CXmlParser& parser, _XmlNode* descriptions,
-                                             unsigned int vendorId, REVISIONS_BY_PRODUCT const& visible) {
+                                             unsigned int vendorId, const REVISIONS_BY_PRODUCT& visible) {
   for (_XmlNode* devices : xml_file_children(descriptions, "Devices")) {
     for (_XmlNode* device : xml_file_children(devices, "Device")) {
       unsigned int productCode = 0;
@@ -84,7 +84,7 @@ void CMasterENIObject::resolveVisibleDevices(CXmlParser& parser, _XmlNode* descr
       if (!resolveDeviceInfo(parser, device, productCode, revisionNo, typeName)) {
         continue;
       }
-      auto const found = visible.find({productCode});
+      const auto found = visible.find({productCode});
       if (found != visible.end() && found->second.count(revisionNo) != 0) {
         resolveDeviceDetail(parser, device, vendorId);
       }
@@ -97,8 +97,8 @@ bool CMasterENIObject::resolveDeviceInfo(CXmlParser& parser, _XmlNode* device, u
   _XmlNode* type = xml_file_get_child_node(0, device, "Type");
   std::string productText;
   std::string revisionText;
-  bool const hasProduct = parser.getAttributeValue("ProductCode", type, productText);
-  bool const hasRevision = parser.getAttributeValue("RevisionNo", type, revisionText);
+  const bool hasProduct = parser.getAttributeValue("ProductCode", type, productText);
+  const bool hasRevision = parser.getAttributeValue("RevisionNo", type, revisionText);
   std::string typeText = parser.getNodeValue(type);
   if (!hasProduct || !hasRevision || typeText.empty()) {
     reportMessage(m_pfnLog, 0, "Device resolve error (ProductCode = %s, RevisionNo = %s, class = %s)",

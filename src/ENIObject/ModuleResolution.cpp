@@ -1,12 +1,12 @@
-/* One Module element: templates of PDOs and entries, which the slots of devices place later. */
+// One Module element: templates of PDOs and entries, which the slots of devices place later.
 #include "ENIObject/CMasterENIObject.h"
 #include "ENIObject/DescriptionElements.h"
 
 #include <utility>
 
 unsigned int CMasterENIObject::resolveModuleInfo(CXmlParser& parser, _XmlNode* module) {
-  std::string const ident = attributeText(parser, xml_file_get_child_node(0, module, "Type"), "ModuleIdent");
-  std::string const nameId = attributeText(parser, xml_file_get_child_node(0, module, "Name"), "LcId");
+  const std::string ident = attributeText(parser, xml_file_get_child_node(0, module, "Type"), "ModuleIdent");
+  const std::string nameId = attributeText(parser, xml_file_get_child_node(0, module, "Name"), "LcId");
   if (ident.empty() || nameId.empty()) {
     reportMessage(m_pfnLog, 2, "Module type id and name id can not be empty.");
     return 0;
@@ -14,10 +14,10 @@ unsigned int CMasterENIObject::resolveModuleInfo(CXmlParser& parser, _XmlNode* m
   _SlotENIInfo info;
   info.uiNameId = resolveENIValue(nameId.c_str());
   info.uiModuleIdent = resolveENIValue(ident.c_str());
-  for (_PdoDirection const& direction : PDO_DIRECTIONS) {
+  for (const _PdoDirection& direction : PDO_DIRECTIONS) {
     resolveModulePdos(parser, module, direction, info.*direction.templates);
   }
-  unsigned int const key = info.uiModuleIdent;
+  const unsigned int key = info.uiModuleIdent;
   if (m_mapModule.count(key) == 0) {
     m_vecNewModule.push_back(key);
     m_mapModule.emplace(key, std::move(info));
@@ -25,12 +25,12 @@ unsigned int CMasterENIObject::resolveModuleInfo(CXmlParser& parser, _XmlNode* m
   return 1;
 }
 
-void CMasterENIObject::resolveModulePdos(CXmlParser& parser, _XmlNode* module, _PdoDirection const& direction,
+void CMasterENIObject::resolveModulePdos(CXmlParser& parser, _XmlNode* module, const _PdoDirection& direction,
                                          std::vector<_PdoInfoTemplate>& templates) {
   for (_XmlNode* pdo : xml_file_children(module, direction.element)) {
-    std::string const sync = attributeText(parser, pdo, "Sm");
+    const std::string sync = attributeText(parser, pdo, "Sm");
     if (sync.empty()) {
-      reportMessage(m_pfnLog, 3, "%s", missingSyncManagerText);
+      reportMessage(m_pfnLog, 3, "%s", MISSING_SYNC_MANAGER_TEXT);
       continue;
     }
     if (attributeText(parser, pdo, "Fixed") != "true") {

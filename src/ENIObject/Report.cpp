@@ -3,7 +3,7 @@
 #include <cstdarg>
 #include <cstdio>
 
-void reportMessage(LOG_FUNCTION log, unsigned int level, char const* format, ...) {
+void reportMessage(LOG_FUNCTION log, unsigned int level, const char* format, ...) {
   char text[256] = {};
   va_list arguments;
   va_start(arguments, format);

@@ -16,7 +16,7 @@ void CSlaveENIObject::endEditSyncInfo() {
   m_bEditing = false;
 }
 
-/* Once, not at each insertion: a hostile file has very many of them in the worst order. */
+// Once, not at each insertion: a hostile file has very many of them in the worst order.
 void CSlaveENIObject::sortIndexes() {
   std::sort(m_vecSyncIndex.begin(), m_vecSyncIndex.end());
   for (auto& [syncIndex, syncInfo] : m_mapSyncInfo) {
@@ -25,9 +25,9 @@ void CSlaveENIObject::sortIndexes() {
 }
 
 void CSlaveENIObject::countSyncInfo() {
-  for (unsigned int const syncIndex : m_vecSyncIndex) {
-    _SYNCINFO const& syncInfo = m_mapSyncInfo.at(syncIndex);
-    for (unsigned int const pdoIndex : syncInfo.vecPDOIndex) {
+  for (const unsigned int syncIndex : m_vecSyncIndex) {
+    const _SYNCINFO& syncInfo = m_mapSyncInfo.at(syncIndex);
+    for (const unsigned int pdoIndex : syncInfo.vecPDOIndex) {
       m_uiPDOEntryCount += static_cast<unsigned int>(syncInfo.mapPDOInfo.at(pdoIndex).listEntry.size());
     }
     m_uiPDOInfoCount += static_cast<unsigned int>(syncInfo.mapPDOInfo.size());
@@ -45,19 +45,19 @@ void CSlaveENIObject::allocateArrays() {
 }
 
 void CSlaveENIObject::fillSyncManagers() {
-  constexpr unsigned char endOfList = 0xff;
+  constexpr unsigned char END_OF_LIST = 0xff;
   ec_sync_info_t* sync = m_pSyncInfoArray.get();
   ec_pdo_info_t* pdo = m_pPDOInfoArray.get();
   unsigned int entryPosition = 0;
 
-  for (unsigned int const syncIndex : m_vecSyncIndex) {
+  for (const unsigned int syncIndex : m_vecSyncIndex) {
     _SYNCINFO& syncInfo = m_mapSyncInfo.at(syncIndex);
     sync->index = static_cast<unsigned char>(syncIndex);
     sync->watchdog_mode = EC_WD_ENABLE;
     sync->dir = syncInfo.bOutput ? EC_DIR_OUTPUT : EC_DIR_INPUT;
     sync->pdos = pdo;
     sync->n_pdos = static_cast<unsigned int>(syncInfo.mapPDOInfo.size());
-    for (unsigned int const pdoIndex : syncInfo.vecPDOIndex) {
+    for (const unsigned int pdoIndex : syncInfo.vecPDOIndex) {
       _PDOINFO& pdoInfo = syncInfo.mapPDOInfo.at(pdoIndex);
       pdo->index = static_cast<unsigned short>(pdoIndex);
       pdo->entries = &m_pPDOEntryArray[entryPosition];
@@ -70,10 +70,10 @@ void CSlaveENIObject::fillSyncManagers() {
     }
     ++sync;
   }
-  sync->index = endOfList;
+  sync->index = END_OF_LIST;
 }
 
-/* Alias, position and the two result pointers of the row are for the user of the list to fill per slave. */
+// Alias, position and the two result pointers of the row are for the user of the list to fill per slave.
 void CSlaveENIObject::fillEntry(_PDOENTRYINFO& entryInfo, unsigned int position) {
   m_pPDOEntryArray[position] = entryInfo.entry;
 
@@ -88,10 +88,10 @@ void CSlaveENIObject::fillEntry(_PDOENTRYINFO& entryInfo, unsigned int position)
   indexEntryName(position);
 }
 
-/* The first map remembers the names of earlier edits too: they are reported again. */
+// The first map remembers the names of earlier edits too: they are reported again.
 void CSlaveENIObject::indexEntryName(unsigned int position) {
-  std::string const& name = m_vecEntryName[position];
-  bool const isNew = m_mapEntryInfoByName.insert_or_assign(name, &m_pPDOEntryArray[position]).second;
+  const std::string& name = m_vecEntryName[position];
+  const bool isNew = m_mapEntryInfoByName.insert_or_assign(name, &m_pPDOEntryArray[position]).second;
   m_mapEntryRegByName.insert_or_assign(name, &m_pPDOEntryReg[position]);
   m_mapEntryIndexByName.insert_or_assign(name, position);
   if (!isNew) {
@@ -99,12 +99,12 @@ void CSlaveENIObject::indexEntryName(unsigned int position) {
   }
 }
 
-ec_pdo_entry_reg_t* CSlaveENIObject::getSlavePDOEntryReg(char const* name, unsigned long& position) const {
+ec_pdo_entry_reg_t* CSlaveENIObject::getSlavePDOEntryReg(const char* name, unsigned long& position) const {
   if (name == nullptr) {
     return nullptr;
   }
-  auto const row = m_mapEntryRegByName.find(name);
-  auto const index = m_mapEntryIndexByName.find(name);
+  const auto row = m_mapEntryRegByName.find(name);
+  const auto index = m_mapEntryIndexByName.find(name);
   if (row == m_mapEntryRegByName.end() || index == m_mapEntryIndexByName.end()) {
     return nullptr;
   }

@@ -1,5 +1,5 @@
-/* Conversion.h - the bodies of EthercatDataHelper.h, inline: with a buffer in the CPU's order and index 0, as
- * the handles use them, a value takes its way in a few instructions and without a call. */
+// Conversion.h - the bodies of EthercatDataHelper.h, inline: with a buffer in the CPU's order and index 0, as
+// the handles use them, a value takes its way in a few instructions and without a call.
 #ifndef ETHERCATDATAHELPER_CONVERSION_H
 #define ETHERCATDATAHELPER_CONVERSION_H
 
@@ -10,14 +10,14 @@
 
 class CDataConversion {
 public:
-  /* round(), halves away from zero, then the conversion that the processor makes: INT64_MIN for NaN and for
-   * what does not fit. */
+  // round(), halves away from zero, then the conversion that the processor makes: INT64_MIN for NaN and for
+  // what does not fit.
   static std::int64_t roundToInt64(double value) {
     const double moved = moveAwayFromZero(value);
     return moved >= -0x1p63 && moved < 0x1p63 ? static_cast<std::int64_t>(moved)
                                               : std::numeric_limits<std::int64_t>::min();
   }
-  /* The same through 32 bits: INT32_MIN for NaN and for what does not fit. */
+  // The same through 32 bits: INT32_MIN for NaN and for what does not fit.
   static std::int32_t roundToInt32(double value) {
     const double moved = moveAwayFromZero(value);
     return moved > -0x1p31 - 1 && moved < 0x1p31 ? static_cast<std::int32_t>(moved)
@@ -43,10 +43,10 @@ public:
   }
 
 private:
-  /* What is left when the fraction is cut off is the rounded value. Not by a whole half: the double below a
-   * half would be rounded up to 1 by the addition. */
+  // What is left when the fraction is cut off is the rounded value. Not by a whole half: the double below a
+  // half would be rounded up to 1 by the addition.
   static double moveAwayFromZero(double value) { return value + std::copysign(0x1.fffffffffffffp-2, value); }
-  /* Reverses the bytes when the buffer's order is not the CPU's. */
+  // Reverses the bytes when the buffer's order is not the CPU's.
   template <typename T> static void orderBytes(unsigned char (&bytes)[sizeof(T)], bool bigEndian) {
     if (!bigEndian || CEndianType::getCPUEndianType() != 0) {
       return;

@@ -5,7 +5,7 @@
 namespace {
 
 struct _TYPE_NAME {
-  char const* name;
+  const char* name;
   ETHERCAT_DATA_TYPE type;
 };
 
@@ -17,7 +17,7 @@ constexpr _TYPE_NAME CONVERTIBLE_TYPES[] = {
 
 } // namespace
 
-ETHERCAT_DATA_TYPE CEthercatDataHelper::getTypeByName(char const* name) {
+ETHERCAT_DATA_TYPE CEthercatDataHelper::getTypeByName(const char* name) {
   for (const _TYPE_NAME& known : CONVERTIBLE_TYPES) {
     if (std::strcmp(known.name, name) == 0) {
       return known.type;

@@ -6,7 +6,7 @@ CFile::~CFile() {
   file_object_destroy(handle);
 }
 
-bool CFile::open(char const* path, int mode) {
+bool CFile::open(const char* path, int mode) {
   return file_object_open(handle, path, mode);
 }
 
@@ -22,6 +22,6 @@ int CFile::read(void* buffer, unsigned int count) {
   return file_object_read(handle, buffer, count);
 }
 
-int CFile::write(void const* buffer, unsigned int count) {
+int CFile::write(const void* buffer, unsigned int count) {
   return file_object_write(handle, buffer, count);
 }

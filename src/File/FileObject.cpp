@@ -7,9 +7,9 @@
 namespace {
 
 int openFlags(int mode) {
-  bool const read = (mode & FILE_MODE_READ) != 0;
-  bool const write = (mode & FILE_MODE_WRITE) != 0;
-  bool const readWrite = (mode & FILE_MODE_READ_WRITE) != 0 || (read && write);
+  const bool read = (mode & FILE_MODE_READ) != 0;
+  const bool write = (mode & FILE_MODE_WRITE) != 0;
+  const bool readWrite = (mode & FILE_MODE_READ_WRITE) != 0 || (read && write);
 
   int flags = O_RDONLY;
   if (readWrite) {
@@ -47,13 +47,13 @@ void file_object_destroy(file_object_handle*& handle) {
   handle = nullptr;
 }
 
-bool file_object_open(file_object_handle* handle, char const* path, int mode) {
+bool file_object_open(file_object_handle* handle, const char* path, int mode) {
   if (handle == nullptr || handle->fd != -1 || path == nullptr) {
     return false;
   }
-  constexpr mode_t everyone = 0777;
-  mode_t const mask = umask(0);
-  handle->fd = ::open(path, openFlags(mode), everyone);
+  constexpr mode_t EVERYONE = 0777;
+  const mode_t mask = umask(0);
+  handle->fd = ::open(path, openFlags(mode), EVERYONE);
   umask(mask);
   return handle->fd != -1;
 }
@@ -66,15 +66,15 @@ void file_object_close(file_object_handle* handle) {
   handle->fd = -1;
 }
 
-unsigned long file_object_get_length(file_object_handle const* handle) {
+unsigned long file_object_get_length(const file_object_handle* handle) {
   if (handle == nullptr) {
     return 0;
   }
   if (handle->fd == -1) {
     return static_cast<unsigned long>(-1);
   }
-  off_t const position = lseek(handle->fd, 0, SEEK_CUR);
-  off_t const length = lseek(handle->fd, 0, SEEK_END);
+  const off_t position = lseek(handle->fd, 0, SEEK_CUR);
+  const off_t length = lseek(handle->fd, 0, SEEK_END);
   lseek(handle->fd, position, SEEK_SET);
   return static_cast<unsigned long>(length);
 }
@@ -86,7 +86,7 @@ int file_object_read(file_object_handle* handle, void* buffer, unsigned int coun
   return handle->fd == -1 ? -1 : static_cast<int>(::read(handle->fd, buffer, count));
 }
 
-int file_object_write(file_object_handle* handle, void const* buffer, unsigned int count) {
+int file_object_write(file_object_handle* handle, const void* buffer, unsigned int count) {
   if (handle == nullptr) {
     return 0;
   }

@@ -1,5 +1,5 @@
 #include "IgH_Master/LogOutput.h"
 
-bool logOutput(unsigned int level, char const* /*text*/) {
+bool logOutput(unsigned int level, const char* /*text*/) {
   return level != 0;
 }

@@ -3,6 +3,6 @@
 
 // The log sink that every master gets. Prints nothing itself; false, which makes the writer print, only for
 // level 0.
-bool logOutput(unsigned int level, char const* text);
+bool logOutput(unsigned int level, const char* text);
 
 #endif

@@ -9,16 +9,16 @@
 
 namespace {
 
-bool isEmpty(char const* text) {
+bool isEmpty(const char* text) {
   return text == nullptr || *text == '\0';
 }
 
-bool matches(_XmlNode const& node, char const* filter) {
+bool matches(const _XmlNode& node, const char* filter) {
   return isEmpty(filter) || node.name == filter;
 }
 
-/* The link that points to the child at the filtered index; null when no child has it. */
-_XmlNode** findLink(_XmlNode& parent, unsigned int index, char const* filter) {
+// The link that points to the child at the filtered index; null when no child has it.
+_XmlNode** findLink(_XmlNode& parent, unsigned int index, const char* filter) {
   for (_XmlNode** link = &parent.firstChild; *link != nullptr; link = &(*link)->nextSibling) {
     if (matches(**link, filter) && index-- == 0) {
       return link;
@@ -27,47 +27,47 @@ _XmlNode** findLink(_XmlNode& parent, unsigned int index, char const* filter) {
   return nullptr;
 }
 
-/* `findPlace` gives the link that is to point to the new node. */
+// `findPlace` gives the link that is to point to the new node.
 template <typename FindPlace>
-_XmlNode* insertNode(xml_file_handle* handle, _XmlNode* parent, char const* name, char const* value,
+_XmlNode* insertNode(xml_file_handle* handle, _XmlNode* parent, const char* name, const char* value,
                      FindPlace findPlace) {
   if (handle == nullptr || isEmpty(name) || (parent == nullptr && handle->root != nullptr)) {
     return nullptr;
   }
-  XmlNodePool::OwnedNode node = handle->xml_create_node_private(name, value != nullptr ? value : "");
+  CXmlNodePool::OwnedNode node = handle->xml_create_node_private(name, value != nullptr ? value : "");
   _XmlNode** const link = parent != nullptr ? findPlace(*parent) : &handle->root;
   node->nextSibling = *link;
   *link = node.release();
   return *link;
 }
 
-auto findAttribute(_XmlNode& node, char const* name) {
+auto findAttribute(_XmlNode& node, const char* name) {
   return std::find_if(node.attributes.begin(), node.attributes.end(),
-                      [name](NodeAttribute const& attribute) { return attribute.name == name; });
+                      [name](const _NodeAttribute& attribute) { return attribute.name == name; });
 }
 
-bool insertAttribute(std::size_t position, _XmlNode* node, char const* name, char const* value) {
+bool insertAttribute(std::size_t position, _XmlNode* node, const char* name, const char* value) {
   if (node == nullptr || isEmpty(name) || isEmpty(value) ||
       findAttribute(*node, name) != node->attributes.end()) {
     return false;
   }
-  auto const place = std::min(position, node->attributes.size());
+  const auto place = std::min(position, node->attributes.size());
   node->attributes.insert(node->attributes.begin() + static_cast<std::ptrdiff_t>(place),
-                          NodeAttribute{name, value});
+                          _NodeAttribute{name, value});
   return true;
 }
 
 } // namespace
 
-XmlNodePool::OwnedNode xml_file_handle::xml_create_node_private(char const* name, char const* value) {
-  XmlNodePool::OwnedNode node = nodes.create();
+CXmlNodePool::OwnedNode xml_file_handle::xml_create_node_private(const char* name, const char* value) {
+  CXmlNodePool::OwnedNode node = m_nodes.create();
   node->name = name;
   node->value = xml_trim(value);
   return node;
 }
 
 _XmlNode** xml_file_handle::xml_end_link_private(_XmlNode& parent) {
-  _XmlNode*& last = lastChildren[&parent];
+  _XmlNode*& last = m_lastChildren[&parent];
   _XmlNode** link = last != nullptr ? &last->nextSibling : &parent.firstChild;
   while (*link != nullptr) {
     last = *link;
@@ -76,15 +76,15 @@ _XmlNode** xml_file_handle::xml_end_link_private(_XmlNode& parent) {
   return link;
 }
 
-void xml_file_handle::xml_remove_child_private(_XmlNode const& parent, _XmlNode** link) noexcept {
+void xml_file_handle::xml_remove_child_private(const _XmlNode& parent, _XmlNode** link) noexcept {
   _XmlNode* const node = *link;
   *link = node->nextSibling;
-  lastChildren.erase(&parent);
+  m_lastChildren.erase(&parent);
   xml_remove_node_private(node);
 }
 
 _XmlNode* xml_file_insert_before_node(xml_file_handle* handle, unsigned int index, _XmlNode* parent,
-                                      char const* name, char const* value, char const* filter) {
+                                      const char* name, const char* value, const char* filter) {
   return insertNode(handle, parent, name, value, [index, filter](_XmlNode& node) {
     _XmlNode** const link = findLink(node, index, filter);
     return link != nullptr ? link : &node.firstChild;
@@ -92,20 +92,20 @@ _XmlNode* xml_file_insert_before_node(xml_file_handle* handle, unsigned int inde
 }
 
 _XmlNode* xml_file_insert_after_node(xml_file_handle* handle, unsigned int index, _XmlNode* parent,
-                                     char const* name, char const* value, char const* filter) {
+                                     const char* name, const char* value, const char* filter) {
   return insertNode(handle, parent, name, value, [handle, index, filter](_XmlNode& node) {
     _XmlNode** const link = findLink(node, index, filter);
     return link != nullptr ? &(*link)->nextSibling : handle->xml_end_link_private(node);
   });
 }
 
-_XmlNode* xml_file_append_node(xml_file_handle* handle, _XmlNode* parent, char const* name, char const* value,
-                               char const* /*filter*/) {
+_XmlNode* xml_file_append_node(xml_file_handle* handle, _XmlNode* parent, const char* name, const char* value,
+                               const char* /*filter*/) {
   return insertNode(handle, parent, name, value,
                     [handle](_XmlNode& node) { return handle->xml_end_link_private(node); });
 }
 
-bool xml_file_remove_node(xml_file_handle* handle, unsigned int index, _XmlNode* parent, char const* filter) {
+bool xml_file_remove_node(xml_file_handle* handle, unsigned int index, _XmlNode* parent, const char* filter) {
   if (handle == nullptr || parent == nullptr) {
     return xml_file_remove_all(handle);
   }
@@ -117,7 +117,7 @@ bool xml_file_remove_node(xml_file_handle* handle, unsigned int index, _XmlNode*
   return true;
 }
 
-void xml_file_remove_all_child(xml_file_handle* handle, _XmlNode* parent, char const* filter) {
+void xml_file_remove_all_child(xml_file_handle* handle, _XmlNode* parent, const char* filter) {
   if (handle == nullptr || parent == nullptr) {
     return;
   }
@@ -131,21 +131,21 @@ void xml_file_remove_all_child(xml_file_handle* handle, _XmlNode* parent, char c
   }
 }
 
-bool xml_file_insert_before_attribute(unsigned int index, _XmlNode* node, char const* name,
-                                      char const* value) {
+bool xml_file_insert_before_attribute(unsigned int index, _XmlNode* node, const char* name,
+                                      const char* value) {
   return insertAttribute(index, node, name, value);
 }
 
-bool xml_file_insert_after_attribute(unsigned int index, _XmlNode* node, char const* name,
-                                     char const* value) {
+bool xml_file_insert_after_attribute(unsigned int index, _XmlNode* node, const char* name,
+                                     const char* value) {
   return insertAttribute(std::size_t{index} + 1, node, name, value);
 }
 
-bool xml_file_append_attribute(_XmlNode* node, char const* name, char const* value) {
+bool xml_file_append_attribute(_XmlNode* node, const char* name, const char* value) {
   if (node == nullptr || isEmpty(name) || isEmpty(value)) {
     return false;
   }
-  auto const known = findAttribute(*node, name);
+  const auto known = findAttribute(*node, name);
   if (known == node->attributes.end()) {
     return insertAttribute(node->attributes.size(), node, name, value);
   }
@@ -153,15 +153,15 @@ bool xml_file_append_attribute(_XmlNode* node, char const* name, char const* val
   return true;
 }
 
-bool xml_file_remove_attribute(char const* name, _XmlNode* node) {
+bool xml_file_remove_attribute(const char* name, _XmlNode* node) {
   if (node == nullptr || name == nullptr) {
     return false;
   }
   auto& attributes = node->attributes;
-  auto const removed =
+  const auto removed =
       std::remove_if(attributes.begin(), attributes.end(),
-                     [name](NodeAttribute const& attribute) { return attribute.name == name; });
-  bool const found = removed != attributes.end();
+                     [name](const _NodeAttribute& attribute) { return attribute.name == name; });
+  const bool found = removed != attributes.end();
   attributes.erase(removed, attributes.end());
   return found;
 }

@@ -20,18 +20,18 @@
 
 namespace {
 
-struct FreeDocument {
+struct _FreeDocument {
   void operator()(xmlDoc* document) const { xmlFreeDoc(document); }
 };
-using Document = std::unique_ptr<xmlDoc, FreeDocument>;
+using Document = std::unique_ptr<xmlDoc, _FreeDocument>;
 
-/* A pipe or a terminal would hold the caller until somebody writes to it. */
-bool mayBlock(char const* path) {
+// A pipe or a terminal would hold the caller until somebody writes to it.
+bool mayBlock(const char* path) {
   struct stat status {};
   return stat(path, &status) == 0 && !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode);
 }
 
-std::optional<unsigned long> openedLength(char const* path, int mode) {
+std::optional<unsigned long> openedLength(const char* path, int mode) {
   CFile file;
   if (mayBlock(path) || !file.open(path, mode)) {
     return std::nullopt;
@@ -39,8 +39,8 @@ std::optional<unsigned long> openedLength(char const* path, int mode) {
   return file.getLength();
 }
 
-/* What can be read of it, at most `length` bytes. */
-std::string fileText(char const* path, std::size_t length) {
+// What can be read of it, at most `length` bytes.
+std::string fileText(const char* path, std::size_t length) {
   CFile file;
   file.open(path, FILE_MODE_READ);
   std::string text(length, '\0');
@@ -54,21 +54,21 @@ std::string fileText(char const* path, std::size_t length) {
   return text;
 }
 
-/* After a failed allocation libxml2 gives what it had read until then, as if it were the whole document. */
+// After a failed allocation libxml2 gives what it had read until then, as if it were the whole document.
 void throwIfCutShort() {
-  xmlError const* const error = xmlGetLastError();
+  const xmlError* const error = xmlGetLastError();
   if (error != nullptr && error->code == XML_ERR_NO_MEMORY) {
     throw std::bad_alloc();
   }
 }
 
-/* From memory, because libxml2 itself takes some paths for addresses in the network or for the standard
- * input, and unpacks compressed files, a thousandfold and more. Null when it is no well-formed document. */
-Document parsedFile(char const* path, unsigned long length) {
+// From memory, because libxml2 itself takes some paths for addresses in the network or for the standard
+// input, and unpacks compressed files, a thousandfold and more. Null when it is no well-formed document.
+Document parsedFile(const char* path, unsigned long length) {
   if (length > std::numeric_limits<int>::max()) {
     return nullptr;
   }
-  std::string const text = fileText(path, length);
+  const std::string text = fileText(path, length);
   xmlResetLastError();
   Document document(xmlReadMemory(text.data(), static_cast<int>(text.size()), path, nullptr,
                                   XML_PARSE_NONET | XML_PARSE_COMPACT));
@@ -76,23 +76,23 @@ Document parsedFile(char const* path, unsigned long length) {
   return document;
 }
 
-/* Null when the file is no well-formed document or a hostile one. */
-_XmlNode* readTree(xml_file_handle& handle, char const* path, unsigned long length) {
-  Document const document = parsedFile(path, length);
-  xmlNode const* rootElement = document ? xmlDocGetRootElement(document.get()) : nullptr;
+// Null when the file is no well-formed document or a hostile one.
+_XmlNode* readTree(xml_file_handle& handle, const char* path, unsigned long length) {
+  const Document document = parsedFile(path, length);
+  const xmlNode* rootElement = document ? xmlDocGetRootElement(document.get()) : nullptr;
   if (rootElement == nullptr) {
     return nullptr;
   }
   try {
-    XmlText text(document.get(), length);
+    CXmlText text(document.get(), length);
     return handle.xml_copy_tree_private(rootElement, text);
-  } catch (XmlExpansionRefused const&) {
+  } catch (const _XmlExpansionRefused&) {
     return nullptr;
   }
 }
 
-bool openDocument(xml_file_handle& handle, char const* path, int mode) {
-  std::optional<unsigned long> const length = openedLength(path, mode);
+bool openDocument(xml_file_handle& handle, const char* path, int mode) {
+  const std::optional<unsigned long> length = openedLength(path, mode);
   if (!length) {
     std::printf("Open file error,the file maybe not exist:%s\n", path);
     return false;
@@ -116,7 +116,7 @@ xml_file_handle* xml_file_create() {
   return new xml_file_handle;
 }
 
-bool xml_file_open(xml_file_handle* handle, char const* path, int mode) {
+bool xml_file_open(xml_file_handle* handle, const char* path, int mode) {
   if (handle == nullptr) {
     return false;
   }
@@ -125,7 +125,7 @@ bool xml_file_open(xml_file_handle* handle, char const* path, int mode) {
   }
   try {
     return openDocument(*handle, path != nullptr ? path : "", mode);
-  } catch (std::exception const& exception) {
+  } catch (const std::exception& exception) {
     std::printf("Exception caught: %s\n", exception.what());
     return false;
   }
@@ -158,6 +158,6 @@ bool xml_file_remove_all(xml_file_handle* handle) {
   return true;
 }
 
-_XmlNode* xml_file_get_root(xml_file_handle const* handle) {
+_XmlNode* xml_file_get_root(const xml_file_handle* handle) {
   return handle != nullptr ? handle->root : nullptr;
 }

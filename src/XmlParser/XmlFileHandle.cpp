@@ -10,34 +10,34 @@
 
 namespace {
 
-/* An element whose children are being copied. */
-struct OpenElement {
-  xmlNode const* nextChild;
+// An element whose children are being copied.
+struct _OpenElement {
+  const xmlNode* nextChild;
   _XmlNode* copy;
   _XmlNode* lastChild;
 };
 
-/* A name is missing only where there was no memory for it. */
-char const* nameCharacters(xmlChar const* name) {
+// A name is missing only where there was no memory for it.
+const char* nameCharacters(const xmlChar* name) {
   if (name == nullptr) {
     throw std::bad_alloc();
   }
-  return reinterpret_cast<char const*>(name);
+  return reinterpret_cast<const char*>(name);
 }
 
-xmlNode const* nextElement(xmlNode const* node) {
+const xmlNode* nextElement(const xmlNode* node) {
   while (node != nullptr && node->type != XML_ELEMENT_NODE) {
     node = node->next;
   }
   return node;
 }
 
-/* A value is looked up by local name, so of attributes that differ in their prefix only, all have the value
- * of the first. What that adds to the document is charged like an expansion. */
-void shareValuesOfEqualNames(std::vector<NodeAttribute>& attributes, XmlText& text) {
-  std::unordered_map<std::string_view, NodeAttribute const*> first;
-  for (NodeAttribute& attribute : attributes) {
-    auto const [known, isNew] = first.emplace(attribute.name, &attribute);
+// A value is looked up by local name, so of attributes that differ in their prefix only, all have the value
+// of the first. What that adds to the document is charged like an expansion.
+void shareValuesOfEqualNames(std::vector<_NodeAttribute>& attributes, CXmlText& text) {
+  std::unordered_map<std::string_view, const _NodeAttribute*> first;
+  for (_NodeAttribute& attribute : attributes) {
+    const auto [known, isNew] = first.emplace(attribute.name, &attribute);
     if (!isNew) {
       text.charge(known->second->value.size());
       attribute.value = known->second->value;
@@ -45,10 +45,10 @@ void shareValuesOfEqualNames(std::vector<NodeAttribute>& attributes, XmlText& te
   }
 }
 
-void copyAttributes(xmlNode const* element, XmlText& text, std::vector<NodeAttribute>& attributes) {
+void copyAttributes(const xmlNode* element, CXmlText& text, std::vector<_NodeAttribute>& attributes) {
   std::size_t count = 0;
   bool prefixed = false;
-  for (xmlAttr const* attribute = element->properties; attribute != nullptr; attribute = attribute->next) {
+  for (const xmlAttr* attribute = element->properties; attribute != nullptr; attribute = attribute->next) {
     ++count;
     prefixed = prefixed || attribute->ns != nullptr;
   }
@@ -57,7 +57,7 @@ void copyAttributes(xmlNode const* element, XmlText& text, std::vector<NodeAttri
   }
   attributes.resize(count);
   auto copy = attributes.begin();
-  for (xmlAttr const* attribute = element->properties; attribute != nullptr; attribute = attribute->next) {
+  for (const xmlAttr* attribute = element->properties; attribute != nullptr; attribute = attribute->next) {
     copy->name = nameCharacters(attribute->name);
     text.read(attribute->children, copy->value);
     ++copy;
@@ -73,15 +73,15 @@ xml_file_handle::~xml_file_handle() {
   xml_remove_node_private(root);
 }
 
-_XmlNode* xml_file_handle::xml_copy_tree_private(xmlNode const* element, XmlText& text) {
-  auto const free = [this](_XmlNode* node) { xml_remove_node_private(node); };
+_XmlNode* xml_file_handle::xml_copy_tree_private(const xmlNode* element, CXmlText& text) {
+  const auto free = [this](_XmlNode* node) { xml_remove_node_private(node); };
   std::unique_ptr<_XmlNode, decltype(free)> tree(xml_paser_node_private(element, nullptr, nullptr, text),
                                                  free);
 
-  std::vector<OpenElement> open{{element->children, tree.get(), nullptr}};
+  std::vector<_OpenElement> open{{element->children, tree.get(), nullptr}};
   while (!open.empty()) {
-    OpenElement& level = open.back();
-    xmlNode const* child = nextElement(level.nextChild);
+    _OpenElement& level = open.back();
+    const xmlNode* child = nextElement(level.nextChild);
     if (child == nullptr) {
       open.pop_back();
       continue;
@@ -95,9 +95,9 @@ _XmlNode* xml_file_handle::xml_copy_tree_private(xmlNode const* element, XmlText
   return tree.release();
 }
 
-_XmlNode* xml_file_handle::xml_paser_node_private(xmlNode const* element, _XmlNode* parent,
-                                                  _XmlNode* previous, XmlText& text) {
-  XmlNodePool::OwnedNode node = nodes.create();
+_XmlNode* xml_file_handle::xml_paser_node_private(const xmlNode* element, _XmlNode* parent,
+                                                  _XmlNode* previous, CXmlText& text) {
+  CXmlNodePool::OwnedNode node = m_nodes.create();
   node->name = nameCharacters(element->name);
   text.readTrimmed(element->children, node->value);
   copyAttributes(element, text, node->attributes);
@@ -109,8 +109,8 @@ _XmlNode* xml_file_handle::xml_paser_node_private(xmlNode const* element, _XmlNo
   return node.release();
 }
 
-/* The sibling chain itself is the list of work: a node's children are put in front of what is left, so
- * neither deep nor wide trees need memory to be freed. */
+// The sibling chain itself is the list of work: a node's children are put in front of what is left, so
+// neither deep nor wide trees need memory to be freed.
 void xml_file_handle::xml_remove_node_private(_XmlNode* node) noexcept {
   if (node != nullptr) {
     node->nextSibling = nullptr;
@@ -125,8 +125,8 @@ void xml_file_handle::xml_remove_node_private(_XmlNode* node) noexcept {
       last->nextSibling = next;
       next = node->firstChild;
     }
-    lastChildren.erase(node);
-    nodes.destroy(node);
+    m_lastChildren.erase(node);
+    m_nodes.destroy(node);
     node = next;
   }
 }

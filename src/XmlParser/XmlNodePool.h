@@ -8,29 +8,29 @@
 #include <new>
 #include <vector>
 
-/* Memory for the nodes of one document, taken in blocks: the heap spends more on tens of thousands of small
- * pieces than copying the document costs. Every node must have been destroyed before the pool is. */
-class XmlNodePool {
+// Memory for the nodes of one document, taken in blocks: the heap spends more on tens of thousands of small
+// pieces than copying the document costs. Every node must have been destroyed before the pool is.
+class CXmlNodePool {
 public:
-  struct Destroy {
+  struct _Destroy {
     void operator()(_XmlNode* node) const noexcept { pool->destroy(node); }
 
-    XmlNodePool* pool;
+    CXmlNodePool* pool;
   };
-  using OwnedNode = std::unique_ptr<_XmlNode, Destroy>;
+  using OwnedNode = std::unique_ptr<_XmlNode, _Destroy>;
 
   OwnedNode create() {
-    if (unused == nullptr) {
+    if (m_unused == nullptr) {
       addBlock();
     }
-    Place* place = unused;
-    unused = place->next;
-    return {new (place) _XmlNode, Destroy{this}};
+    Place* place = m_unused;
+    m_unused = place->next;
+    return {new (place) _XmlNode, _Destroy{this}};
   }
 
   void destroy(_XmlNode* node) noexcept {
     node->~_XmlNode();
-    unused = new (node) Place{unused};
+    m_unused = new (node) Place{m_unused};
   }
 
 private:
@@ -40,16 +40,16 @@ private:
   };
 
   void addBlock() {
-    constexpr std::size_t blockLength = 256;
-    blocks.push_back(std::make_unique<Place[]>(blockLength));
-    for (std::size_t i = blockLength; i-- > 0;) {
-      blocks.back()[i].next = unused;
-      unused = &blocks.back()[i];
+    constexpr std::size_t BLOCK_LENGTH = 256;
+    m_blocks.push_back(std::make_unique<Place[]>(BLOCK_LENGTH));
+    for (std::size_t i = BLOCK_LENGTH; i-- > 0;) {
+      m_blocks.back()[i].next = m_unused;
+      m_unused = &m_blocks.back()[i];
     }
   }
 
-  Place* unused = nullptr;
-  std::vector<std::unique_ptr<Place[]>> blocks;
+  Place* m_unused = nullptr;
+  std::vector<std::unique_ptr<Place[]>> m_blocks;
 };
 
 #endif

@@ -5,18 +5,18 @@
 
 namespace {
 
-NodeAttribute const* findAttribute(int index, _XmlNode const* node) {
+const _NodeAttribute* findAttribute(int index, const _XmlNode* node) {
   if (index < 0 || index >= xml_file_get_attribute_count(node)) {
     return nullptr;
   }
   return &node->attributes[static_cast<std::size_t>(index)];
 }
 
-NodeAttribute const* findAttribute(char const* name, _XmlNode const* node) {
+const _NodeAttribute* findAttribute(const char* name, const _XmlNode* node) {
   if (node == nullptr || name == nullptr) {
     return nullptr;
   }
-  for (NodeAttribute const& attribute : node->attributes) {
+  for (const _NodeAttribute& attribute : node->attributes) {
     if (attribute.name == name) {
       return &attribute;
     }
@@ -26,8 +26,8 @@ NodeAttribute const* findAttribute(char const* name, _XmlNode const* node) {
 
 } // namespace
 
-bool xml_copy_string(std::string const& text, char* buffer, unsigned long& size) {
-  unsigned long const needed = text.size() + 1;
+bool xml_copy_string(const std::string& text, char* buffer, unsigned long& size) {
+  const unsigned long needed = text.size() + 1;
   if (buffer != nullptr) {
     if (size < needed) {
       return false;
@@ -38,15 +38,15 @@ bool xml_copy_string(std::string const& text, char* buffer, unsigned long& size)
   return true;
 }
 
-int xml_file_get_child_count(_XmlNode const* node, char const* name) {
+int xml_file_get_child_count(const _XmlNode* node, const char* name) {
   int count = 0;
-  for ([[maybe_unused]] _XmlNode const* child : xml_file_children(node, name)) {
+  for ([[maybe_unused]] const _XmlNode* child : xml_file_children(node, name)) {
     ++count;
   }
   return count;
 }
 
-_XmlNode* xml_file_get_child_node(int index, _XmlNode const* node, char const* name) {
+_XmlNode* xml_file_get_child_node(int index, const _XmlNode* node, const char* name) {
   if (index < 0) {
     return nullptr;
   }
@@ -58,30 +58,30 @@ _XmlNode* xml_file_get_child_node(int index, _XmlNode const* node, char const* n
   return nullptr;
 }
 
-int xml_file_get_attribute_count(_XmlNode const* node) {
+int xml_file_get_attribute_count(const _XmlNode* node) {
   return node != nullptr ? static_cast<int>(node->attributes.size()) : 0;
 }
 
-bool xml_file_get_attribute_name(int index, _XmlNode const* node, char* buffer, unsigned long& size) {
-  NodeAttribute const* attribute = findAttribute(index, node);
+bool xml_file_get_attribute_name(int index, const _XmlNode* node, char* buffer, unsigned long& size) {
+  const _NodeAttribute* attribute = findAttribute(index, node);
   return attribute != nullptr && xml_copy_string(attribute->name, buffer, size);
 }
 
-bool xml_file_get_attribute_value_by_index(int index, _XmlNode const* node, char* buffer,
+bool xml_file_get_attribute_value_by_index(int index, const _XmlNode* node, char* buffer,
                                            unsigned long& size) {
-  NodeAttribute const* attribute = findAttribute(index, node);
+  const _NodeAttribute* attribute = findAttribute(index, node);
   return attribute != nullptr && xml_copy_string(attribute->value, buffer, size);
 }
 
-bool xml_file_get_attribute_value(char const* name, _XmlNode const* node, char* buffer, unsigned long& size) {
-  NodeAttribute const* attribute = findAttribute(name, node);
+bool xml_file_get_attribute_value(const char* name, const _XmlNode* node, char* buffer, unsigned long& size) {
+  const _NodeAttribute* attribute = findAttribute(name, node);
   return attribute != nullptr && xml_copy_string(attribute->value, buffer, size);
 }
 
-bool xml_file_get_node_value(_XmlNode const* node, char* buffer, unsigned long& size) {
+bool xml_file_get_node_value(const _XmlNode* node, char* buffer, unsigned long& size) {
   return node != nullptr && xml_copy_string(node->value, buffer, size);
 }
 
-bool xml_file_get_node_name(_XmlNode const* node, char* buffer, unsigned long& size) {
+bool xml_file_get_node_name(const _XmlNode* node, char* buffer, unsigned long& size) {
   return node != nullptr && xml_copy_string(node->name, buffer, size);
 }

@@ -8,22 +8,22 @@
 
 namespace {
 
-constexpr std::size_t endless = std::numeric_limits<std::size_t>::max();
+constexpr std::size_t ENDLESS = std::numeric_limits<std::size_t>::max();
 
-/* libxml2 itself gives up at 40 entities inside each other. */
-constexpr unsigned int maximumDepth = 64;
+// libxml2 itself gives up at 40 entities inside each other.
+constexpr unsigned int MAXIMUM_DEPTH = 64;
 
-/* References may expand to some times the file, and a small file to this much at least. */
-constexpr std::size_t expansionFactor = 4;
-constexpr std::size_t minimumExpansion = std::size_t{64} * 1024;
-constexpr std::size_t maximumFileLength = endless / 8;
+// References may expand to some times the file, and a small file to this much at least.
+constexpr std::size_t EXPANSION_FACTOR = 4;
+constexpr std::size_t MINIMUM_EXPANSION = std::size_t{64} * 1024;
+constexpr std::size_t MAXIMUM_FILE_LENGTH = ENDLESS / 8;
 
-bool isText(xmlNode const* node) {
+bool isText(const xmlNode* node) {
   return node->type == XML_TEXT_NODE || node->type == XML_CDATA_SECTION_NODE;
 }
 
-char const* characters(xmlChar const* text) {
-  return text != nullptr ? reinterpret_cast<char const*>(text) : "";
+const char* characters(const xmlChar* text) {
+  return text != nullptr ? reinterpret_cast<const char*>(text) : "";
 }
 
 bool isBlank(char character) {
@@ -37,7 +37,7 @@ std::string_view trimEnd(std::string_view text) {
   return text;
 }
 
-char const* skipBlanks(char const* text) {
+const char* skipBlanks(const char* text) {
   while (isBlank(*text)) {
     ++text;
   }
@@ -45,47 +45,47 @@ char const* skipBlanks(char const* text) {
 }
 
 std::size_t addSaturating(std::size_t left, std::size_t right) {
-  return left > endless - right ? endless : left + right;
+  return left > ENDLESS - right ? ENDLESS : left + right;
 }
 
 } // namespace
 
-std::string_view xml_trim(char const* text) {
+std::string_view xml_trim(const char* text) {
   return trimEnd(skipBlanks(text));
 }
 
-XmlText::XmlText(xmlDoc* textDocument, std::size_t fileLength)
-    : document(textDocument),
-      budget(std::max(expansionFactor * std::min(fileLength, maximumFileLength), minimumExpansion)) {}
+CXmlText::CXmlText(xmlDoc* textDocument, std::size_t fileLength)
+    : m_document(textDocument),
+      m_budget(std::max(EXPANSION_FACTOR * std::min(fileLength, MAXIMUM_FILE_LENGTH), MINIMUM_EXPANSION)) {}
 
-void XmlText::read(xmlNode const* list, std::string& text) {
+void CXmlText::read(const xmlNode* list, std::string& text) {
   if (list != nullptr && list->next == nullptr && isText(list)) {
     text = characters(list->content);
     return;
   }
   collect(list, false);
-  text = collected;
+  text = m_collected;
 }
 
-void XmlText::readTrimmed(xmlNode const* list, std::string& text) {
+void CXmlText::readTrimmed(const xmlNode* list, std::string& text) {
   if (list != nullptr && list->next == nullptr && isText(list)) {
     text = xml_trim(characters(list->content));
     return;
   }
   collect(list, true);
-  text = trimEnd(collected);
+  text = trimEnd(m_collected);
 }
 
-void XmlText::charge(std::size_t bytes) {
-  if (bytes > budget) {
-    throw XmlExpansionRefused("the document expands too far");
+void CXmlText::charge(std::size_t bytes) {
+  if (bytes > m_budget) {
+    throw _XmlExpansionRefused("the document expands too far");
   }
-  budget -= bytes;
+  m_budget -= bytes;
 }
 
-void XmlText::collect(xmlNode const* list, bool trim) {
-  collected.clear();
-  for (xmlNode const* node = list; node != nullptr; node = node->next) {
+void CXmlText::collect(const xmlNode* list, bool trim) {
+  m_collected.clear();
+  for (const xmlNode* node = list; node != nullptr; node = node->next) {
     if (isText(node)) {
       append(node->content, trim);
     } else if (node->type == XML_ENTITY_REF_NODE) {
@@ -95,14 +95,14 @@ void XmlText::collect(xmlNode const* list, bool trim) {
   }
 }
 
-/* Recursion and work are bounded: the reference has been paid for. */
-void XmlText::appendReference(xmlNode const* reference, bool trim) {
-  xmlEntity const* entity = xmlGetDocEntity(document, reference->name);
+// Recursion and work are bounded: the reference has been paid for.
+void CXmlText::appendReference(const xmlNode* reference, bool trim) {
+  const xmlEntity* entity = xmlGetDocEntity(m_document, reference->name);
   if (entity == nullptr) {
     append(reference->content, trim);
     return;
   }
-  for (xmlNode const* node = entity->children; node != nullptr; node = node->next) {
+  for (const xmlNode* node = entity->children; node != nullptr; node = node->next) {
     if (isText(node)) {
       append(node->content, trim);
     } else if (node->type == XML_ENTITY_REF_NODE) {
@@ -111,38 +111,38 @@ void XmlText::appendReference(xmlNode const* reference, bool trim) {
   }
 }
 
-/* Blanks in front of the first text never get in, so that an element with many children does not collect the
- * white space between them. */
-void XmlText::append(xmlChar const* piece, bool trim) {
-  char const* text = characters(piece);
-  collected += trim && collected.empty() ? skipBlanks(text) : text;
+// Blanks in front of the first text never get in, so that an element with many children does not collect the
+// white space between them.
+void CXmlText::append(const xmlChar* piece, bool trim) {
+  const char* text = characters(piece);
+  m_collected += trim && m_collected.empty() ? skipBlanks(text) : text;
 }
 
-/* One for the visit and the bytes of text, of this node alone. */
-std::size_t XmlText::expansionCost(xmlNode const* node, unsigned int depth) {
+// One for the visit and the bytes of text, of this node alone.
+std::size_t CXmlText::expansionCost(const xmlNode* node, unsigned int depth) {
   if (node->type == XML_ENTITY_REF_NODE) {
-    xmlEntity const* entity = xmlGetDocEntity(document, node->name);
+    const xmlEntity* entity = xmlGetDocEntity(m_document, node->name);
     if (entity != nullptr) {
       return addSaturating(1, entityCost(entity, depth + 1));
     }
   }
-  bool const hasText = isText(node) || node->type == XML_ENTITY_REF_NODE;
+  const bool hasText = isText(node) || node->type == XML_ENTITY_REF_NODE;
   return 1 + (hasText ? std::strlen(characters(node->content)) : 0);
 }
 
-std::size_t XmlText::entityCost(xmlEntity const* entity, unsigned int depth) {
-  if (depth > maximumDepth) {
-    return endless;
+std::size_t CXmlText::entityCost(const xmlEntity* entity, unsigned int depth) {
+  if (depth > MAXIMUM_DEPTH) {
+    return ENDLESS;
   }
-  /* Endless until it is known: an entity that contains itself never ends. */
-  auto const [known, isNew] = costs.emplace(entity, endless);
+  // Endless until it is known: an entity that contains itself never ends.
+  const auto [known, isNew] = m_costs.emplace(entity, ENDLESS);
   if (!isNew) {
     return known->second;
   }
   std::size_t cost = 0;
-  for (xmlNode const* node = entity->children; node != nullptr; node = node->next) {
+  for (const xmlNode* node = entity->children; node != nullptr; node = node->next) {
     cost = addSaturating(cost, expansionCost(node, depth));
   }
-  costs[entity] = cost;
+  m_costs[entity] = cost;
   return cost;
 }

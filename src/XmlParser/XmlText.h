@@ -9,40 +9,40 @@
 #include <string_view>
 #include <unordered_map>
 
-/* The tree would be far larger than the document. */
-struct XmlExpansionRefused : std::runtime_error {
+// The tree would be far larger than the document.
+struct _XmlExpansionRefused : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/* Without leading and trailing blanks, tabs and line breaks. */
-std::string_view xml_trim(char const* text);
+// Without leading and trailing blanks, tabs and line breaks.
+std::string_view xml_trim(const char* text);
 
-/* Reads element and attribute text out of one libxml2 document: the text that xmlNodeListGetString gives, but
- * in linear time (that call measures all text before it for every further piece) and with a limit on what
- * entity references may expand to. */
-class XmlText {
+// Reads element and attribute text out of one libxml2 document: the text that xmlNodeListGetString gives, but
+// in linear time (that call measures all text before it for every further piece) and with a limit on what
+// entity references may expand to.
+class CXmlText {
 public:
-  XmlText(xmlDoc* document, std::size_t fileLength);
+  CXmlText(xmlDoc* document, std::size_t fileLength);
 
-  /* The text of a list of sibling nodes; trimmed, it loses leading and trailing blanks, tabs and line breaks.
-   * Throws XmlExpansionRefused. */
-  void read(xmlNode const* list, std::string& text);
-  void readTrimmed(xmlNode const* list, std::string& text);
+  // The text of a list of sibling nodes; trimmed, it loses leading and trailing blanks, tabs and line breaks.
+  // Throws XmlExpansionRefused.
+  void read(const xmlNode* list, std::string& text);
+  void readTrimmed(const xmlNode* list, std::string& text);
 
-  /* Counts bytes that the tree holds beyond the file. Throws XmlExpansionRefused when they are too many. */
+  // Counts bytes that the tree holds beyond the file. Throws XmlExpansionRefused when they are too many.
   void charge(std::size_t bytes);
 
 private:
-  void collect(xmlNode const* list, bool trim);
-  void appendReference(xmlNode const* reference, bool trim);
-  void append(xmlChar const* piece, bool trim);
-  std::size_t expansionCost(xmlNode const* list, unsigned int depth);
-  std::size_t entityCost(xmlEntity const* entity, unsigned int depth);
+  void collect(const xmlNode* list, bool trim);
+  void appendReference(const xmlNode* reference, bool trim);
+  void append(const xmlChar* piece, bool trim);
+  std::size_t expansionCost(const xmlNode* list, unsigned int depth);
+  std::size_t entityCost(const xmlEntity* entity, unsigned int depth);
 
-  xmlDoc* document;
-  std::string collected; /* kept for its capacity */
-  std::size_t budget;    /* bytes and nodes that references may still expand to */
-  std::unordered_map<xmlEntity const*, std::size_t> costs;
+  xmlDoc* m_document;
+  std::string m_collected; // kept for its capacity
+  std::size_t m_budget;    // bytes and nodes that references may still expand to
+  std::unordered_map<const xmlEntity*, std::size_t> m_costs;
 };
 
 #endif

@@ -15,40 +15,40 @@
 
 namespace description_test {
 
-using Message = std::pair<unsigned int, std::string>; /* level and text */
+using Message = std::pair<unsigned int, std::string>; // level and text
 using Messages = std::vector<Message>;
 
-/* What the sink was offered, until load() or a test clears it. */
+// What the sink was offered, until load() or a test clears it.
 inline Messages& messages() {
   static Messages all;
   return all;
 }
 
-inline bool capture(unsigned int level, char const* text) {
+inline bool capture(unsigned int level, const char* text) {
   messages().push_back({level, text});
   return true;
 }
 
-/* Messages of level 0 and 2: what is wrong with a file. */
+// Messages of level 0 and 2: what is wrong with a file.
 inline Messages complaints() {
   Messages found = messages();
-  found.erase(std::remove_if(found.begin(), found.end(), [](Message const& it) { return it.first % 2 != 0; }),
+  found.erase(std::remove_if(found.begin(), found.end(), [](const Message& it) { return it.first % 2 != 0; }),
               found.end());
   return found;
 }
 
-/* A file in the temporary folder, deleted with the object. */
+// A file in the temporary folder, deleted with the object.
 class TemporaryFile {
 public:
-  explicit TemporaryFile(std::string const& text) : m_path("/tmp/description_test.XXXXXX") {
+  explicit TemporaryFile(const std::string& text) : m_path("/tmp/description_test.XXXXXX") {
     close(mkstemp(m_path.data()));
     std::ofstream(m_path, std::ios::binary) << text;
   }
   ~TemporaryFile() { unlink(path()); }
-  TemporaryFile(TemporaryFile const&) = delete;
-  TemporaryFile& operator=(TemporaryFile const&) = delete;
+  TemporaryFile(const TemporaryFile&) = delete;
+  TemporaryFile& operator=(const TemporaryFile&) = delete;
 
-  char const* path() const { return m_path.c_str(); }
+  const char* path() const { return m_path.c_str(); }
   std::string content() const {
     std::ifstream file(m_path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
@@ -58,36 +58,36 @@ private:
   std::string m_path;
 };
 
-/* A whole file of vendor 2 with these Device and Module elements. */
-inline std::string description(std::string const& devices, std::string const& modules = "") {
+// A whole file of vendor 2 with these Device and Module elements.
+inline std::string description(const std::string& devices, const std::string& modules = "") {
   return "<EtherCATInfo Version=\" 1.6\n\"><Vendor><Id>#x2</Id><Name>Maker</Name></Vendor><Descriptions>"
          "<Modules>" +
          modules + "</Modules><Devices>" + devices + "</Devices></Descriptions></EtherCATInfo>";
 }
 
-inline std::string device(std::string const& product, std::string const& revision,
-                          std::string const& content) {
+inline std::string device(const std::string& product, const std::string& revision,
+                          const std::string& content) {
   return "<Device><Type ProductCode=\"" + product + "\" RevisionNo=\"" + revision + "\">T</Type>" + content +
          "</Device>";
 }
 
-inline std::string module(std::string const& ident, std::string const& content) {
+inline std::string module(const std::string& ident, const std::string& content) {
   return "<Module><Type ModuleIdent=\"" + ident + "\"/><Name LcId=\"1033\"/>" + content + "</Module>";
 }
 
-/* Loads `xml` from a file and gives the result; the messages start afresh. */
-inline bool load(CMasterENIObject& store, std::string const& xml) {
+// Loads `xml` from a file and gives the result; the messages start afresh.
+inline bool load(CMasterENIObject& store, const std::string& xml) {
   messages().clear();
   return store.insertENIFile(TemporaryFile(xml).path(), false) != 0;
 }
 
-/* Lines "sync/pdo index:subindex bits type name" in flat order. */
-inline std::string entriesOf(CSlaveENIObject const* slave) {
+// Lines "sync/pdo index:subindex bits type name" in flat order.
+inline std::string entriesOf(const CSlaveENIObject* slave) {
   std::string lines;
   unsigned int position = 0;
-  for (ec_sync_info_t const* sync = slave->getSlaveSyncInfo(); sync->index != 0xff; ++sync) {
-    for (ec_pdo_info_t const* pdo = sync->pdos; pdo != sync->pdos + sync->n_pdos; ++pdo) {
-      for (auto const* entry = pdo->entries; entry != pdo->entries + pdo->n_entries; ++entry, ++position) {
+  for (const ec_sync_info_t* sync = slave->getSlaveSyncInfo(); sync->index != 0xff; ++sync) {
+    for (const ec_pdo_info_t* pdo = sync->pdos; pdo != sync->pdos + sync->n_pdos; ++pdo) {
+      for (const auto* entry = pdo->entries; entry != pdo->entries + pdo->n_entries; ++entry, ++position) {
         char line[100];
         std::snprintf(line, sizeof(line), "%d/%X %X:%d %d ", sync->index, pdo->index, entry->index,
                       entry->subindex, entry->bit_length);

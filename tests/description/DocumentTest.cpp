@@ -16,7 +16,7 @@ class Document : public testing::Test {
 protected:
   ~Document() override { xml_file_destroy(handle); }
 
-  _XmlNode* read(std::string const& xml) {
+  _XmlNode* read(const std::string& xml) {
     EXPECT_TRUE(xml_file_open(handle, TemporaryFile(xml).path(), 1));
     return xml_file_get_root(handle);
   }
@@ -27,12 +27,12 @@ protected:
 } // namespace
 
 TEST_F(Document, TextIsThatOfTheDirectChildrenTrimmed) {
-  _XmlNode const* const root =
+  const _XmlNode* const root =
       read("<?xml version=\"1.0\"?><!DOCTYPE a [<!ENTITY e \"ent\">]><a> \n"
            "<b>  text\n </b><b> \t </b><b/><b>x<i> z </i>y</b><b> p<!-- c --> <![CDATA[ <q ]]> </b>"
            "<b k=\" v&amp;&e; \"> &lt;&e;&#x41; </b><?pi?></a>");
   std::vector<std::string> texts;
-  for (_XmlNode const* node : xml_file_children(root, "")) {
+  for (const _XmlNode* node : xml_file_children(root, "")) {
     texts.push_back(node->value);
   }
   EXPECT_EQ(texts, (std::vector<std::string>{"text", "", "", "xy", "p  <q", "<entA"}));
@@ -41,7 +41,7 @@ TEST_F(Document, TextIsThatOfTheDirectChildrenTrimmed) {
 }
 
 TEST_F(Document, ChildrenAndAttributesAreFoundByIndexAndNameAndTextsFitOrAreRefused) {
-  _XmlNode const* const root = read("<a xmlns:n='u' n:k='1' k='2' m='3'>v<X i='0'/><Y/><X i='1'/><x/></a>");
+  const _XmlNode* const root = read("<a xmlns:n='u' n:k='1' k='2' m='3'>v<X i='0'/><Y/><X i='1'/><x/></a>");
   EXPECT_EQ(xml_file_get_child_node(1, root, "X")->attributes[0].value, "1");
   EXPECT_EQ(xml_file_get_child_node(1, root, nullptr)->name, "Y");
   EXPECT_FALSE(xml_file_get_child_node(2, root, "X") || xml_file_get_child_node(-1, root, nullptr));
@@ -65,8 +65,8 @@ TEST_F(Document, ChildrenAndAttributesAreFoundByIndexAndNameAndTextsFitOrAreRefu
 }
 
 TEST_F(Document, OpeningReplacesReportsAndNeverWrites) {
-  TemporaryFile const good("<a>1</a>");
-  TemporaryFile const broken("<a><b></a>");
+  const TemporaryFile good("<a>1</a>");
+  const TemporaryFile broken("<a><b></a>");
   EXPECT_TRUE(xml_file_open(handle, good.path(), 1));
   CaptureStdout();
   EXPECT_FALSE(xml_file_open(handle, "/nowhere/at all", 1));
@@ -83,12 +83,12 @@ TEST_F(Document, OpeningReplacesReportsAndNeverWrites) {
 
 TEST_F(Document, APathIsThatOfAPlainFileWhateverItLooksLike) {
   namespace fs = std::filesystem;
-  std::string const folder = std::string(TemporaryFile("").path()) + ".folder";
-  fs::path const before = fs::current_path();
+  const std::string folder = std::string(TemporaryFile("").path()) + ".folder";
+  const fs::path before = fs::current_path();
   fs::create_directories(folder + "/http:/host");
   fs::create_directories(folder + "/file:/");
   fs::current_path(folder);
-  for (char const* path : {"http://host/a", "http:/host/b", "file:///c", "-", "%2d"}) {
+  for (const char* path : {"http://host/a", "http:/host/b", "file:///c", "-", "%2d"}) {
     std::ofstream(path) << "<a k='" << path << "'/>";
     ASSERT_TRUE(xml_file_open(handle, path, 1)) << path;
     EXPECT_EQ(xml_file_get_root(handle)->attributes[0].value, path);
@@ -96,9 +96,9 @@ TEST_F(Document, APathIsThatOfAPlainFileWhateverItLooksLike) {
   std::ofstream("gzip", std::ios::binary)
       << std::string("\x1f\x8b\x08\0\0\0\0\0\x02\x03\xb3\x49\xd4\xb7\x03\0\xd4\x1c\xd1\x01\x04\0\0\0", 24);
   mkfifo("pipe", 0600);
-  int const writer = open("pipe", O_RDWR | O_CLOEXEC); /* so that a reader is not held */
+  const int writer = open("pipe", O_RDWR | O_CLOEXEC); // so that a reader is not held
   CaptureStdout();
-  for (char const* path : {"gzip", "pipe", "/dev/null", "."}) {
+  for (const char* path : {"gzip", "pipe", "/dev/null", "."}) {
     EXPECT_FALSE(xml_file_open(handle, path, 1)) << path;
   }
   EXPECT_EQ(GetCapturedStdout(), "Parser xml error:gzip\nOpen file error,the file maybe not exist:pipe\n"

@@ -16,7 +16,7 @@ int fallocate(int /*fd*/, int /*mode*/, off_t /*offset*/, off_t /*length*/) {
   return diskIsFull ? -1 : 0;
 }
 
-/* A new document of one element, in place of an older and longer text. */
+// A new document of one element, in place of an older and longer text.
 class Editing : public testing::Test {
 protected:
   Editing() {
@@ -25,16 +25,16 @@ protected:
   }
   ~Editing() override { xml_file_destroy(handle); }
 
-  _XmlNode* append(_XmlNode* parent, char const* name, char const* value = nullptr) {
+  _XmlNode* append(_XmlNode* parent, const char* name, const char* value = nullptr) {
     return xml_file_append_node(handle, parent, name, value, "no such filter");
   }
-  /* All that is to survive, in order. */
-  static std::string everything(_XmlNode const* node) {
+  // All that is to survive, in order.
+  static std::string everything(const _XmlNode* node) {
     std::string all = node->name + (node->value.empty() ? "" : "|" + node->value + "|");
-    for (NodeAttribute const& attribute : node->attributes) {
+    for (const _NodeAttribute& attribute : node->attributes) {
       all += "@" + attribute.name + "=" + attribute.value + "|";
     }
-    for (_XmlNode const* child : xml_file_children(node, nullptr)) {
+    for (const _XmlNode* child : xml_file_children(node, nullptr)) {
       all += "(" + everything(child) + ")";
     }
     return all;
@@ -84,9 +84,9 @@ TEST_F(Editing, StoresTheseBytesAndOnlyWhenAskedTo) {
   xml_file_append_attribute(root, "k", "1 2");
   append(append(root, "b"), "c", "&<>'\"\t\r\n&amp;");
   append(root, "d", "é漢😀");
-  std::string const before = everything(root);
+  const std::string before = everything(root);
   xml_file_destroy(handle);
-  std::string const text =
+  const std::string text =
       "\xef\xbb\xbf<?xml version = \"1.0\" encoding = \"utf-8\" ?>\r\n"
       "<a k=\"1&#x0020;2\">x&#x0020;y\n\t<b>\n"
       "\t\t<c>&amp;&lt;&gt;&apos;&quot;&#x0009;&#x000D;&#x000A;&amp;amp;</c>\n\t</b>\n\t<d>é漢😀</d>\n</a>\n";
@@ -103,8 +103,8 @@ TEST_F(Editing, StoresTheseBytesAndOnlyWhenAskedTo) {
 
   class Reluctant : public CFile {
   public:
-    int write(void const* buffer, unsigned int count) override {
-      all.append(static_cast<char const*>(buffer), std::min(count, 3U));
+    int write(const void* buffer, unsigned int count) override {
+      all.append(static_cast<const char*>(buffer), std::min(count, 3U));
       return static_cast<int>(std::min(count, 3U));
     }
     std::string all;
@@ -116,8 +116,8 @@ TEST_F(Editing, StoresTheseBytesAndOnlyWhenAskedTo) {
 TEST_F(Editing, WhatCannotBeStoredLeavesTheOldFile) {
   append(root, "old");
   xml_file_close(handle);
-  std::string const old = file.content();
-  auto const storeLongText = [&](auto shorten, auto restore) {
+  const std::string old = file.content();
+  const auto storeLongText = [&](auto shorten, auto restore) {
     EXPECT_TRUE(xml_file_open(handle, file.path(), 0x14));
     append(xml_file_get_root(handle), "long", std::string(5000, 'x').c_str());
     shorten();
@@ -129,8 +129,8 @@ TEST_F(Editing, WhatCannotBeStoredLeavesTheOldFile) {
 
   rlimit before{};
   getrlimit(RLIMIT_FSIZE, &before);
-  rlimit const limit{4000, before.rlim_max};
-  auto const handler = std::signal(SIGXFSZ, SIG_IGN);
+  const rlimit limit{4000, before.rlim_max};
+  const auto handler = std::signal(SIGXFSZ, SIG_IGN);
   storeLongText([&] { setrlimit(RLIMIT_FSIZE, &limit); }, [&] { setrlimit(RLIMIT_FSIZE, &before); });
   std::signal(SIGXFSZ, handler);
   ASSERT_EQ(file.content(), old) << "more than the process may write";

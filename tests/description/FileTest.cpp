@@ -10,12 +10,12 @@
 using description_test::TemporaryFile;
 
 TEST(File, ModeBitsChooseAccessTruncationAndCreation) {
-  std::map<int, std::pair<int, unsigned long>> const expected{
+  const std::map<int, std::pair<int, unsigned long>> expected{
       {0, {O_RDONLY, 7}}, {9, {O_RDONLY, 7}}, {2, {O_WRONLY, 0}}, {18, {O_WRONLY, 7}},
       {3, {O_RDWR, 0}},   {21, {O_RDWR, 7}},  {12, {O_RDWR, 0}},  {28, {O_RDWR, 7}}};
-  for (auto const& [mode, accessAndLength] : expected) {
+  for (const auto& [mode, accessAndLength] : expected) {
     SCOPED_TRACE(mode);
-    TemporaryFile const file("content");
+    const TemporaryFile file("content");
     file_object_handle* handle = file_object_create();
     ASSERT_TRUE(file_object_open(handle, file.path(), mode));
     EXPECT_EQ(fcntl(handle->fd, F_GETFL) & O_ACCMODE, accessAndLength.first);
@@ -23,7 +23,7 @@ TEST(File, ModeBitsChooseAccessTruncationAndCreation) {
     file_object_destroy(handle);
 
     unlink(file.path());
-    mode_t const mask = umask(027);
+    const mode_t mask = umask(027);
     EXPECT_EQ(CFile().open(file.path(), mode), (mode & 8) != 0);
     EXPECT_EQ(umask(mask), 027U) << "the process's mask must come back";
     struct stat status {};
@@ -32,12 +32,12 @@ TEST(File, ModeBitsChooseAccessTruncationAndCreation) {
 }
 
 TEST(File, AnOpenHandleRefusesASecondOpenAndTheLengthLeavesThePosition) {
-  TemporaryFile const file("content");
+  const TemporaryFile file("content");
   file_object_handle* handle = file_object_create();
   char text[8] = {};
   EXPECT_TRUE(file_object_read(handle, text, 4) == -1 && file_object_get_length(handle) == ~0UL);
   ASSERT_TRUE(file_object_open(handle, file.path(), 28));
-  int const descriptor = handle->fd;
+  const int descriptor = handle->fd;
   EXPECT_FALSE(file_object_open(handle, file.path(), 1) || handle->fd != descriptor);
   EXPECT_EQ(file_object_read(handle, text, 3), 3);
   EXPECT_EQ(file_object_get_length(handle), 7U);

@@ -14,7 +14,7 @@ protected:
   CMasterENIObject store{capture};
 };
 
-std::string repeat(std::string const& text, int times) {
+std::string repeat(const std::string& text, int times) {
   std::string all;
   while (times-- > 0) {
     all += text;
@@ -25,8 +25,8 @@ std::string repeat(std::string const& text, int times) {
 } // namespace
 
 TEST_F(HostileInput, EntityBombsAreRefusedAndExternalEntitiesNotRead) {
-  auto const loadWith = [this](std::string const& declarations, std::string const& version,
-                               std::string const& name) {
+  const auto loadWith = [this](const std::string& declarations, const std::string& version,
+                               const std::string& name) {
     return load(store, "<!DOCTYPE EtherCATInfo [" + declarations + "]><EtherCATInfo Version=\"" + version +
                            "\"><Vendor><Id>2</Id><Name>" + name + "</Name></Vendor></EtherCATInfo>");
   };
@@ -35,11 +35,11 @@ TEST_F(HostileInput, EntityBombsAreRefusedAndExternalEntitiesNotRead) {
     levels += "<!ENTITY e" + std::to_string(level) + " \"" +
               repeat("&e" + std::to_string(level - 1) + ";", 10) + "\">";
   }
-  std::string const endless = "<!ENTITY e10 \"&e11;\"><!ENTITY e11 \"&e10;\">";
-  std::string const flat = "<!ENTITY e11 \"" + std::string(50000, 'x') + "\">";
+  const std::string endless = "<!ENTITY e10 \"&e11;\"><!ENTITY e11 \"&e10;\">";
+  const std::string flat = "<!ENTITY e11 \"" + std::string(50000, 'x') + "\">";
   testing::internal::CaptureStdout();
-  testing::internal::CaptureStderr(); /* libxml2 tells every fault there */
-  for (std::string const& declarations :
+  testing::internal::CaptureStderr(); // libxml2 tells every fault there
+  for (const std::string& declarations :
        {"<!ENTITY e0 \"0123456789\">" + levels, "<!ENTITY e0 \"\">" + levels, endless}) {
     EXPECT_FALSE(loadWith(declarations, "1", "&e11;") || loadWith(declarations, "&e11;", "n"));
     EXPECT_EQ(messages(), (Messages{{0, "Can't open ENI-file!"}}));
@@ -50,26 +50,26 @@ TEST_F(HostileInput, EntityBombsAreRefusedAndExternalEntitiesNotRead) {
   testing::internal::GetCapturedStderr();
 
   EXPECT_TRUE(loadWith(flat, "1", "a&e11;b")) << "a modest expansion is fine";
-  TemporaryFile const secret("secret");
+  const TemporaryFile secret("secret");
   ASSERT_TRUE(loadWith("<!ENTITY e SYSTEM \"" + std::string(secret.path()) + "\">", "1", "a&e;b"));
   EXPECT_EQ(messages().back().second, "Vendor id = 0x2, Vendor name = ab");
 }
 
 TEST_F(HostileInput, VeryManyElementsLoadInLinearTimeAndBoundedMemory) {
-  for (std::string const& content : {repeat("<a/>\n", 200000), repeat("x<a/>", 200000),
+  for (const std::string& content : {repeat("<a/>\n", 200000), repeat("x<a/>", 200000),
                                      "<Slots>" + repeat("<Slot/>\n", 100000) + "</Slots>",
                                      "<RxPdo Sm=\"2\">" + repeat("<Entry/>", 100000) + "</RxPdo>"}) {
-    auto const start = std::chrono::steady_clock::now();
+    const auto start = std::chrono::steady_clock::now();
     EXPECT_TRUE(load(store, description(device("1", "1", content))));
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10)) << content.substr(0, 20);
     store.removeAllENIObject();
   }
-  std::string const pdo = "<RxPdo Sm='2'>" + repeat("<Entry/>", 20000) + "</RxPdo>";
-  std::string const slots =
+  const std::string pdo = "<RxPdo Sm='2'>" + repeat("<Entry/>", 20000) + "</RxPdo>";
+  const std::string slots =
       "<Slots>" + repeat("<Slot><ModuleIdent>1</ModuleIdent></Slot>", 20000) + "</Slots>";
-  std::string const expanding = description(device("1", "1", slots), module("1", pdo));
+  const std::string expanding = description(device("1", "1", slots), module("1", pdo));
   EXPECT_TRUE(load(store, expanding)) << "four hundred million entries, if they were placed";
-  std::size_t const placed = (std::size_t{64} * 1024 * 1024 + 64 * expanding.size()) / (20001 * 256);
+  const std::size_t placed = (std::size_t{64} * 1024 * 1024 + 64 * expanding.size()) / (20001 * 256);
   EXPECT_EQ(complaints()[1].second,
             "Device slots expand too far, left out from slot " + std::to_string(placed + 1) +
                 " of 20000 on. (VendorId = 0x2, ProductCode = 0x1, RevisionNo = 0x1, class = T)");

@@ -14,7 +14,7 @@ TEST(SlaveDescription, IsEditedBetweenBeginAndEndAndALaterEntryTakesTheName) {
   slave.endEditSyncInfo();
   EXPECT_EQ(slave.getSlaveSyncInfo(), nullptr);
 
-  auto const add = [&slave](unsigned int manager, bool output, unsigned int index, char const* name) {
+  const auto add = [&slave](unsigned int manager, bool output, unsigned int index, const char* name) {
     ASSERT_TRUE(slave.createSyncInfoIfNotExist(manager, output));
     ASSERT_TRUE(slave.createPDOInfoIfNotExist(slave.getSyncInfo(manager), index));
     ASSERT_TRUE(slave.addPDOEntry(slave.getPDOInfo(slave.getSyncInfo(manager), index), name, "", {1, 2, 3}));
@@ -29,8 +29,8 @@ TEST(SlaveDescription, IsEditedBetweenBeginAndEndAndALaterEntryTakesTheName) {
     slave.endEditSyncInfo();
     EXPECT_EQ(entriesOf(&slave), "2/1600 1:2 3  A\n3/1A00 1:2 3  B\n3/1A01 1:2 3  A\n");
   }
-  Message const direction{0, "Sync output flag not don't matched"};
-  auto const conflict = [](std::string const& name) {
+  const Message direction{0, "Sync output flag not don't matched"};
+  const auto conflict = [](const std::string& name) {
     return Message{0, "PDO Entry Name(" + name + ") conflict，system will overwrite it!\n"};
   };
   EXPECT_EQ(messages(),

@@ -13,16 +13,16 @@ protected:
   CMasterENIObject store{capture};
 };
 
-std::string const entry =
+const std::string entry =
     "<Entry><Index>#x6000</Index><SubIndex>1</SubIndex><BitLen>16</BitLen><Name>V</Name>"
     "<Name>W</Name><DataType>INT</DataType></Entry>";
-std::string const deviceIds = " (VendorId = 0x2, ProductCode = 0x1, RevisionNo = 0x1, class = T)";
-Message const direction{0, "Sync output flag not don't matched"};
+const std::string deviceIds = " (VendorId = 0x2, ProductCode = 0x1, RevisionNo = 0x1, class = T)";
+const Message direction{0, "Sync output flag not don't matched"};
 
 } // namespace
 
 TEST_F(Store, NumbersAndOrdinalsAreReadAndWrittenAsTheFilesHaveThem) {
-  std::pair<char const*, unsigned int> const numbers[] = {{"#x1A", 26},
+  const std::pair<const char*, unsigned int> numbers[] = {{"#x1A", 26},
                                                           {"0x1A", 26},
                                                           {"x1A", 26},
                                                           {"#26", 26},
@@ -33,7 +33,7 @@ TEST_F(Store, NumbersAndOrdinalsAreReadAndWrittenAsTheFilesHaveThem) {
                                                           {"-1", ~0U},
                                                           {"#x1FFFFFFFF", ~0U},
                                                           {"99999999999999999999", ~0U}};
-  for (auto const& [text, value] : numbers) {
+  for (const auto& [text, value] : numbers) {
     EXPECT_EQ(CMasterENIObject::resolveENIValue(text), value) << value;
   }
   std::string ordinals;
@@ -47,11 +47,11 @@ TEST_F(Store, AFileThatIsNoDescriptionIsReportedAndChangesNothing) {
   ASSERT_TRUE(load(store, description(device("1", "1", ""))));
   CSlaveENIObject* known = store.findSlaveENIObject(2, 1, 1);
   EXPECT_TRUE(known != nullptr && store.findSlaveENIObject(2, 1, 2) == nullptr);
-  for (char const* text : {"", "<EthercatInfo/>"}) {
+  for (const char* text : {"", "<EthercatInfo/>"}) {
     EXPECT_FALSE(load(store, text));
     EXPECT_EQ(messages(), (Messages{{0, "Can't find EthercatInfo Node in xml-file!"}}));
   }
-  for (char const* id : {"", "<Id>0</Id>", "<Id>#X2</Id>"}) {
+  for (const char* id : {"", "<Id>0</Id>", "<Id>#X2</Id>"}) {
     EXPECT_FALSE(load(store, std::string("<EtherCATInfo><Vendor>") + id + "</Vendor></EtherCATInfo>"));
     EXPECT_EQ(messages(), (Messages{{1, "File version is "}, {0, "Can't find vendor information!"}}));
   }
@@ -66,10 +66,10 @@ TEST_F(Store, AFileThatIsNoDescriptionIsReportedAndChangesNothing) {
 }
 
 TEST_F(Store, TheFirstDescriptionWinsAndHiddenRevisionsAreLeftOut) {
-  std::string const hiding = "<HideType/><HideType RevisionNo=\"2\"/><HideType RevisionNo=\"17\"/>";
+  const std::string hiding = "<HideType/><HideType RevisionNo=\"2\"/><HideType RevisionNo=\"17\"/>";
   ASSERT_TRUE(load(store, description(device("#x1", "#x1", hiding) + device("1", "#x11", "") +
                                       "<Device><Type ProductCode=\"5\">U</Type></Device>")));
-  Message const error{0, "Device resolve error (ProductCode = 5, RevisionNo = , class = U)"};
+  const Message error{0, "Device resolve error (ProductCode = 5, RevisionNo = , class = U)"};
   EXPECT_EQ(messages(), (Messages{{1, "File version is 1.6"},
                                   {1, "Vendor id = 0x2, Vendor name = Maker"},
                                   {3, "ProductCode = 0x1, RevisionNo = 0x1, class = T"},
@@ -88,7 +88,7 @@ TEST_F(Store, TheFirstDescriptionWinsAndHiddenRevisionsAreLeftOut) {
 }
 
 TEST_F(Store, PdosAreReadWithTheirIrregularities) {
-  std::string const pdos = "<RxPdo Sm='2' Fixed='true'><Index>#x1600</Index>" + entry +
+  const std::string pdos = "<RxPdo Sm='2' Fixed='true'><Index>#x1600</Index>" + entry +
                            R"(<Entry><Index>0</Index><BitLen>8</BitLen></Entry></RxPdo><RxPdo Fixed='true'/>
       <RxPdo Sm='2' Fixed='1'/><RxPdo Sm='7' Fixed='true'/><TxPdo Sm='3' Fixed='1'><Index>#x1A00</Index>)" +
                            entry + "</TxPdo><TxPdo>" + entry + "</TxPdo><TxPdo Sm='2' Fixed='true'>" + entry +
@@ -107,7 +107,7 @@ TEST_F(Store, PdosAreReadWithTheirIrregularities) {
 }
 
 TEST_F(Store, SlotsPlaceModulesAndAMissingModuleShiftsTheRest) {
-  char const* const pdos = R"(<RxPdo Sm='2'><Index DependOnSlot='true'>#x1600</Index>
+  const char* const pdos = R"(<RxPdo Sm='2'><Index DependOnSlot='true'>#x1600</Index>
       <Entry><Index DependOnSlot='true'>#x7000</Index><Name>Out</Name></Entry></RxPdo>
       <TxPdo Sm='3' Fixed='true'><Index DependOnSlot='1'>#x1A00</Index>
       <Entry><Index DependOnSlot='1'>#x6000</Index><Name>In</Name></Entry></TxPdo><TxPdo Sm=''/><TxPdo Sm='4'/>)";
@@ -117,7 +117,7 @@ TEST_F(Store, SlotsPlaceModulesAndAMissingModuleShiftsTheRest) {
                                     {2, "Module TxPDO has unexpected fixed value."},
                                     {2, "Module type id and name id can not be empty."}}));
   EXPECT_EQ(messages()[3], (Message{3, "Device RxPDO has no sm channel."}));
-  std::string const slot = "<Slot><ModuleIdent>#x50</ModuleIdent><ModuleIdent>9</ModuleIdent></Slot>";
+  const std::string slot = "<Slot><ModuleIdent>#x50</ModuleIdent><ModuleIdent>9</ModuleIdent></Slot>";
   ASSERT_TRUE(load(store, description(device("1", "1",
                                              "<Slots SlotIndexIncrement=\"#x10\" SlotPdoIncrement=\"#x20\">" +
                                                  slot + "<Slot/>" + slot + "</Slots>"))));
@@ -127,17 +127,17 @@ TEST_F(Store, SlotsPlaceModulesAndAMissingModuleShiftsTheRest) {
 }
 
 TEST_F(Store, EveryElementOfANameCountsNotOnlyTheFirst) {
-  std::string const content = R"(<Slots SlotPdoIncrement="1"><Slot><ModuleIdent>1</ModuleIdent></Slot></Slots>
+  const std::string content = R"(<Slots SlotPdoIncrement="1"><Slot><ModuleIdent>1</ModuleIdent></Slot></Slots>
       <Slots SlotPdoIncrement="2"><Slot><ModuleIdent>2</ModuleIdent></Slot>
         <Slot><ModuleIdent>1</ModuleIdent></Slot></Slots>
       <Dc><OpMode><Name>A</Name></OpMode></Dc><Dc><OpMode><Name>DC</Name><AssignActivate>#x10300</AssignActivate>
         <CycleTimeSync0>2</CycleTimeSync0><ShiftTimeSync0>-3</ShiftTimeSync0><CycleTimeSync1>4</CycleTimeSync1>
         <ShiftTimeSync1>-5</ShiftTimeSync1></OpMode><OpMode><Name>DC</Name></OpMode></Dc>)";
-  std::string const pdo = "<Index DependOnSlot='true'>#x1600</Index>" + entry;
-  std::string const modules =
+  const std::string pdo = "<Index DependOnSlot='true'>#x1600</Index>" + entry;
+  const std::string modules =
       module("1", "<TxPdo Sm='2'>" + pdo + "</TxPdo><RxPdo Sm='4'>" + pdo + "</RxPdo>") +
       "</Modules><Modules>" + module("2", "<TxPdo Sm='4'>" + pdo + "</TxPdo>");
-  std::string const devices = device("1", "", content) + "</Devices><Devices>" + device("2", "1", "") +
+  const std::string devices = device("1", "", content) + "</Devices><Devices>" + device("2", "1", "") +
                               "</Devices></Descriptions><Descriptions><Devices>" + device("3", "1", "");
   ASSERT_TRUE(load(store, description(devices, modules)));
   EXPECT_TRUE(store.findSlaveENIObject(2, 2, 1) != nullptr && store.findSlaveENIObject(2, 3, 1) != nullptr);
@@ -156,7 +156,7 @@ TEST_F(Store, EveryElementOfANameCountsNotOnlyTheFirst) {
 }
 
 TEST_F(Store, WithoutASinkMessagesAreCutAndPrinted) {
-  CMasterENIObject unheard([](unsigned int level, char const*) { return level != 1; });
+  CMasterENIObject unheard([](unsigned int level, const char*) { return level != 1; });
   CaptureStdout();
   load(unheard, "<EtherCATInfo Version=\"" + std::string(400, '1') + "\"/>");
   EXPECT_EQ(GetCapturedStdout(), "File version is " + std::string(239, '1') + "\n");

@@ -63,7 +63,7 @@ void edit(xml_file_handle* handle, fuzz::Input& input) {
 
 std::string everything(const _XmlNode* node) {
   std::string all = node->name + "|" + node->value + "|";
-  for (const NodeAttribute& attribute : node->attributes) {
+  for (const _NodeAttribute& attribute : node->attributes) {
     all += "@" + attribute.name + "=" + attribute.value + "|";
   }
   for (const _XmlNode* child : xml_file_children(node, nullptr)) {

@@ -148,8 +148,8 @@ protected:
 TEST_F(Failure, OfOneAllocationIsOverWhenTheCallIsMadeAgain) {
   paths.push_back(testing::TempDir() + "/memory." + std::to_string(getpid()));
   std::ofstream(paths.back()) << descriptionOf({wide()});
-  constexpr std::size_t never = ~std::size_t{0};
-  const std::string expected = live(never, 0);
+  constexpr std::size_t NEVER = ~std::size_t{0};
+  const std::string expected = live(NEVER, 0);
   const std::size_t stepCount = steps;
   std::map<std::string, std::array<unsigned int, 3>> tries;
   for (std::size_t step = 0; step < stepCount; ++step) {

@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr unsigned int period = 1000000;
+constexpr unsigned int PERIOD = 1000000;
 
 class DcController : public testing::Test {
 protected:
@@ -15,7 +15,7 @@ protected:
   long long step(int rawDifference) {
     const long long before = controller.systemBaseOffsetNs();
     controller.measure(rawDifference);
-    controller.update(period, 5000, 8, debug);
+    controller.update(PERIOD, 5000, 8, debug);
     return controller.systemBaseOffsetNs() - before;
   }
   // A whole interval: all differences `first` but the last.
@@ -40,7 +40,7 @@ TEST_F(DcController, DifferencesWrapIntoOnePeriodButKeepTheSignOfTheDividend) {
   const int cases[][2] = {{500000, -500000},   {499999, 499999}, {-500001, -500001},  {-1499999, -1499999},
                           {-1500000, -500000}, {0, 0},           {INT_MIN, -1483648}, {INT_MAX, -1483649}};
   for (const auto& [raw, wrapped] : cases) {
-    EXPECT_EQ(CDcController::wrap(period, raw), wrapped) << raw;
+    EXPECT_EQ(CDcController::wrap(PERIOD, raw), wrapped) << raw;
   }
   EXPECT_EQ(CDcController::wrap(100001, 50000), 50000);
 }
@@ -48,7 +48,7 @@ TEST_F(DcController, DifferencesWrapIntoOnePeriodButKeepTheSignOfTheDividend) {
 TEST_F(DcController, StartsWithTheFirstDifferenceAndMovesFromTheNextOneOn) {
   controller.reset(77);
   EXPECT_EQ(step(0), 0);
-  EXPECT_EQ(step(3 * static_cast<int>(period)), 0); // whole periods are no difference
+  EXPECT_EQ(step(3 * static_cast<int>(PERIOD)), 0); // whole periods are no difference
   EXPECT_FALSE(controller.started());
   EXPECT_EQ(controller.startTimeNs(), 77U);
   debug = true;
@@ -65,7 +65,7 @@ TEST_F(DcController, StartsWithTheFirstDifferenceAndMovesFromTheNextOneOn) {
 TEST_F(DcController, TheDriftSumIsRoundedByAHalfAndCutTowardsZero) {
   const int cases[][2] = {{1536, 2}, {1535, 1}, {512, 1},   {511, 0},
                           {-512, 0}, {-513, 0}, {-1535, 0}, {-1536, -1}};
-  const int turn = static_cast<int>(period);
+  const int turn = static_cast<int>(PERIOD);
   for (const auto& [drift, adjust] : cases) {
     start(1);
     const int sum = 1 + drift; // of the differences: all but the last are 0
@@ -116,15 +116,15 @@ struct Course {
   std::int64_t outside = 0; // the last cycle in which the raw difference was more than 10 us off the target
 
   void run(std::int64_t cycles, bool lost = false) {
-    constexpr std::int64_t settling = 100;
+    constexpr std::int64_t SETTLING = 100;
     for (; cycles > 0; --cycles) {
-      const std::int64_t now = ++cycle * period + 1234567890;
+      const std::int64_t now = ++cycle * PERIOD + 1234567890;
       const std::int64_t reference = lost ? 0 : now + ahead + drift * cycle;
       raw = static_cast<std::int32_t>(now - controller.systemBaseOffsetNs() - reference);
       outside = std::abs(raw - target) > 10000 ? cycle : outside;
       controller.measure(raw);
-      if (cycle > settling) {
-        controller.update(period, 0, 8, false);
+      if (cycle > SETTLING) {
+        controller.update(PERIOD, 0, 8, false);
       }
     }
   }
@@ -133,11 +133,11 @@ struct Course {
 // Only a positive raw difference ends at the nearest whole period. A negative one is walked off to 0, one
 // nanosecond per cycle, and crosses every phase of the period ten times on that way.
 TEST(ClockCourse, APositiveRawDifferenceEndsAtAWholePeriodAndANegativeOneOnlyAtZero) {
-  constexpr int tenPeriods = 10 * static_cast<int>(period);
+  constexpr int TEN_PERIODS = 10 * static_cast<int>(PERIOD);
   for (const bool ahead : {true, false}) {
-    Course course{ahead ? tenPeriods : -tenPeriods, 50, ahead ? 0 : tenPeriods};
+    Course course{ahead ? TEN_PERIODS : -TEN_PERIODS, 50, ahead ? 0 : TEN_PERIODS};
     course.run(1000000);
-    EXPECT_EQ(course.raw, ahead ? -9057376 : tenPeriods);
+    EXPECT_EQ(course.raw, ahead ? -9057376 : TEN_PERIODS);
     course.run(9060000);
     EXPECT_EQ(course.outside, ahead ? 10047375 : 47375);
     EXPECT_EQ(course.raw, course.target);

@@ -20,20 +20,20 @@ class PdoBuffers : public testing::TestWithParam<bool> {}; // with overlaps
 INSTANTIATE_TEST_SUITE_P(Image, PdoBuffers, testing::Bool());
 
 TEST_P(PdoBuffers, ManyEntriesMoveAsIfEachWereCopiedAlone) {
-  constexpr unsigned int entries = 4096;
+  constexpr unsigned int ENTRIES = 4096;
   std::mt19937 random(7); // NOLINT(bugprone-random-generator-seed): the same case every time
   const auto below = [&](unsigned int bound) { return static_cast<unsigned int>(random() % bound); };
-  std::vector<unsigned int> slots(entries);
-  for (unsigned int i = 0; i < entries; ++i) {
-    slots[i] = GetParam() ? below(entries) * 3 : i * 8;
+  std::vector<unsigned int> slots(ENTRIES);
+  for (unsigned int i = 0; i < ENTRIES; ++i) {
+    slots[i] = GetParam() ? below(ENTRIES) * 3 : i * 8;
   }
   std::shuffle(slots.begin(), slots.end(), random);
 
   CPdoBuffers buffers;
   std::vector<NaiveEntry> naive;
-  std::vector<unsigned int> positions(entries);
-  std::vector<unsigned char> image(entries * 8 + 8);
-  for (unsigned int i = 0; i < entries; ++i) {
+  std::vector<unsigned int> positions(ENTRIES);
+  std::vector<unsigned char> image(ENTRIES * 8 + 8);
+  for (unsigned int i = 0; i < ENTRIES; ++i) {
     const unsigned int size = 1U << below(4);
     naive.push_back({size, slots[i], below(5) == 0 ? 0 : below(9) == 0 ? 1 : size, true, {}});
     naive[i].bytes.resize(size);
@@ -42,7 +42,7 @@ TEST_P(PdoBuffers, ManyEntriesMoveAsIfEachWereCopiedAlone) {
   }
   for (int round = 0; round < 4; ++round) {
     buffers.beginItems();
-    for (unsigned int i = 0; i < entries; ++i) {
+    for (unsigned int i = 0; i < ENTRIES; ++i) {
       naive[i].live = naive[i].live && below(8) != 0; // some handles are gone since the last round
       if (naive[i].live) {
         const unsigned int offset = naive[i].copied == 0 ? UINT_MAX : naive[i].offset;
@@ -53,7 +53,7 @@ TEST_P(PdoBuffers, ManyEntriesMoveAsIfEachWereCopiedAlone) {
     std::generate(image.begin(), image.end(), [&] { return static_cast<unsigned char>(random()); });
     buffers.copyFromImage(image.data());
     std::vector<unsigned char> expected = image;
-    for (unsigned int i = 0; i < entries; ++i) {
+    for (unsigned int i = 0; i < ENTRIES; ++i) {
       if (!naive[i].live) {
         continue;
       }

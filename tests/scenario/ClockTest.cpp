@@ -6,12 +6,12 @@
 
 using namespace scenario;
 
-constexpr std::int64_t period = 1000000;
+constexpr std::int64_t PERIOD = 1000000;
 
 class ClockTest : public Scenario {
 protected:
   void begin(bool follow, bool exchangeMode, const ethercat_simulation::ReferenceClock& reference) {
-    build({clocked}, {0, period, true, follow, exchangeMode});
+    build({clocked}, {0, PERIOD, true, follow, exchangeMode});
     bus().setReferenceClock(reference);
     bringUp();
   }
@@ -19,7 +19,7 @@ protected:
   void tick(unsigned int cycles = 1) {
     for (; cycles > 0; --cycles) {
       m_early = !m_early;
-      m_wakeUp += m_early ? period - 200000 : period + 200000;
+      m_wakeUp += m_early ? PERIOD - 200000 : PERIOD + 200000;
       clock.now = m_wakeUp;
       igh_master_exchange(0, nullptr, nullptr);
     }
@@ -31,7 +31,7 @@ protected:
   }
   // Of master and reference time, as the difference of both and not of their phases.
   std::int64_t rawDifference() const {
-    const std::int64_t master = clock.now - SteppedClock::from1970To2000 - offset();
+    const std::int64_t master = clock.now - SteppedClock::FROM_1970_TO_2000 - offset();
     return master - static_cast<std::int64_t>(bus().referenceTime());
   }
   SteppedClock clock;
@@ -45,7 +45,7 @@ private:
 // has the long way.
 TEST_F(ClockTest, TheMasterLocksToAFastReferenceAndStaysInBothExchangeModes) {
   for (const bool exchangeMode : {false, true}) {
-    const std::int64_t target = exchangeMode ? 2 * period : 0;
+    const std::int64_t target = exchangeMode ? 2 * PERIOD : 0;
     bus().setClockOffsetCycles(30);
     begin(true, exchangeMode, {20000 - target, 50, 20});
     tick(90000);
@@ -103,7 +103,7 @@ TEST_F(ClockTest, TheOtherPolicySetsTheReferenceToTheMasterInEveryCycle) {
                                            " master_sync_slave_clocks master_send"));
     for (int i = 0; i < 500 && !follow; ++i) {
       tick();
-      ASSERT_EQ(static_cast<std::int64_t>(bus().referenceTime()), clock.now - SteppedClock::from1970To2000)
+      ASSERT_EQ(static_cast<std::int64_t>(bus().referenceTime()), clock.now - SteppedClock::FROM_1970_TO_2000)
           << i;
     }
     EXPECT_EQ(offset(), 0);

@@ -13,8 +13,8 @@ struct SteppedClock {
   SteppedClock(const SteppedClock&) = delete;
   SteppedClock& operator=(const SteppedClock&) = delete;
 
-  static constexpr std::int64_t from1970To2000 = 946684800LL * 1000000000;
-  std::int64_t now = from1970To2000 + 123456789; // ns since 1970, of every clock
+  static constexpr std::int64_t FROM_1970_TO_2000 = 946684800LL * 1000000000;
+  std::int64_t now = FROM_1970_TO_2000 + 123456789; // ns since 1970, of every clock
   // An absolute sleep ends at once, at its time if that is not over yet.
   std::vector<std::int64_t> sleeps = {}; // from the moment of the call to the time asked for, ns
   unsigned int interruptions = 0;        // so many sleeps end halfway, with EINTR

@@ -17,12 +17,12 @@ namespace sim = ethercat_simulation;
 
 using memory::allocations;
 
-constexpr std::uint32_t vendor = 0x00000E00;
+constexpr std::uint32_t VENDOR = 0x00000E00;
 
 // Two output bytes on sync manager 2 (0x7000:01, :02) and two input bytes on 3 (0x6000:01, :02).
 inline sim::Slave twoWay(std::uint32_t product = 1) {
   sim::Slave slave;
-  slave.vendorId = vendor;
+  slave.vendorId = VENDOR;
   slave.productCode = product;
   slave.defaultMapping = {{2, sim::Direction::output, {{0x1600, {{0x7000, 1, 8}, {0x7000, 2, 8}}}}},
                           {3, sim::Direction::input, {{0x1A00, {{0x6000, 1, 8}, {0x6000, 2, 8}}}}}};
@@ -64,7 +64,7 @@ protected:
   int add(ec_domain_t* target, std::uint16_t position, std::uint32_t product, std::uint16_t index,
           std::uint8_t subindex, unsigned int* bit = nullptr) {
     unsigned int offset = 0;
-    const ec_pdo_entry_reg_t rows[] = {{0, position, vendor, product, index, subindex, &offset, bit}, {}};
+    const ec_pdo_entry_reg_t rows[] = {{0, position, VENDOR, product, index, subindex, &offset, bit}, {}};
     const int result = ecrt_domain_reg_pdo_entry_list(target, rows);
     return result == 0 ? static_cast<int>(offset) : result;
   }
@@ -72,7 +72,7 @@ protected:
   ec_slave_config_t* map(std::uint16_t position, std::uint32_t product = 1) {
     add(domain, position, product, 0x7000, 1);
     add(domain, position, product, 0x6000, 1);
-    return ecrt_master_slave_config(master, 0, position, vendor, product);
+    return ecrt_master_slave_config(master, 0, position, VENDOR, product);
   }
 
   void receive() {

@@ -6,10 +6,10 @@ using namespace bench;
 
 namespace {
 
-constexpr int off = 0, shutdown = 0x06, switchOn = 0x07, enable = 0x0F, quickStop = 0x0B, reset = 0x80;
+constexpr int OFF = 0, SHUTDOWN = 0x06, SWITCH_ON = 0x07, ENABLE = 0x0F, QUICK_STOP = 0x0B, RESET = 0x80;
 // The lower bits of the statusword.
-constexpr int disabled = 0x40, ready = 0x21, switchedOn = 0x23, enabled = 0x27, stopping = 0x07,
-              braking = 0x0F, failed = 0x08;
+constexpr int DISABLED = 0x40, READY = 0x21, SWITCHED_ON = 0x23, ENABLED = 0x27, STOPPING = 0x07,
+              BRAKING = 0x0F, FAILED = 0x08;
 
 // As they are mapped, without padding between the members.
 struct Commands {
@@ -18,7 +18,7 @@ struct Commands {
   std::int16_t torque;
   std::int8_t mode;
 };
-constexpr int commandSize = 13, feedbackSize = 15;
+constexpr int COMMAND_SIZE = 13, FEEDBACK_SIZE = 15;
 struct Feedback {
   std::int32_t position, velocity;
   std::uint16_t statusword;
@@ -38,10 +38,10 @@ protected:
     slave.defaultMapping[1].pdos[0].entries = {{0x6064, 0, 32}, {0x606C, 0, 32}, {0x6041, 0, 16},
                                                {0x6077, 0, 16}, {0x603F, 0, 16}, {0x6061, 0, 8}};
     request({slave});
-    ec_slave_config_t* configuration = ecrt_master_slave_config(master, 0, 0, vendor, 5);
+    ec_slave_config_t* configuration = ecrt_master_slave_config(master, 0, 0, VENDOR, 5);
     sdo = ecrt_slave_config_create_sdo_request(configuration, 0x6041, 0, 2);
     ASSERT_EQ(add(domain, 0, 5, 0x607A, 0), 0);
-    ASSERT_EQ(add(domain, 0, 5, 0x6064, 0), commandSize);
+    ASSERT_EQ(add(domain, 0, 5, 0x6064, 0), COMMAND_SIZE);
     ASSERT_EQ(ecrt_master_activate(master), 0);
     commands.mode = mode;
     run(20);
@@ -52,8 +52,8 @@ protected:
     for (unsigned int i = 0; i < cycles; ++i) {
       commands.position += ramp;
       receive();
-      std::memcpy(&feedback, ecrt_domain_data(domain) + commandSize, feedbackSize);
-      std::memcpy(ecrt_domain_data(domain), &commands, commandSize);
+      std::memcpy(&feedback, ecrt_domain_data(domain) + COMMAND_SIZE, FEEDBACK_SIZE);
+      std::memcpy(ecrt_domain_data(domain), &commands, COMMAND_SIZE);
       send();
     }
   }
@@ -64,8 +64,8 @@ protected:
     return feedback.statusword & 0x6F;
   }
   int switchOnFully() {
-    command(shutdown);
-    return command(enable, 5);
+    command(SHUTDOWN);
+    return command(ENABLE, 5);
   }
 
   ec_sdo_request_t* sdo = nullptr;
@@ -78,29 +78,29 @@ TEST_F(DriveTest, TheControlwordLeadsThroughThePowerStates) {
   start(9);
   commands.velocity = 100'000;
   const int steps[][3] = {// controlword, state, cycles
-                          {enable, disabled, 3},  {reset, disabled, 3},     {shutdown, ready, 3},
-                          {off, disabled, 3},     {shutdown, ready, 3},     {switchOn, switchedOn, 3},
-                          {shutdown, ready, 3},   {enable, enabled, 4},     {switchOn, switchedOn, 3},
-                          {enable, enabled, 200}, {quickStop, stopping, 3}, {quickStop, disabled, 100},
-                          {shutdown, ready, 3},   {enable, enabled, 4},     {off, disabled, 3}};
+                          {ENABLE, DISABLED, 3},  {RESET, DISABLED, 3},      {SHUTDOWN, READY, 3},
+                          {OFF, DISABLED, 3},     {SHUTDOWN, READY, 3},      {SWITCH_ON, SWITCHED_ON, 3},
+                          {SHUTDOWN, READY, 3},   {ENABLE, ENABLED, 4},      {SWITCH_ON, SWITCHED_ON, 3},
+                          {ENABLE, ENABLED, 200}, {QUICK_STOP, STOPPING, 3}, {QUICK_STOP, DISABLED, 100},
+                          {SHUTDOWN, READY, 3},   {ENABLE, ENABLED, 4},      {OFF, DISABLED, 3}};
   for (const auto& step : steps) {
     EXPECT_EQ(command(step[0], static_cast<unsigned int>(step[2])), step[1]) << "step " << &step - steps;
   }
   // With option 6 the drive stays in quick stop, and goes on from there; 0 takes the power at once.
   bus().setObjectValue(0, 0x605A, 0, {6, 0});
   switchOnFully();
-  EXPECT_EQ(command(quickStop, 200), stopping);
-  EXPECT_EQ(command(enable), enabled);
+  EXPECT_EQ(command(QUICK_STOP, 200), STOPPING);
+  EXPECT_EQ(command(ENABLE), ENABLED);
   bus().setObjectValue(0, 0x605A, 0, {0, 0});
   ecrt_sdo_request_read(sdo);
-  EXPECT_EQ(command(quickStop, 5), disabled);
+  EXPECT_EQ(command(QUICK_STOP, 5), DISABLED);
   EXPECT_EQ(ecrt_sdo_request_state(sdo), EC_REQUEST_SUCCESS);
   EXPECT_EQ(std::memcmp(ecrt_sdo_request_data(sdo), &feedback.statusword, 2), 0);
 }
 
 TEST_F(DriveTest, CyclicModesFollowWithTheirLagWithinTheLimits) {
   start(8, 10'000);
-  ASSERT_EQ(switchOnFully(), enabled);
+  ASSERT_EQ(switchOnFully(), ENABLED);
   ramp = 100; // with 10 ms of lag: 1000 counts behind, beside the cycles of the frames
   run(200);
   EXPECT_NEAR(feedback.velocity, 100'000, 10);
@@ -131,12 +131,12 @@ TEST_F(DriveTest, CyclicModesFollowWithTheirLagWithinTheLimits) {
 
 TEST_F(DriveTest, ProfilePositionTakesSetPointsByHandshake) {
   start(1);
-  ASSERT_EQ(switchOnFully(), enabled);
+  ASSERT_EQ(switchOnFully(), ENABLED);
   const auto setPoint = [&](std::int32_t target, int more) {
     commands.position = target;
-    command(enable | more | 0x10);
+    command(ENABLE | more | 0x10);
     EXPECT_EQ(feedback.statusword & 0x1000, 0x1000) << "acknowledged";
-    command(enable | more);
+    command(ENABLE | more);
   };
   setPoint(20'000, 0);
   EXPECT_EQ(feedback.statusword & 0x1400, 0) << "free again, and not there yet";
@@ -149,26 +149,26 @@ TEST_F(DriveTest, ProfilePositionTakesSetPointsByHandshake) {
   EXPECT_EQ(feedback.statusword & 0x1400, 0x0400);
   setPoint(500'000, 0);
   setPoint(0, 0x20); // at once
-  command(enable | 0x100, 300);
+  command(ENABLE | 0x100, 300);
   EXPECT_EQ(feedback.velocity, 0) << "halted";
   EXPECT_GT(feedback.position, 10'000);
-  command(enable, 600);
+  command(ENABLE, 600);
   EXPECT_EQ(feedback.position, 0);
 }
 
 TEST_F(DriveTest, FaultsBrakeAndAreResetByARisingEdge) {
   start(8, 2'000);
   bus().setObjectValue(0, 0x6065, 0, {100, 0, 0, 0});
-  ASSERT_EQ(switchOnFully(), enabled);
+  ASSERT_EQ(switchOnFully(), ENABLED);
   commands.position = 50'000;
-  EXPECT_EQ(command(enable | reset, 5), braking);
-  EXPECT_EQ(command(enable | reset, 100), failed) << "an edge before it came to rest does not count";
+  EXPECT_EQ(command(ENABLE | RESET, 5), BRAKING);
+  EXPECT_EQ(command(ENABLE | RESET, 100), FAILED) << "an edge before it came to rest does not count";
   EXPECT_EQ(feedback.error, 0x8611);
-  command(off);
-  EXPECT_EQ(command(reset), disabled);
+  command(OFF);
+  EXPECT_EQ(command(RESET), DISABLED);
   EXPECT_EQ(feedback.error, 0);
   commands.position = feedback.position;
-  ASSERT_EQ(switchOnFully(), enabled);
+  ASSERT_EQ(switchOnFully(), ENABLED);
   ramp = 10;
   run(100);
   // The process data stay away: the slave's watchdog takes it out of OP, and the drive fails.
@@ -176,15 +176,15 @@ TEST_F(DriveTest, FaultsBrakeAndAreResetByARisingEdge) {
   run(105);
   EXPECT_EQ(bus().alState(0), 4);
   EXPECT_EQ(bus().registers(0, 0x0134, 2), (std::vector<std::uint8_t>{0x1B, 0}));
-  EXPECT_EQ(command(enable, 80), failed);
+  EXPECT_EQ(command(ENABLE, 80), FAILED);
   EXPECT_EQ(bus().alState(0), 8) << "acknowledged and brought back";
   EXPECT_EQ(feedback.error, 0x8100);
-  EXPECT_EQ(command(reset), disabled);
+  EXPECT_EQ(command(RESET), DISABLED);
   // Without power to lose it only switches off.
-  command(shutdown);
-  ASSERT_EQ(command(switchOn), switchedOn);
+  command(SHUTDOWN);
+  ASSERT_EQ(command(SWITCH_ON), SWITCHED_ON);
   bus().setAlError(0, 4, 0x0011);
-  EXPECT_EQ(command(switchOn), disabled);
+  EXPECT_EQ(command(SWITCH_ON), DISABLED);
   EXPECT_EQ(bus().misuse().total(), 0U);
 }
 

@@ -37,9 +37,9 @@ TEST_F(HandleTest, AMasterIsHeldOnceAndOneWithoutBusDoesNotExist) {
 
 TEST_F(HandleTest, DeadAndForeignHandlesAreCountedAndHarmless) {
   request({twoWay()});
-  ec_slave_config_t* first = ecrt_master_slave_config(master, 0, 0, vendor, 1);
-  EXPECT_NE(first, ecrt_master_slave_config(master, 0, 0, vendor, 1));
-  EXPECT_EQ(nullptr, ecrt_master_slave_config(master, 0, 0, vendor, 2));
+  ec_slave_config_t* first = ecrt_master_slave_config(master, 0, 0, VENDOR, 1);
+  EXPECT_NE(first, ecrt_master_slave_config(master, 0, 0, VENDOR, 1));
+  EXPECT_EQ(nullptr, ecrt_master_slave_config(master, 0, 0, VENDOR, 2));
   sim::bus(1);
   ec_master_t* other = ecrt_request_master(1);
   EXPECT_LT(ecrt_master_select_reference_clock(other, first), 0);

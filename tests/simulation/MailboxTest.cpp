@@ -17,7 +17,7 @@ protected:
     exchange(20);
   }
   ec_sdo_request_t* create(std::uint16_t position, std::uint8_t subindex) {
-    ec_slave_config_t* configuration = ecrt_master_slave_config(master, 0, position, vendor, 1);
+    ec_slave_config_t* configuration = ecrt_master_slave_config(master, 0, position, VENDOR, 1);
     return ecrt_slave_config_create_sdo_request(configuration, 0x2000, subindex, 2);
   }
   ec_request_state_t after(ec_sdo_request_t* request, unsigned int cycles) {

@@ -31,9 +31,9 @@ TEST_F(PackingTest, EntriesArePackedToTheBitInBlocksOfOneSyncManagerEach) {
 TEST_F(PackingTest, AListEndsAtIndexZeroOrAtTheFirstErrorAndAnFmmuIsNotToBeHadSeventeenTimes) {
   request({twoWay()});
   unsigned int offset[3] = {9, 9, 9};
-  const ec_pdo_entry_reg_t rows[] = {{0, 0, vendor, 1, 0x7000, 2, &offset[0], nullptr},
-                                     {0, 0, vendor, 1, 0x7777, 1, &offset[1], nullptr},
-                                     {0, 0, vendor, 1, 0x6000, 1, &offset[2], nullptr},
+  const ec_pdo_entry_reg_t rows[] = {{0, 0, VENDOR, 1, 0x7000, 2, &offset[0], nullptr},
+                                     {0, 0, VENDOR, 1, 0x7777, 1, &offset[1], nullptr},
+                                     {0, 0, VENDOR, 1, 0x6000, 1, &offset[2], nullptr},
                                      {}};
   EXPECT_EQ(ecrt_domain_reg_pdo_entry_list(domain, rows), -ENOENT);
   EXPECT_THAT(offset, ::testing::ElementsAre(1, 9, 9));
@@ -47,7 +47,7 @@ TEST_F(PackingTest, AListEndsAtIndexZeroOrAtTheFirstErrorAndAnFmmuIsNotToBeHadSe
 
 TEST_F(PackingTest, ConfiguringPdosReplacesTheListedSyncManagersUpToTheFirstError) {
   request({twoWay()});
-  ec_slave_config_t* slave = ecrt_master_slave_config(master, 0, 0, vendor, 1);
+  ec_slave_config_t* slave = ecrt_master_slave_config(master, 0, 0, VENDOR, 1);
   EXPECT_EQ(ecrt_slave_config_pdos(slave, EC_END, nullptr), 0);
   const ec_pdo_entry_info_t entries[] = {{0x7100, 1, 32}, {0x7100, 2, 8}};
   const ec_pdo_info_t pdos[] = {{0x1610, 2, entries}, {0x1600, 0, nullptr}, {0x1699, 0, nullptr}};

@@ -70,12 +70,12 @@ const struct Case {
     {"a PDO that is named by the one before it", assign, {exclusive, own}, in, 0x1D, firstRefused},
     {"left out behind it", assign, {{0x16FF, {}}}, {{0x1A01, {{0x6001, 0, 8}}}}, 0x1E, absentRefused},
 };
-constexpr std::uint16_t shortened = 7; // of the cases
+constexpr std::uint16_t SHORTENED = 7; // of the cases
 
 class PdoCheckTest : public Bench {
 protected:
   ec_slave_config_t* configure(std::uint16_t position, const Pdos& outputs, const Pdos& inputs) {
-    ec_slave_config_t* configuration = ecrt_master_slave_config(master, 0, position, vendor, 1);
+    ec_slave_config_t* configuration = ecrt_master_slave_config(master, 0, position, VENDOR, 1);
     for (const bool input : {false, true}) {
       std::vector<ec_pdo_info_t> infos;
       for (const Pdo& pdo : input ? inputs : outputs) {
@@ -133,7 +133,7 @@ TEST_F(PdoCheckTest, ASlaveGoesBeyondPreopOnlyWithTheLengthsThatItNeedsAndKeepsW
   ecrt_release_master(master);
   const auto stateWith = [&](const Pdos& outputs) {
     request();
-    ec_slave_config_t* configuration = configure(shortened, outputs, in);
+    ec_slave_config_t* configuration = configure(SHORTENED, outputs, in);
     EXPECT_EQ(ecrt_master_activate(master), 0);
     exchange(60);
     const unsigned int state = stateOf(configuration).al_state;
@@ -142,8 +142,8 @@ TEST_F(PdoCheckTest, ASlaveGoesBeyondPreopOnlyWithTheLengthsThatItNeedsAndKeepsW
   };
   ::testing::internal::CaptureStderr();
   EXPECT_EQ(stateWith({{0x16FF, {one, two}}}), 2U) << "0x1600 still has one byte";
-  bus().setPowered(shortened, false);
-  bus().setPowered(shortened, true);
+  bus().setPowered(SHORTENED, false);
+  bus().setPowered(SHORTENED, true);
   EXPECT_EQ(stateWith({{0x16FF, {one, two}}}), 8U);
   ::testing::internal::GetCapturedStderr();
 }

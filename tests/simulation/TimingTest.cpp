@@ -171,9 +171,9 @@ TEST_F(TimingTest, OnlyAnActiveMasterAsksForOpAndScans) {
     bus().setTiming(timing);
     bus().setCycleTime(std::chrono::milliseconds(1));
     request({twoWay()});
-    ec_slave_config_t* configuration = ecrt_master_slave_config(master, 0, 0, vendor, 1);
+    ec_slave_config_t* configuration = ecrt_master_slave_config(master, 0, 0, VENDOR, 1);
     bus().addSlave(twoWay());
-    ec_slave_config_t* late = ecrt_master_slave_config(master, 0, 1, vendor, 1);
+    ec_slave_config_t* late = ecrt_master_slave_config(master, 0, 1, VENDOR, 1);
     exchange(2000);
     ec_slave_info_t info{};
     EXPECT_EQ(ecrt_master_get_slave(master, 1, &info), -EINVAL);
@@ -191,9 +191,9 @@ TEST_F(TimingTest, AConfigurationFindsItsSlaveByAliasAndOffset) {
   first.alias = 76;
   second.alias = 77;
   request({first, second, twoWay()});
-  EXPECT_EQ(stateOf(ecrt_master_slave_config(master, 77, 1, vendor, 1)).position, 2U);
-  EXPECT_EQ(stateOf(ecrt_master_slave_config(master, 77, 2, vendor, 1)).position, 0xFFFFU);
-  EXPECT_EQ(stateOf(ecrt_master_slave_config(master, 0, 2, vendor, 1)).position, 0xFFFFU) << "has one";
+  EXPECT_EQ(stateOf(ecrt_master_slave_config(master, 77, 1, VENDOR, 1)).position, 2U);
+  EXPECT_EQ(stateOf(ecrt_master_slave_config(master, 77, 2, VENDOR, 1)).position, 0xFFFFU);
+  EXPECT_EQ(stateOf(ecrt_master_slave_config(master, 0, 2, VENDOR, 1)).position, 0xFFFFU) << "has one";
 }
 
 TEST_F(TimingTest, TransfersAndRegistersAreAsTheRealMasterGivesThem) {

@@ -11,17 +11,17 @@
 namespace igh_bus {
 namespace {
 
-constexpr double shortestPeriodNs = 100000;
-constexpr double longestPeriodNs = 4000000000.0;
+constexpr double SHORTEST_PERIOD_NS = 100000;
+constexpr double LONGEST_PERIOD_NS = 4000000000.0;
 
 [[noreturn]] void refuse(const std::string& text) {
   throw Failure(usageError, text);
 }
 
 double unitInNs(std::string_view unit, const std::string& text) {
-  static constexpr std::pair<std::string_view, double> units[] = {
+  static constexpr std::pair<std::string_view, double> UNITS[] = {
       {"", 1}, {"ns", 1}, {"us", 1e3}, {"ms", 1e6}, {"s", 1e9}};
-  for (const auto& [name, factor] : units) {
+  for (const auto& [name, factor] : UNITS) {
     if (name == unit)
       return factor;
   }
@@ -37,7 +37,7 @@ std::uint32_t parsePeriod(const std::string& text) {
   if (std::isnan(period))
     refuse("--period " + text + ": use a number with ns, us, ms or s, such as 1ms");
   const double ns = std::round(period * unitInNs(end, text));
-  if (!(ns >= shortestPeriodNs && ns <= longestPeriodNs))
+  if (!(ns >= SHORTEST_PERIOD_NS && ns <= LONGEST_PERIOD_NS))
     refuse("--period " + text + ": the period must lie between 100us and 4s");
   return static_cast<std::uint32_t>(ns);
 }

@@ -15,10 +15,10 @@
 namespace igh_bus {
 namespace {
 
-constexpr bool simulated = IGH_BUS_SIMULATED != 0;
-constexpr const char* busVariable = "ETHERCAT_SIMULATION_BUS";
-constexpr unsigned int lastSyncManager = 15;
-constexpr std::size_t mostDriven = 255; // slaves that the library looks at
+constexpr bool SIMULATED = IGH_BUS_SIMULATED != 0;
+constexpr const char* BUS_VARIABLE = "ETHERCAT_SIMULATION_BUS";
+constexpr unsigned int LAST_SYNC_MANAGER = 15;
+constexpr std::size_t MOST_DRIVEN = 255; // slaves that the library looks at
 
 using nlohmann::json;
 
@@ -54,7 +54,7 @@ json syncManagerJson(const Device& device, const SyncManager& syncManager) {
 json slaveJson(const Device& device) {
   json syncManagers = json::array();
   for (const auto& syncManager : device.syncManagers) {
-    if (syncManager.index <= lastSyncManager)
+    if (syncManager.index <= LAST_SYNC_MANAGER)
       syncManagers.push_back(syncManagerJson(device, syncManager));
   }
   return {{"vendor_id", format("0x%08X", device.key.vendorId)},
@@ -98,14 +98,14 @@ int anonymousFile(const std::string& text) {
 
 BusChoice::BusChoice(const ScanOptions& options, const std::vector<Device>& devices) {
   if (!options.busFile.empty()) {
-    if (!simulated)
+    if (!SIMULATED)
       throw Failure(usageError, "--bus needs the simulated master; this program drives a real one");
     if (access(options.busFile.c_str(), R_OK) != 0) // opening a pipe would wait for its writer
       throw Failure(usageError, options.busFile + ": " + std::strerror(errno));
-    setenv(busVariable, options.busFile.c_str(), 1);
-  } else if (simulated && std::getenv(busVariable) == nullptr) {
+    setenv(BUS_VARIABLE, options.busFile.c_str(), 1);
+  } else if (SIMULATED && std::getenv(BUS_VARIABLE) == nullptr) {
     m_file = anonymousFile(everyDeviceOnce(devices, options.master));
-    setenv(busVariable, format("/proc/self/fd/%d", m_file).c_str(), 1);
+    setenv(BUS_VARIABLE, format("/proc/self/fd/%d", m_file).c_str(), 1);
   }
 }
 
@@ -116,13 +116,13 @@ BusChoice::~BusChoice() {
 
 std::vector<FoundSlave> surveyBus(const ScanOptions& options, const std::vector<Device>& devices) {
   ec_master_t* master = ecrt_request_master(options.master);
-  if (!master && simulated)
+  if (!master && SIMULATED)
     throw Failure(usageError, ""); // the simulation has said what is wrong with its bus file
   if (!master)
     throw Failure(busError, format("EtherCAT master %u cannot be reserved", unsigned{options.master}));
   std::vector<FoundSlave> slaves;
-  constexpr unsigned int mostSlaves = 65535; // 0xFFFF is none
-  for (unsigned int position = 0; position < mostSlaves; ++position) {
+  constexpr unsigned int MOST_SLAVES = 65535; // 0xFFFF is none
+  for (unsigned int position = 0; position < MOST_SLAVES; ++position) {
     FoundSlave slave{};
     if (ecrt_master_get_slave(master, static_cast<std::uint16_t>(position), &slave.info) < 0)
       break;
@@ -137,11 +137,11 @@ std::vector<FoundSlave> surveyBus(const ScanOptions& options, const std::vector<
 }
 
 void checkSize(const std::vector<FoundSlave>& slaves) {
-  if (slaves.size() > mostDriven)
+  if (slaves.size() > MOST_DRIVEN)
     throw Failure(busError,
                   format("the bus has %zu slaves: the library drives the first %zu, the others stay in "
                          "PREOP, and the whole bus never reaches OP",
-                         slaves.size(), mostDriven));
+                         slaves.size(), MOST_DRIVEN));
 }
 
 void checkSlave(std::uint32_t slave, const std::vector<FoundSlave>& slaves) {

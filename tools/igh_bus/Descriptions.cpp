@@ -80,13 +80,13 @@ std::string failureReason(const std::string& path, const std::string& xmlError, 
 }
 
 void takeVendor(const LogLines& lines, FileReport& report) {
-  static constexpr char nameMark[] = "Vendor name = ";
+  static constexpr char NAME_MARK[] = "Vendor name = ";
   for (const auto& [level, text] : lines) {
     unsigned int id = 0;
-    const auto name = text.find(nameMark);
+    const auto name = text.find(NAME_MARK);
     if (std::sscanf(text.c_str(), "Vendor id = 0x%X", &id) == 1 && name != std::string::npos) {
       report.vendorId = id;
-      report.vendorName = text.substr(name + sizeof nameMark - 1);
+      report.vendorName = text.substr(name + sizeof NAME_MARK - 1);
       return;
     }
   }
@@ -97,9 +97,9 @@ std::vector<DeviceKey> announcedDevices(const LogLines& lines) {
   std::vector<DeviceKey> keys;
   for (const auto& [level, text] : lines) {
     DeviceKey key;
-    static constexpr char form[] =
+    static constexpr char FORM[] =
         "ResolveDeviceDetail invoke for (VendorId = 0x%X, ProductCode = 0x%X, RevisionNo = 0x%X";
-    if (std::sscanf(text.c_str(), form, &key.vendorId, &key.productCode, &key.revision) == 3)
+    if (std::sscanf(text.c_str(), FORM, &key.vendorId, &key.productCode, &key.revision) == 3)
       keys.push_back(key);
   }
   return keys;

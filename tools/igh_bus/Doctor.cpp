@@ -16,8 +16,8 @@ namespace {
 // Register and state requests of the module have the layout that this build uses. The module of stock 1.5.2,
 // 27, has a layout of its own, which only a build with that header has.
 bool isKnownMagic(std::uint32_t magic, std::uint32_t headerVersion) {
-  constexpr std::uint32_t stock15 = 0x0105;
-  return magic == 36 || magic == 37 || magic == 33 || (magic == 27 && headerVersion == stock15);
+  constexpr std::uint32_t STOCK15 = 0x0105;
+  return magic == 36 || magic == 37 || magic == 33 || (magic == 27 && headerVersion == STOCK15);
 }
 
 std::uint64_t softLimit(decltype(RLIMIT_MEMLOCK) resource) {
@@ -93,8 +93,8 @@ Finding memory(const Facts& facts) {
 }
 
 Finding priority(const Facts& facts) {
-  constexpr std::uint64_t enough = 80;
-  if (facts.rtPriority >= enough)
+  constexpr std::uint64_t ENOUGH = 80;
+  if (facts.rtPriority >= ENOUGH)
     return {Finding::ok, "real-time priority",
             format("up to %llu", static_cast<unsigned long long>(facts.rtPriority)), ""};
   return {Finding::warning, "real-time priority",
@@ -124,10 +124,10 @@ Facts collectFacts(unsigned int master) {
   facts.device = format("/dev/EtherCAT%u", master);
   if (!facts.simulated)
     lookAtDevice(facts);
-  constexpr std::uint64_t highest = 99;
+  constexpr std::uint64_t HIGHEST = 99;
   const bool root = geteuid() == 0;
   facts.lockableBytes = root ? ~std::uint64_t{0} : softLimit(RLIMIT_MEMLOCK);
-  facts.rtPriority = root ? highest : softLimit(RLIMIT_RTPRIO);
+  facts.rtPriority = root ? HIGHEST : softLimit(RLIMIT_RTPRIO);
   facts.host = inspectHost();
   return facts;
 }

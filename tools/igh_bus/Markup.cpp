@@ -9,8 +9,8 @@ namespace {
 class Document {
 public:
   explicit Document(const std::string& path) : m_handle(xml_file_create()) {
-    constexpr int readOnly = 1;
-    m_open = xml_file_open(m_handle, path.c_str(), readOnly);
+    constexpr int READ_ONLY = 1;
+    m_open = xml_file_open(m_handle, path.c_str(), READ_ONLY);
   }
   ~Document() { xml_file_destroy(m_handle); }
   Document(const Document&) = delete;

@@ -11,12 +11,12 @@
 namespace igh_bus {
 namespace {
 
-constexpr std::int64_t nsPerSecond = 1000000000;
+constexpr std::int64_t NS_PER_SECOND = 1000000000;
 
 std::int64_t nowNs() {
   timespec now{};
   clock_gettime(CLOCK_MONOTONIC, &now);
-  return now.tv_sec * nsPerSecond + now.tv_nsec;
+  return now.tv_sec * NS_PER_SECOND + now.tv_nsec;
 }
 
 void reportRefusal(const char* what) {
@@ -25,10 +25,10 @@ void reportRefusal(const char* what) {
 
 } // namespace
 
-std::atomic<bool> StopSignals::s_requested{false};
+std::atomic<bool> StopSignals::sRequested{false};
 
 void StopSignals::receive(int) {
-  s_requested.store(true, std::memory_order_relaxed);
+  sRequested.store(true, std::memory_order_relaxed);
 }
 
 StopSignals::StopSignals() {
@@ -66,7 +66,7 @@ Pacemaker::Pacemaker(std::uint32_t periodNs) : m_periodNs(periodNs), m_nextNs(no
 
 bool Pacemaker::wait() {
   m_nextNs += m_periodNs;
-  const timespec wake{m_nextNs / nsPerSecond, m_nextNs % nsPerSecond};
+  const timespec wake{m_nextNs / NS_PER_SECOND, m_nextNs % NS_PER_SECOND};
   while (!StopSignals::requested()) {
     if (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &wake, nullptr) != EINTR)
       break;

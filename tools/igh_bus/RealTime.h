@@ -16,11 +16,11 @@ public:
   ~StopSignals();
   StopSignals(const StopSignals&) = delete;
   StopSignals& operator=(const StopSignals&) = delete;
-  static bool requested() { return s_requested.load(std::memory_order_relaxed); }
+  static bool requested() { return sRequested.load(std::memory_order_relaxed); }
 
 private:
   static void receive(int);
-  static std::atomic<bool> s_requested;
+  static std::atomic<bool> sRequested;
 };
 
 // Exact timers, processor, priority and locked memory for the calling thread. What the system refuses gets

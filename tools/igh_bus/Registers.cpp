@@ -10,7 +10,7 @@
 namespace igh_bus {
 namespace {
 
-constexpr std::uint32_t anyPeriodNs = 1000000; // nothing is cycled
+constexpr std::uint32_t ANY_PERIOD_NS = 1000000; // nothing is cycled
 
 // The library's line of a failed access ends with the error in words.
 void throwFailure(const std::string& printed, std::uint16_t slave, std::uint16_t address) {
@@ -32,7 +32,7 @@ void throwFailure(const std::string& printed, std::uint16_t slave, std::uint16_t
 } // namespace
 
 Registers::Registers(std::uint16_t master) : m_master(master) {
-  igh_master_initialize_ex(master, anyPeriodNs, false, false);
+  igh_master_initialize_ex(master, ANY_PERIOD_NS, false, false);
 }
 
 Registers::~Registers() {
@@ -75,7 +75,7 @@ void Registers::clearErrorCounters(std::uint16_t slave) const {
     const StdoutSilencer silence;
     cleared = igh_master_clear_esc_error_regs(m_master, slave);
   }
-  throwFailure(capture.text(), slave, errorCounters);
+  throwFailure(capture.text(), slave, ERROR_COUNTERS);
   if (!cleared)
     throwNoDevice(m_master);
 }

@@ -8,8 +8,8 @@
 
 namespace igh_bus {
 
-constexpr std::uint16_t errorCounters = 0x0300;
-constexpr std::uint32_t errorCounterBytes = 0x14;
+constexpr std::uint16_t ERROR_COUNTERS = 0x0300;
+constexpr std::uint32_t ERROR_COUNTER_BYTES = 0x14;
 
 class Registers {
 public:

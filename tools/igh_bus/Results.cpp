@@ -90,9 +90,9 @@ void printProgress(const RunOptions& options, const Session& session, std::uint3
 
 void printTiming(const Session& session) {
   std::printf("Costs in us        cycle  receive    SDO  callback   send  total\n");
-  static constexpr std::pair<const char*, COMM_DIAG_INDEX> rows[] = {
+  static constexpr std::pair<const char*, COMM_DIAG_INDEX> ROWS[] = {
       {"fastest", COMM_DIAG_MIN}, {"last", COMM_DIAG_LAST}, {"slowest", COMM_DIAG_MAX}};
-  for (const auto& [name, index] : rows) {
+  for (const auto& [name, index] : ROWS) {
     const auto record = session.record(index);
     std::printf("  %-8s  %12" PRIu64 "  %7d  %5d  %8d  %5d  %5d\n", name, record.time,
                 record.txPdoReceivedCostUs, record.sdoCostUs, record.userCallbackCostUs,

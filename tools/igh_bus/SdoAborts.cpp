@@ -7,7 +7,7 @@
 namespace igh_bus {
 namespace {
 
-constexpr std::pair<std::uint32_t, const char*> texts[] = {
+constexpr std::pair<std::uint32_t, const char*> TEXTS[] = {
     {0x05030000, "toggle bit not changed"},
     {0x05040000, "the protocol timed out"},
     {0x05040001, "command specifier not valid or unknown"},
@@ -44,8 +44,8 @@ constexpr std::pair<std::uint32_t, const char*> texts[] = {
 
 const char* abortText(std::uint32_t code) {
   const auto* const found =
-      std::find_if(std::begin(texts), std::end(texts), [&](const auto& text) { return text.first == code; });
-  return found == std::end(texts) ? "for a reason of its own" : found->second;
+      std::find_if(std::begin(TEXTS), std::end(TEXTS), [&](const auto& text) { return text.first == code; });
+  return found == std::end(TEXTS) ? "for a reason of its own" : found->second;
 }
 
 } // namespace igh_bus

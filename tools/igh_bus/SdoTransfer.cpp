@@ -20,8 +20,8 @@ using Clock = std::chrono::steady_clock;
 
 // A slave has a second to answer before the master gives up. Once the bus stands still in OP, what is not
 // done after that time was refused at least once.
-constexpr std::uint64_t patienceCycles = 1000;
-constexpr std::uint32_t op = 8;
+constexpr std::uint64_t PATIENCE_CYCLES = 1000;
+constexpr std::uint32_t OP = 8;
 
 double secondsSince(Clock::time_point start) {
   return std::chrono::duration<double>(Clock::now() - start).count();
@@ -49,15 +49,15 @@ private:
 
 void Request::create() {
   const auto& [slave, index, subindex, complete, read, type, values, bytes] = m_transfer;
-  constexpr std::int32_t noLimit = 0; // the deadline is kept here
+  constexpr std::int32_t NO_LIMIT = 0; // the deadline is kept here
   const auto size = static_cast<std::uint32_t>(bytes.size());
   const bool created = type ? igh_master_create_sdo_request_ex(m_master, slave, index, subindex, type->id,
                                                                static_cast<std::uint32_t>(values.size()),
-                                                               noLimit, read, &m_handle)
+                                                               NO_LIMIT, read, &m_handle)
                        : complete ? igh_master_create_raw_sdo_request_complete(m_master, slave, index, size,
-                                                                               noLimit, read, &m_handle)
+                                                                               NO_LIMIT, read, &m_handle)
                                   : igh_master_create_raw_sdo_request(m_master, slave, index, subindex, size,
-                                                                      noLimit, read, &m_handle);
+                                                                      NO_LIMIT, read, &m_handle);
   if (!created)
     throw Failure(busError, format("the master refused a request for slave %u", slave));
 }
@@ -97,9 +97,9 @@ bool transferByLibrary(const ScanOptions& options, double timeoutSeconds, SdoTra
   Pacemaker pacemaker(running.periodNs);
   const auto start = Clock::now();
   std::uint64_t cyclesInOp = 0;
-  while (!request.done() && cyclesInOp < patienceCycles && secondsSince(start) < timeoutSeconds &&
+  while (!request.done() && cyclesInOp < PATIENCE_CYCLES && secondsSince(start) < timeoutSeconds &&
          pacemaker.wait())
-    cyclesInOp = session.exchange() == op ? cyclesInOp + 1 : 0;
+    cyclesInOp = session.exchange() == OP ? cyclesInOp + 1 : 0;
   request.destroy();
   if (!request.done() && StopSignals::requested())
     throw Failure(busError, "ended by a signal before the transfer was done");
@@ -116,9 +116,9 @@ Answer callSlave(ec_master_t* master, const SdoTransfer& transfer) {
   Answer answer;
   const auto position = static_cast<std::uint16_t>(transfer.slave);
   if (transfer.read) {
-    constexpr std::size_t surplus = 4096; // to see how much longer an answer is
+    constexpr std::size_t SURPLUS = 4096; // to see how much longer an answer is
     std::size_t size = 0;
-    answer.bytes.resize(transfer.size() + surplus);
+    answer.bytes.resize(transfer.size() + SURPLUS);
     answer.result =
         ecrt_master_sdo_upload(master, position, transfer.index, transfer.subindex, answer.bytes.data(),
                                answer.bytes.size(), &size, &answer.abortCode);

@@ -13,7 +13,7 @@
 namespace igh_bus {
 namespace {
 
-constexpr SdoType types[] = {
+constexpr SdoType TYPES[] = {
     {"SINT", DATA_TYPE_SINT, 1, INT8_MIN, INT8_MAX},
     {"USINT", DATA_TYPE_USINT, 1, 0, UINT8_MAX},
     {"INT", DATA_TYPE_INT, 2, INT16_MIN, INT16_MAX},
@@ -67,7 +67,7 @@ const SdoType& parseType(const std::string& name) {
   std::string upper = name;
   for (auto& letter : upper)
     letter = static_cast<char>(std::toupper(static_cast<unsigned char>(letter)));
-  for (const auto& type : types) {
+  for (const auto& type : TYPES) {
     if (upper == type.name)
       return type;
   }

@@ -9,11 +9,11 @@ namespace igh_bus {
 namespace {
 
 Status examine(unsigned int master) {
-  static constexpr const char* words[] = {"ok", "warning", "FAILURE"};
+  static constexpr const char* WORDS[] = {"ok", "warning", "FAILURE"};
   bool failed = false;
   for (const Finding& finding : diagnose(collectFacts(master))) {
     failed = failed || finding.level == Finding::failure;
-    std::printf("%-8s %-20s %s%s%s\n", words[finding.level], finding.subject.c_str(), finding.text.c_str(),
+    std::printf("%-8s %-20s %s%s%s\n", WORDS[finding.level], finding.subject.c_str(), finding.text.c_str(),
                 finding.remedy.empty() ? "" : "  -> ", finding.remedy.c_str());
   }
   return failed ? busError : success;

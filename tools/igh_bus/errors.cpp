@@ -10,19 +10,19 @@
 namespace igh_bus {
 namespace {
 
-constexpr std::size_t ports = 4;
+constexpr std::size_t PORTS = 4;
 
 struct ErrorsOptions : ScanOptions {
   bool clear = false;
 };
 
-constexpr const char* heading = "slave  port  CRC/invalid frame  RX/physical error  forwarded  lost link  "
+constexpr const char* HEADING = "slave  port  CRC/invalid frame  RX/physical error  forwarded  lost link  "
                                 "processing unit  PDI";
 
 // One row for each port; what a slave has once stands in its first row.
 void printCounters(std::size_t slave, const std::vector<std::uint8_t>& counters) {
   const auto at = [&](std::size_t offset) { return unsigned{counters[offset]}; };
-  for (std::size_t port = 0; port < ports; ++port) {
+  for (std::size_t port = 0; port < PORTS; ++port) {
     std::printf("%5zu  %4zu  %17u  %17u  %9u  %9u", slave, port, at(2 * port), at(2 * port + 1), at(8 + port),
                 at(0x10 + port));
     if (port == 0)
@@ -50,9 +50,9 @@ Status errors(const ErrorsOptions& options) {
   const BusChoice bus(options, devices);
   const auto count = surveyBus(options, devices).size();
   const Registers registers(options.master);
-  std::printf("%s\n", heading);
+  std::printf("%s\n", HEADING);
   auto failure = forEachSlave(count, [&](std::uint16_t slave) {
-    printCounters(slave, registers.read(slave, errorCounters, errorCounterBytes));
+    printCounters(slave, registers.read(slave, ERROR_COUNTERS, ERROR_COUNTER_BYTES));
   });
   if (options.clear && failure.empty()) {
     failure = forEachSlave(count, [&](std::uint16_t slave) { registers.clearErrorCounters(slave); });

@@ -12,7 +12,7 @@
 namespace igh_bus {
 namespace {
 
-constexpr std::uint32_t lastAddress = 0xFFFF;
+constexpr std::uint32_t LAST_ADDRESS = 0xFFFF;
 
 struct RegOptions : ScanOptions {
   std::uint32_t slave = 0;
@@ -28,11 +28,11 @@ struct Range {
 };
 
 Range checkedRange(const RegOptions& options) {
-  const auto address = parseNumber(options.address, lastAddress, "address");
-  const auto size = parseNumber(options.length, lastAddress + 1, "length");
-  if (size == 0 || size > lastAddress + 1 - address)
+  const auto address = parseNumber(options.address, LAST_ADDRESS, "address");
+  const auto size = parseNumber(options.length, LAST_ADDRESS + 1, "length");
+  if (size == 0 || size > LAST_ADDRESS + 1 - address)
     throw Failure(usageError, format("length %s: registers 0x%04X to 0xFFFF are %u bytes",
-                                     options.length.c_str(), address, lastAddress + 1 - address));
+                                     options.length.c_str(), address, LAST_ADDRESS + 1 - address));
   for (const auto& value : options.values) {
     if (parseNumber(value, UINT32_MAX, "value") != 0)
       throw Failure(usageError, "value " + value +
@@ -53,10 +53,10 @@ template <typename Access> Status onBus(const RegOptions& options, Access access
 }
 
 void printRegisters(std::uint32_t address, const std::vector<std::uint8_t>& bytes) {
-  constexpr std::ptrdiff_t perLine = 16;
+  constexpr std::ptrdiff_t PER_LINE = 16;
   const bool number = bytes.size() <= 8 && (bytes.size() & (bytes.size() - 1)) == 0;
-  for (auto from = bytes.begin(); from != bytes.end(); address += perLine) {
-    const auto to = from + std::min(perLine, bytes.end() - from);
+  for (auto from = bytes.begin(); from != bytes.end(); address += PER_LINE) {
+    const auto to = from + std::min(PER_LINE, bytes.end() - from);
     std::printf("0x%04X: %s%s", address, hexPairs({from, to}).c_str(), number ? "" : "\n");
     from = to;
   }

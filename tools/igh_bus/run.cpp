@@ -99,17 +99,17 @@ bool hasProcessData(const std::vector<FoundSlave>& slaves) {
 
 // Nothing when the run was a success, else why it was not.
 std::string judge(const Session& session, const Climb& climb, bool processData) {
-  constexpr std::uint32_t op = 8;
-  constexpr std::uint64_t lasting = 3; // single late frames happen on healthy buses
-  if (!climb.seen(op))
+  constexpr std::uint32_t OP = 8;
+  constexpr std::uint64_t LASTING = 3; // single late frames happen on healthy buses
+  if (!climb.seen(OP))
     return "the bus never reached OP; it ended in " + stateText(climb.state());
-  if (climb.state() != op)
+  if (climb.state() != OP)
     return "the bus left OP; it ended in " + stateText(climb.state());
   for (const int code :
        {ETHERCAT_ERROR_WORKING_COUNTER, ETHERCAT_ERROR_LINK_DOWN, ETHERCAT_ERROR_SLAVE_STATE}) {
     if (code == ETHERCAT_ERROR_WORKING_COUNTER && !processData)
       continue; // raised in every cycle of a bus without process data
-    if (session.errors().lasting(code, lasting))
+    if (session.errors().lasting(code, LASTING))
       return std::string("at the end of the run: ") + errorText(code);
   }
   return {};

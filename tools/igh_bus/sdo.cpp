@@ -11,8 +11,8 @@
 namespace igh_bus {
 namespace {
 
-constexpr std::uint32_t mostBytes = 1U << 20;
-constexpr double longestTimeout = 3600; // seconds
+constexpr std::uint32_t MOST_BYTES = 1U << 20;
+constexpr double LONGEST_TIMEOUT = 3600; // seconds
 
 struct SdoOptions : ScanOptions {
   std::uint32_t slave = 0;
@@ -120,7 +120,7 @@ void addTransfer(CLI::App& app, bool read, const std::shared_ptr<SdoOptions>& op
                       "SINT, USINT, INT, UINT, DINT, UDINT, REAL or LREAL; for process data the description "
                       "knows it");
   command->add_option("--count", options->count, "Numbers, or bytes with --raw and --complete (1)")
-      ->check(CLI::Range(1U, mostBytes))
+      ->check(CLI::Range(1U, MOST_BYTES))
       ->type_name("N");
   command->add_flag("--raw", options->raw, "Bytes, as pairs of hexadecimal digits");
   command->add_flag(
@@ -128,7 +128,7 @@ void addTransfer(CLI::App& app, bool read, const std::shared_ptr<SdoOptions>& op
       "The whole object by complete access, as bytes. When reading, --count must be its length: "
       "behind a shorter answer stand zeros");
   command->add_option("--timeout", options->timeoutSeconds, "Longest time in seconds (5)")
-      ->check(CLI::Range(0.001, longestTimeout))
+      ->check(CLI::Range(0.001, LONGEST_TIMEOUT))
       ->type_name("S");
   addBusOptions(*command, *options);
   command->callback([options, read, &action] { action = [options, read] { return sdo(*options, read); }; });

@@ -8,10 +8,10 @@
 namespace igh_bus {
 namespace {
 
-constexpr double left = 110;
-constexpr double right = 30;
-constexpr double top = 34;
-constexpr double bottom = 44;
+constexpr double LEFT = 110;
+constexpr double RIGHT = 30;
+constexpr double TOP = 34;
+constexpr double BOTTOM = 44;
 
 } // namespace
 
@@ -52,8 +52,8 @@ std::vector<double> Axis::ticks() const {
       places.push_back(std::pow(10, exponent));
     return places;
   }
-  constexpr double wanted = 8;
-  const double rough = (to - from) / wanted;
+  constexpr double WANTED = 8;
+  const double rough = (to - from) / WANTED;
   const double decade = std::pow(10, std::floor(std::log10(rough)));
   const double step = decade * (rough > 5 * decade ? 10 : rough > 2 * decade ? 5 : rough > decade ? 2 : 1);
   const auto last = static_cast<long long>(std::floor(to / step));
@@ -64,24 +64,24 @@ std::vector<double> Axis::ticks() const {
 
 Chart::Chart(const std::string& title, double height, const Axis& x, const Axis& y)
     : m_title(title), m_height(height), m_x(x), m_y(y) {
-  m_body = format("<rect class=\"frame\" x=\"%g\" y=\"%g\" width=\"%g\" height=\"%g\"/>\n", left, top,
-                  width - left - right, m_height - top - bottom);
+  m_body = format("<rect class=\"frame\" x=\"%g\" y=\"%g\" width=\"%g\" height=\"%g\"/>\n", LEFT, TOP,
+                  WIDTH - LEFT - RIGHT, m_height - TOP - BOTTOM);
 }
 
 double Chart::px(double x) const {
-  return left + m_x.place(x) * (width - left - right);
+  return LEFT + m_x.place(x) * (WIDTH - LEFT - RIGHT);
 }
 
 double Chart::py(double y) const {
-  return m_height - bottom - m_y.place(y) * (m_height - top - bottom);
+  return m_height - BOTTOM - m_y.place(y) * (m_height - TOP - BOTTOM);
 }
 
 void Chart::axisX(const std::string& label) {
   for (const double tick : m_x.ticks())
     m_body += format("<path class=\"grid\" d=\"M%.1f %gV%g\"/><text x=\"%.1f\" y=\"%g\" "
                      "text-anchor=\"middle\">%.10g</text>\n",
-                     px(tick), top, m_height - bottom, px(tick), m_height - bottom + 16, tick);
-  m_body += format("<text x=\"%g\" y=\"%g\" text-anchor=\"middle\">%s</text>\n", (left + width - right) / 2,
+                     px(tick), TOP, m_height - BOTTOM, px(tick), m_height - BOTTOM + 16, tick);
+  m_body += format("<text x=\"%g\" y=\"%g\" text-anchor=\"middle\">%s</text>\n", (LEFT + WIDTH - RIGHT) / 2,
                    m_height - 8, escaped(label).c_str());
 }
 
@@ -89,13 +89,13 @@ void Chart::axisY(const std::string& label) {
   for (const double tick : m_y.ticks())
     m_body += format("<path class=\"grid\" d=\"M%g %.1fH%g\"/><text x=\"%g\" y=\"%.1f\" "
                      "text-anchor=\"end\">%.10g</text>\n",
-                     left, py(tick), width - right, left - 6, py(tick) + 4, tick);
+                     LEFT, py(tick), WIDTH - RIGHT, LEFT - 6, py(tick) + 4, tick);
   m_body += format("<text transform=\"translate(18 %g) rotate(-90)\" text-anchor=\"middle\">%s</text>\n",
-                   (top + m_height - bottom) / 2, escaped(label).c_str());
+                   (TOP + m_height - BOTTOM) / 2, escaped(label).c_str());
 }
 
 void Chart::bars(const std::vector<std::pair<double, double>>& heights, double barWidth) {
-  const double base = m_height - bottom;
+  const double base = m_height - BOTTOM;
   std::string path;
   for (const auto& [x, y] : heights) {
     const double from = px(x);
@@ -127,20 +127,20 @@ void Chart::box(double x0, double x1, double y0, double y1, const char* style, c
 }
 
 void Chart::rowLabel(double y, const std::string& text) {
-  m_body += format("<text x=\"%g\" y=\"%.1f\" text-anchor=\"end\">", left - 6, py(y) + 4) + escaped(text) +
+  m_body += format("<text x=\"%g\" y=\"%.1f\" text-anchor=\"end\">", LEFT - 6, py(y) + 4) + escaped(text) +
             "</text>\n";
 }
 
 void Chart::note(const std::string& text) {
-  constexpr double lineHeight = 16;
-  m_body += format("<text class=\"note\" x=\"%g\" y=\"%g\" text-anchor=\"end\">", width - right - 8,
-                   top + lineHeight * ++m_notes) +
+  constexpr double LINE_HEIGHT = 16;
+  m_body += format("<text class=\"note\" x=\"%g\" y=\"%g\" text-anchor=\"end\">", WIDTH - RIGHT - 8,
+                   TOP + LINE_HEIGHT * ++m_notes) +
             escaped(text) + "</text>\n";
 }
 
 std::string Chart::svg() const {
-  return format("<svg viewBox=\"0 0 %g %g\" role=\"img\" aria-label=\"", width, m_height) + escaped(m_title) +
-         format("\">\n<text class=\"title\" x=\"%g\" y=\"20\">", left) + escaped(m_title) + "</text>\n" +
+  return format("<svg viewBox=\"0 0 %g %g\" role=\"img\" aria-label=\"", WIDTH, m_height) + escaped(m_title) +
+         format("\">\n<text class=\"title\" x=\"%g\" y=\"20\">", LEFT) + escaped(m_title) + "</text>\n" +
          m_body + "</svg>\n";
 }
 

@@ -19,7 +19,7 @@ struct Axis {
 // Coordinates of the methods are those of the axes.
 class Chart {
 public:
-  static constexpr double width = 920;
+  static constexpr double WIDTH = 920;
   Chart(const std::string& title, double height, const Axis& x, const Axis& y);
 
   void axisX(const std::string& label);

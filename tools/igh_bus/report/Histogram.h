@@ -12,7 +12,7 @@ namespace igh_bus {
 
 class Histogram {
 public:
-  static constexpr std::size_t classes = 10000; // 10 ms; what is longer has a count of its own
+  static constexpr std::size_t CLASSES = 10000; // 10 ms; what is longer has a count of its own
 
   // Durations longer than `limitNs` are counted besides.
   explicit Histogram(std::int64_t limitNs) : m_limitNs(limitNs) {}
@@ -20,7 +20,7 @@ public:
   void add(std::int64_t ns) {
     ns = std::max<std::int64_t>(ns, 0);
     const auto place = static_cast<std::size_t>(ns / 1000);
-    ++(place < classes ? m_counts[place] : m_beyond);
+    ++(place < CLASSES ? m_counts[place] : m_beyond);
     m_minimumNs = m_samples == 0 ? ns : std::min(m_minimumNs, ns);
     m_maximumNs = std::max(m_maximumNs, ns);
     m_beyondLimit += ns > m_limitNs ? 1 : 0;
@@ -39,7 +39,7 @@ public:
   double percentileUs(double share) const {
     const auto wanted = static_cast<double>(m_samples) * share;
     std::uint64_t sum = 0;
-    for (std::size_t place = 0; place < classes; ++place) {
+    for (std::size_t place = 0; place < CLASSES; ++place) {
       sum += m_counts[place];
       if (sum != 0 && static_cast<double>(sum) >= wanted)
         return static_cast<double>(place);
@@ -49,7 +49,7 @@ public:
 
   // One past the last class in use, at least 1.
   std::size_t usedClasses() const {
-    std::size_t end = classes;
+    std::size_t end = CLASSES;
     while (end > 1 && m_counts[end - 1] == 0)
       --end;
     return end;
@@ -62,7 +62,7 @@ private:
   std::uint64_t m_samples = 0;
   std::uint64_t m_beyondLimit = 0;
   std::uint64_t m_beyond = 0;
-  std::array<std::uint64_t, classes> m_counts{};
+  std::array<std::uint64_t, CLASSES> m_counts{};
 };
 
 } // namespace igh_bus

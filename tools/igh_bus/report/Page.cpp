@@ -12,7 +12,7 @@ namespace {
 using Json = nlohmann::ordered_json;
 using Points = std::vector<std::pair<double, double>>;
 
-constexpr const char* head =
+constexpr const char* HEAD =
     "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
     "<meta name=\"viewport\" content=\"width=device-width\">\n<title>igh_bus run</title>\n<style>\n"
     "body{font:15px/1.5 system-ui,sans-serif;max-width:980px;margin:2em auto;padding:0 1em;color:#1d2733}\n"
@@ -48,18 +48,18 @@ struct Column {
   const char* key;
   const char* label;
 };
-constexpr Column columns[] = {{"samples", "samples"}, {"min_us", "min"},          {"p50_us", "p50"},
+constexpr Column COLUMNS[] = {{"samples", "samples"}, {"min_us", "min"},          {"p50_us", "p50"},
                               {"p99_us", "p99"},      {"p99.9_us", "p99.9"},      {"p99.99_us", "p99.99"},
                               {"max_us", "max"},      {"over_period", "> period"}};
 
 std::string phaseTable(const Json& phases) {
   std::string rows = "<tr><th>us</th>";
-  for (const auto& [key, label] : columns)
+  for (const auto& [key, label] : COLUMNS)
     rows += "<th class=\"n\">" + escaped(label) + "</th>";
   rows += "</tr>\n";
   for (const auto& [name, phase] : phases.items()) {
     rows += "<tr><th>" + escaped(phase.at("title").get<std::string>()) + "</th>";
-    for (const auto& [key, label] : columns)
+    for (const auto& [key, label] : COLUMNS)
       rows += "<td class=\"n\" data-value=\"" + name + "/" + key + "\">" + number(phase.at(key)) + "</td>";
     rows += "</tr>\n";
   }
@@ -75,13 +75,13 @@ std::string histogramChart(const Json& phase) {
     longest = std::max(longest, bars.back().first + 1);
     highest = std::max(highest, bars.back().second);
   }
-  constexpr double belowOne = 0.5; // so that a single sample has a height
+  constexpr double BELOW_ONE = 0.5; // so that a single sample has a height
   Chart chart(phase.at("title").get<std::string>(), 240, {0, longest * 1.02},
-              {belowOne, std::pow(10, std::ceil(std::log10(highest * 1.2))), true});
+              {BELOW_ONE, std::pow(10, std::ceil(std::log10(highest * 1.2))), true});
   chart.axisX("us, in classes of 1 us");
   chart.axisY("samples");
   chart.bars(bars, 1);
-  for (const auto& [key, label] : columns)
+  for (const auto& [key, label] : COLUMNS)
     chart.note(std::string(label) + "  " + number(phase.at(key)));
   if (phase.at("beyond_classes") != 0)
     chart.note("not drawn  " + number(phase.at("beyond_classes")));
@@ -129,26 +129,26 @@ std::string clockCharts(const Json& clock, double cycles) {
 }
 
 std::string timeLine(const Json& data, double cycles) {
-  constexpr int rows = 6; // the states, and errors 1 to 5 below
-  Chart chart("States and errors", 220, {0, cycles}, {0, rows});
+  constexpr int ROWS = 6; // the states, and errors 1 to 5 below
+  Chart chart("States and errors", 220, {0, cycles}, {0, ROWS});
   chart.axisX("cycle");
-  chart.rowLabel(rows - 0.5, "states");
+  chart.rowLabel(ROWS - 0.5, "states");
   const Json& states = data.at("states");
   for (std::size_t i = 0; i < states.size(); ++i) {
     const auto from = states[i].at("cycle").get<double>();
     const double to = i + 1 < states.size() ? states[i + 1].at("cycle").get<double>() : cycles;
-    chart.box(from, to, rows - 0.85, rows - 0.15, "state",
+    chart.box(from, to, ROWS - 0.85, ROWS - 0.15, "state",
               states[i].at("states").get<std::string>() + " from cycle " + number(states[i].at("cycle")));
   }
-  static constexpr const char* names[] = {"counter", "link", "slave", "added", "lost"};
-  for (int code = 1; code < rows; ++code)
-    chart.rowLabel(rows - code - 0.5, names[code - 1]);
+  static constexpr const char* NAMES[] = {"counter", "link", "slave", "added", "lost"};
+  for (int code = 1; code < ROWS; ++code)
+    chart.rowLabel(ROWS - code - 0.5, NAMES[code - 1]);
   for (const Json& span : data.at("errors")) {
     const int code = span.at("code").get<int>();
-    if (code < 1 || code >= rows)
+    if (code < 1 || code >= ROWS)
       continue;
     chart.box(span.at("first_cycle").get<double>(), span.at("last_cycle").get<double>() + 1,
-              rows - code - 0.85, rows - code - 0.15, "error",
+              ROWS - code - 0.85, ROWS - code - 0.15, "error",
               span.at("text").get<std::string>() + ", cycles " + number(span.at("first_cycle")) + " to " +
                   number(span.at("last_cycle")) + ", " + number(span.at("count")) + " times");
   }
@@ -169,7 +169,7 @@ std::string embedded(const Json& data) {
 
 std::string reportPage(const Json& data) {
   const double cycles = std::max(1.0, data.at("run").at("cycles").get<double>());
-  std::string page = head;
+  std::string page = HEAD;
   page += "<h1>" + escaped(data.at("run").at("title").get<std::string>()) + "</h1>\n";
   page += factTable(data.at("run"));
   page += "<h2>Timing</h2>\n" + phaseTable(data.at("phases"));

@@ -3,15 +3,15 @@
 namespace igh_bus {
 
 const char* Recording::name(Phase phase) {
-  static constexpr std::array<const char*, phases> names{"wake_up_latency", "receive", "sdo",
+  static constexpr std::array<const char*, phases> NAMES{"wake_up_latency", "receive", "sdo",
                                                          "callback",        "send",    "total"};
-  return names[phase];
+  return NAMES[phase];
 }
 
 const char* Recording::title(Phase phase) {
-  static constexpr std::array<const char*, phases> titles{"Wake-up latency", "Receive", "SDO step",
+  static constexpr std::array<const char*, phases> TITLES{"Wake-up latency", "Receive", "SDO step",
                                                           "Callback",        "Send",    "Whole exchange"};
-  return titles[phase];
+  return TITLES[phase];
 }
 
 Recording::Recording(std::int64_t periodNs)
@@ -19,13 +19,13 @@ Recording::Recording(std::int64_t periodNs)
                    Histogram(periodNs), Histogram(periodNs), Histogram(periodNs)} {}
 
 void Recording::note(std::int64_t wakeUpLatencyNs, const _ETHERCAT_COMM_DIAG_INFO& costs) {
-  constexpr std::int64_t nsPerUs = 1000;
+  constexpr std::int64_t NS_PER_US = 1000;
   m_histograms[wakeUp].add(wakeUpLatencyNs);
-  m_histograms[receive].add(costs.txPdoReceivedCostUs * nsPerUs);
-  m_histograms[sdo].add(costs.sdoCostUs * nsPerUs);
-  m_histograms[callback].add(costs.userCallbackCostUs * nsPerUs);
-  m_histograms[send].add(costs.rxPdoSentCostUs * nsPerUs);
-  m_histograms[total].add(costs.totalExchangeCostUs * nsPerUs);
+  m_histograms[receive].add(costs.txPdoReceivedCostUs * NS_PER_US);
+  m_histograms[sdo].add(costs.sdoCostUs * NS_PER_US);
+  m_histograms[callback].add(costs.userCallbackCostUs * NS_PER_US);
+  m_histograms[send].add(costs.rxPdoSentCostUs * NS_PER_US);
+  m_histograms[total].add(costs.totalExchangeCostUs * NS_PER_US);
 }
 
 void Recording::noteErrors(std::uint64_t cycle, const std::array<std::uint64_t, 6>& totals) {
