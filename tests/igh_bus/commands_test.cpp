@@ -1,6 +1,6 @@
 // The commands for single slaves, run in this process on a bus whose faults can be set.
+#include "Application.h"
 #include "Program.h"
-#include "igh_bus/Application.h"
 
 #include <ethercat_simulation/Simulation.h>
 #include <regex>

@@ -1,8 +1,8 @@
 // Parts of the program that need no bus: what it counts while it cycles, and what doctor makes of a machine.
-#include "igh_bus/Doctor.h"
-#include "igh_bus/ErrorCounts.h"
-#include "igh_bus/RealTime.h"
-#include "igh_bus/report/Recording.h"
+#include "bus/ErrorCounts.h"
+#include "host/Doctor.h"
+#include "host/RealTime.h"
+#include "report/Recording.h"
 
 #include <cerrno>
 #include <chrono>

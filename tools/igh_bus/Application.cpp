@@ -1,6 +1,6 @@
 #include "Application.h"
 
-#include "CommandLine.h"
+#include "arguments/CommandLine.h"
 
 #include <algorithm>
 #include <cstdio>

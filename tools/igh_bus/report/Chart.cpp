@@ -1,6 +1,6 @@
-#include "Chart.h"
+#include "report/Chart.h"
 
-#include "../Text.h"
+#include "text/Text.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,7 @@
 // The page: every picture is drawn here, so it needs no script, no network and no other file.
-#include "../Text.h"
-#include "Chart.h"
-#include "Report.h"
+#include "report/Chart.h"
+#include "report/Report.h"
+#include "text/Text.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "Recording.h"
+#include "report/Recording.h"
 
 namespace igh_bus {
 

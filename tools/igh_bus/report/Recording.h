@@ -2,7 +2,7 @@
 #ifndef IGH_BUS_REPORT_RECORDING_H
 #define IGH_BUS_REPORT_RECORDING_H
 
-#include "Histogram.h"
+#include "report/Histogram.h"
 
 #include <igh_master.h>
 

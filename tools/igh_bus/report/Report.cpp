@@ -1,8 +1,8 @@
-#include "Report.h"
+#include "report/Report.h"
 
-#include "../Options.h"
-#include "../Results.h"
-#include "../Text.h"
+#include "bus/Options.h"
+#include "run/Results.h"
+#include "text/Text.h"
 
 #include <cerrno>
 #include <cinttypes>

@@ -2,8 +2,8 @@
 #ifndef IGH_BUS_REPORT_REPORT_H
 #define IGH_BUS_REPORT_REPORT_H
 
-#include "../Host.h"
-#include "Recording.h"
+#include "host/Host.h"
+#include "report/Recording.h"
 
 #include <nlohmann/json.hpp>
 

@@ -1,0 +1,85 @@
+#include "host/RealTime.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+#include <sched.h>
+#include <sys/mman.h>
+#include <sys/prctl.h>
+
+namespace igh_bus {
+namespace {
+
+constexpr std::int64_t NS_PER_SECOND = 1000000000;
+
+std::int64_t nowNs() {
+  timespec now{};
+  clock_gettime(CLOCK_MONOTONIC, &now);
+  return now.tv_sec * NS_PER_SECOND + now.tv_nsec;
+}
+
+void reportRefusal(const char* what) {
+  std::fprintf(stderr, "igh_bus: %s refused (%s), going on without it\n", what, std::strerror(errno));
+}
+
+} // namespace
+
+std::atomic<bool> StopSignals::sRequested{false};
+
+void StopSignals::receive(int) {
+  sRequested.store(true, std::memory_order_relaxed);
+}
+
+StopSignals::StopSignals() {
+  struct sigaction action {};
+  action.sa_handler = receive; // without SA_RESTART, so that a sleep ends
+  sigaction(SIGINT, &action, nullptr);
+  sigaction(SIGTERM, &action, nullptr);
+}
+
+StopSignals::~StopSignals() {
+  std::signal(SIGINT, SIG_DFL);
+  std::signal(SIGTERM, SIG_DFL);
+}
+
+void becomeRealTime(const std::optional<int>& priority, const std::optional<int>& cpu) {
+  prctl(PR_SET_TIMERSLACK, 1UL); // else an ordinary thread's sleeps end up to 50 us late
+  if (cpu) {
+    cpu_set_t set;
+    CPU_ZERO(&set);
+    CPU_SET(static_cast<std::size_t>(*cpu), &set);
+    if (sched_setaffinity(0, sizeof set, &set) != 0)
+      reportRefusal("the processor of --cpu was");
+  }
+  if (!priority)
+    return;
+  if (mlockall(MCL_CURRENT | MCL_FUTURE) != 0)
+    reportRefusal("locking memory was");
+  sched_param parameter{};
+  parameter.sched_priority = *priority;
+  if (sched_setscheduler(0, SCHED_FIFO, &parameter) != 0)
+    reportRefusal("SCHED_FIFO was");
+}
+
+Pacemaker::Pacemaker(std::uint32_t periodNs) : m_periodNs(periodNs), m_nextNs(nowNs()) {}
+
+bool Pacemaker::wait() {
+  m_nextNs += m_periodNs;
+  const timespec wake{m_nextNs / NS_PER_SECOND, m_nextNs % NS_PER_SECOND};
+  while (!StopSignals::requested()) {
+    if (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &wake, nullptr) != EINTR)
+      break;
+  }
+  const std::int64_t late = nowNs() - m_nextNs;
+  m_latencyNs = late;
+  if (late > m_latestNs)
+    m_latestNs = late;
+  if (late >= m_periodNs) {
+    m_leftOut += static_cast<std::uint64_t>(late / m_periodNs);
+    m_nextNs += late / m_periodNs * m_periodNs;
+  }
+  return !StopSignals::requested();
+}
+
+} // namespace igh_bus

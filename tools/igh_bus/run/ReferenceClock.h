@@ -1,0 +1,57 @@
+// A run that follows the reference clock: keeps its wake-ups on the bus time and shows how the two meet.
+#ifndef IGH_BUS_REFERENCE_CLOCK_H
+#define IGH_BUS_REFERENCE_CLOCK_H
+
+#include "bus/Session.h"
+#include "host/RealTime.h"
+#include "report/Recording.h"
+
+#include <array>
+#include <cstdio>
+
+namespace igh_bus {
+
+// Takes the lines of the library's clock controller out of standard output while an object of this class
+// lives: nothing else tells the difference. All other lines pass.
+class DifferenceLines {
+public:
+  DifferenceLines();
+  ~DifferenceLines();
+  DifferenceLines(const DifferenceLines&) = delete;
+  DifferenceLines& operator=(const DifferenceLines&) = delete;
+
+  // True once for each interval of the controller, with the numbers of its line.
+  bool take(ClockPoint& point);
+
+private:
+  static ssize_t receive(void* self, const char* text, size_t size);
+  void receive(char letter);
+  void endLine();
+
+  std::FILE* m_kept;
+  std::FILE* m_stream;
+  std::array<char, 1024> m_buffer{};
+  std::array<char, 256> m_line{};
+  std::size_t m_length = 0;
+  ClockPoint m_point{};
+  bool m_fresh = false;
+};
+
+class ReferenceFollower {
+public:
+  explicit ReferenceFollower(std::uint32_t periodNs) : m_periodNs(periodNs) {}
+  // After each exchange. Prints a line whenever the library's controller has ended an interval.
+  void step(const Session& session, std::uint32_t state, Pacemaker& pacemaker, Recording& recording);
+
+private:
+  void print(const ClockPoint& point, std::uint32_t state);
+
+  DifferenceLines m_lines;
+  std::uint32_t m_periodNs;
+  std::int64_t m_offsetNs = 0;
+  ClockPoint m_printed{};
+};
+
+} // namespace igh_bus
+
+#endif

@@ -1,0 +1,116 @@
+#include "run/Results.h"
+
+#include "text/Text.h"
+
+#include <cinttypes>
+#include <cstdio>
+
+namespace igh_bus {
+namespace {
+
+void printWatched(const RunOptions& options, const Session& session) {
+  if (options.watches.empty())
+    return;
+  std::printf("\nWatched\n");
+  for (std::size_t i = 0; i < options.watches.size(); ++i)
+    std::printf("  %u:%s = %.10g\n", options.watches[i].slave, options.watches[i].entry.c_str(),
+                session.watched(i));
+}
+
+void printErrors(const ErrorCounts& errors) {
+  std::printf("\nErrors\n");
+  bool any = false;
+  for (std::size_t code = 1; code < errors.total.size(); ++code) {
+    if (errors.total[code] == 0)
+      continue;
+    any = true;
+    std::printf("  %-44s %" PRIu64 "\n", errorText(static_cast<int>(code)), errors.total[code]);
+  }
+  if (!any)
+    std::printf("  none\n");
+}
+
+} // namespace
+
+void Climb::note(std::uint64_t cycle, std::uint32_t state) {
+  if (state == m_state && m_count != 0)
+    return;
+  m_state = state;
+  m_seen |= 1U << state;
+  if (m_count < m_changes.size())
+    m_changes[m_count] = {cycle, state};
+  ++m_count;
+}
+
+std::vector<StateChange> Climb::changes() const {
+  std::vector<StateChange> list;
+  for (std::size_t i = 0; i < m_changes.size() && i < m_count; ++i)
+    list.push_back({m_changes[i].cycle, stateText(m_changes[i].state)});
+  return list;
+}
+
+void Climb::print() const {
+  std::printf("\nStates of the slaves\n");
+  const auto kept = changes();
+  for (const auto& change : kept)
+    std::printf("  cycle %8" PRIu64 "  %s\n", change.cycle, change.states.c_str());
+  if (m_count > kept.size())
+    std::printf("  and %" PRIu64 " more changes, the last to %s\n", m_count - kept.size(),
+                stateText(m_state).c_str());
+}
+
+const char* errorText(int code) {
+  switch (code) {
+  case ETHERCAT_ERROR_WORKING_COUNTER:
+    return "working counter incomplete";
+  case ETHERCAT_ERROR_LINK_DOWN:
+    return "link down";
+  case ETHERCAT_ERROR_SLAVE_STATE:
+    return "slave refused a state or stopped answering";
+  case ETHERCAT_ERROR_SLAVE_ADDED:
+    return "slaves added";
+  case ETHERCAT_ERROR_SLAVE_LOST:
+    return "slaves lost";
+  default:
+    return "no error";
+  }
+}
+
+void printProgress(const RunOptions& options, const Session& session, std::uint32_t state) {
+  std::uint64_t errors = 0;
+  for (const auto count : session.errors().total)
+    errors += count;
+  std::printf("\r\033[Kcycle %" PRIu64 " of %" PRIu64 "  %s  errors %" PRIu64, session.cycles(),
+              options.cycles, stateText(state).c_str(), errors);
+  for (std::size_t i = 0; i < options.watches.size(); ++i)
+    std::printf("  %u:%s=%.10g", options.watches[i].slave, options.watches[i].entry.c_str(),
+                session.watched(i));
+  std::fflush(stdout);
+}
+
+void printTiming(const Session& session) {
+  std::printf("Costs in us        cycle  receive    SDO  callback   send  total\n");
+  static constexpr std::pair<const char*, COMM_DIAG_INDEX> ROWS[] = {
+      {"fastest", COMM_DIAG_MIN}, {"last", COMM_DIAG_LAST}, {"slowest", COMM_DIAG_MAX}};
+  for (const auto& [name, index] : ROWS) {
+    const auto record = session.record(index);
+    std::printf("  %-8s  %12" PRIu64 "  %7d  %5d  %8d  %5d  %5d\n", name, record.time,
+                record.txPdoReceivedCostUs, record.sdoCostUs, record.userCallbackCostUs,
+                record.rxPdoSentCostUs, record.totalExchangeCostUs);
+  }
+}
+
+void printResults(const RunOptions& options, const Session& session, const Pacemaker& pacemaker,
+                  const Climb& climb) {
+  std::printf("%" PRIu64 " cycles, the callback ran in %" PRIu64 " of them\n", session.cycles(),
+              session.callbacks());
+  climb.print();
+  printWatched(options, session);
+  printErrors(session.errors());
+  std::printf("\nCycles left out for late wake-ups: %" PRIu64 " (the latest %.1f us behind its time)\n",
+              pacemaker.leftOut(), static_cast<double>(pacemaker.latestNs()) / 1e3);
+  std::printf("\n");
+  printTiming(session);
+}
+
+} // namespace igh_bus
