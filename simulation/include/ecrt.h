@@ -2,7 +2,7 @@
  *
  * The subset of the IgH EtherCAT Master's interface 1.5.2 (patched releases, version word 0x01050A) that a
  * bus application needs: same names, values and record layouts, so that a program built against this header
- * runs on the real library. Written for LP64 Linux; simulation/src/Layout.cpp holds every size and offset.
+ * runs on the real library. Written for LP64 Linux; simulation/src/interface/Layout.cpp holds every size and offset.
  *
  * Context of a call: "set-up" means after the request and before activation, from an ordinary thread;
  * "cycle" means after activation, once per period; "any" means while the master is held.

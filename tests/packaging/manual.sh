@@ -35,7 +35,7 @@ check_command() {
 check_command
 
 plain "$manual/bus-file.5" "$work/keys"
-keys=$(cat "$SOURCE"/simulation/src/*.cpp | tr '\n' ' ' | grep -oP 'expectObject\(\{[^}]*\}' | grep -oP '"\K[a-z_]+(?=")' | sort -u)
+keys=$(cat "$SOURCE"/simulation/src/busfile/*.cpp | tr '\n' ' ' | grep -oP 'expectObject\(\{[^}]*\}' | grep -oP '"\K[a-z_]+(?=")' | sort -u)
 [ "$(wc -w <<<"$keys")" -gt 20 ] || complain "found too few keys in the source: $keys"
 for key in $keys; do
   in_page "$work/keys" "$key" "bus file"

@@ -1,0 +1,176 @@
+// ecrt_master_*: life, bus, activation, cycle and time.
+#include "interface/Invoke.h"
+
+#include <cstdio>
+
+using namespace ethercat_simulation;
+
+unsigned int ecrt_version_magic(void) {
+  return ECRT_VERSION_MAGIC;
+}
+
+ec_master_t* ecrt_request_master(unsigned int master_index) {
+  bool explained = false;
+  Master* master = Registry::instance().find(master_index, &explained);
+  if (master == nullptr) {
+    if (!explained) {
+      std::fprintf(stderr, "Failed to open master %u: there is no simulated bus of this index.\n",
+                   master_index);
+    }
+    return nullptr;
+  }
+  Registry::instance().requested(*master);
+  Recorder& recorder = master->recorder();
+  recorder.count(Call::requestMaster);
+  int ordered = 0;
+  ec_master_t* handle = recorder.shallFail(Call::requestMaster, &ordered) ? nullptr : master->reserve();
+  if (recorder.tracing()) {
+    recorder.addTrace(Call::requestMaster, std::to_string(master_index),
+                      handle == nullptr ? "NULL" : "master");
+  }
+  return handle;
+}
+
+void ecrt_release_master(ec_master_t* master) {
+  const auto work = [](Master& held) {
+    held.chargeBusyRequests(Call::releaseMaster);
+    held.release();
+    return Nothing{};
+  };
+  invoke<Master>(Call::releaseMaster, master, Nothing{}, work, NoArguments());
+}
+
+int ecrt_master_get_slave(ec_master_t* master, uint16_t slave_position, ec_slave_info_t* slave_info) {
+  return invoke<Master>(
+      Call::getSlave, master, BAD_HANDLE_RESULT,
+      [&](Master& held) {
+        held.catchUp();
+        return held.topology().slaveInfo(slave_position, *slave_info);
+      },
+      [&](const Master&) { return std::to_string(slave_position); });
+}
+
+ec_slave_config_t* ecrt_master_slave_config(ec_master_t* master, uint16_t alias, uint16_t position,
+                                            uint32_t vendor_id, uint32_t product_code) {
+  return invoke<Master, ec_slave_config_t*>(
+      Call::slaveConfig, master, nullptr,
+      [&](Master& held) { return held.createConfiguration(alias, position, vendor_id, product_code); },
+      [&](const Master&) {
+        return std::to_string(alias) + ", " + std::to_string(position) + ", " + hexText(vendor_id, 8) + ", " +
+               hexText(product_code, 8);
+      });
+}
+
+ec_domain_t* ecrt_master_create_domain(ec_master_t* master) {
+  return invoke<Master, ec_domain_t*>(
+      Call::createDomain, master, nullptr, [](Master& held) { return held.createDomain(); }, NoArguments());
+}
+
+int ecrt_master_activate(ec_master_t* master) {
+  return invoke<Master>(
+      Call::activate, master, BAD_HANDLE_RESULT, [](Master& held) { return held.activate(); }, NoArguments());
+}
+
+void ecrt_master_deactivate(ec_master_t* master) {
+  const auto work = [](Master& held) {
+    held.chargeBusyRequests(Call::deactivate);
+    held.deactivate();
+    return Nothing{};
+  };
+  invoke<Master>(Call::deactivate, master, Nothing{}, work, NoArguments());
+}
+
+void ecrt_master_receive(ec_master_t* master) {
+  const auto work = [](Master& held) {
+    held.receive();
+    return Nothing{};
+  };
+  invoke<Master>(Call::receive, master, Nothing{}, work, NoArguments());
+}
+
+size_t ecrt_master_send(ec_master_t* master) {
+  const auto work = [](Master& held) {
+    held.send();
+    return std::size_t{0};
+  };
+  return invoke<Master>(Call::send, master, std::size_t{0}, work, NoArguments());
+}
+
+void ecrt_master_state(const ec_master_t* master, ec_master_state_t* state) {
+  const auto work = [&](Master& held) {
+    held.topology().state(*state);
+    return Nothing{};
+  };
+  invoke<Master>(Call::masterState, master, Nothing{}, work, NoArguments());
+}
+
+int ecrt_master_link_state(const ec_master_t* master, unsigned int dev_idx, ec_master_link_state_t* state) {
+  const auto work = [&](Master& held) {
+    if (dev_idx != 0) { // one device, no backup
+      return -EINVAL;
+    }
+    ec_master_state_t whole{};
+    held.topology().state(whole);
+    state->slaves_responding = whole.slaves_responding;
+    state->al_states = whole.al_states;
+    state->link_up = whole.link_up;
+    return 0;
+  };
+  return invoke<Master>(Call::linkState, master, BAD_HANDLE_RESULT, work,
+                        [&](const Master&) { return std::to_string(dev_idx); });
+}
+
+void ecrt_master_application_time(ec_master_t* master, uint64_t app_time) {
+  const auto work = [&](Master& held) {
+    held.clock().setApplicationTime(app_time);
+    return Nothing{};
+  };
+  invoke<Master>(Call::applicationTime, master, Nothing{}, work,
+                 [&](const Master&) { return std::to_string(app_time); });
+}
+
+void ecrt_master_sync_reference_clock(ec_master_t* master) {
+  const auto work = [](Master& held) {
+    if (held.hasReferenceClock()) {
+      held.clock().queueReferenceSync();
+    }
+    return Nothing{};
+  };
+  invoke<Master>(Call::syncReferenceClock, master, Nothing{}, work, NoArguments());
+}
+
+void ecrt_master_sync_slave_clocks(ec_master_t* master) {
+  const auto work = [](Master& held) {
+    if (held.hasReferenceClock()) {
+      held.clock().queueRead();
+    }
+    return Nothing{};
+  };
+  invoke<Master>(Call::syncSlaveClocks, master, Nothing{}, work, NoArguments());
+}
+
+int ecrt_master_reference_clock_time(ec_master_t* master, uint32_t* time) {
+  const auto work = [&](Master& held) {
+    return held.hasReferenceClock() ? held.clock().referenceTime(*time) : -ENXIO;
+  };
+  return invoke<Master>(Call::referenceClockTime, master, BAD_HANDLE_RESULT, work, NoArguments());
+}
+
+int ecrt_master_select_reference_clock(ec_master_t* master, ec_slave_config_t* sc) {
+  const auto work = [&](Master& held) {
+    if (sc == nullptr) {
+      return 0;
+    }
+    const auto* configuration = resolve<SlaveConfiguration>(Call::selectReferenceClock, sc);
+    if (configuration == nullptr) {
+      return BAD_HANDLE_RESULT;
+    }
+    if (&configuration->master() != &held) {
+      held.recorder().addForeignHandle(Call::selectReferenceClock);
+      return BAD_HANDLE_RESULT;
+    }
+    return 0; // an unsuitable slave is passed over in silence; all clocks here show the same time
+  };
+  return invoke<Master>(Call::selectReferenceClock, master, BAD_HANDLE_RESULT, work,
+                        [&](const Master&) { return placeText(sc); });
+}

@@ -1,0 +1,37 @@
+#include "interface/Handles.h"
+
+namespace ethercat_simulation {
+
+Handles& Handles::instance() {
+  // Never destroyed: an application may release its master while the program is ending.
+  static Handles& handles = *new Handles;
+  return handles;
+}
+
+void* Handles::append(const Handle& handle) {
+  const std::lock_guard<std::mutex> lock(m_growth);
+  const std::size_t number = m_count.load(std::memory_order_relaxed);
+  std::unique_ptr<Handle[]>& block = m_blocks.at(blockOf(number));
+  if (block == nullptr) {
+    block = std::make_unique<Handle[]>(startOf(blockOf(number) + 1) - startOf(blockOf(number)));
+  }
+  record(number) = handle;
+  m_count.store(number + 1, std::memory_order_release);
+  return reinterpret_cast<void*>(BASE + (m_forgotten + number) * STRIDE); // NOLINT(performance-no-int-to-ptr)
+}
+
+void Handles::kill(void* address) {
+  const Handle* handle = find(address);
+  if (handle != nullptr) {
+    const_cast<Handle*>(handle)->object = nullptr;
+  }
+}
+
+void Handles::forgetAll() {
+  m_forgotten += m_count.exchange(0);
+  for (auto& block : m_blocks) {
+    block.reset();
+  }
+}
+
+} // namespace ethercat_simulation

@@ -1,0 +1,101 @@
+#include "interface/Registry.h"
+
+#include "busfile/BusFile.h"
+#include "interface/DeviceFile.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace ethercat_simulation {
+
+Registry& Registry::instance() {
+  static Registry& registry = *new Registry; // outlives every user, see Handles
+  return registry;
+}
+
+Master& Registry::make(unsigned int index) {
+  std::unique_ptr<Master>& master = m_masters[index];
+  if (master == nullptr) {
+    master = std::make_unique<Master>(index);
+  }
+  return *master;
+}
+
+Master* Registry::known(unsigned int index) {
+  const auto found = m_masters.find(index);
+  return found != m_masters.end() ? found->second.get() : nullptr;
+}
+
+Master* Registry::find(unsigned int index, bool* explained) {
+  Master* master = known(index);
+  if (master == nullptr && !m_environmentRead) {
+    m_environmentRead = true;
+    const bool printed = loadEnvironment();
+    if (explained != nullptr) {
+      *explained = printed;
+    }
+    master = known(index);
+  }
+  return master;
+}
+
+bool Registry::loadEnvironment() {
+  const char* path = std::getenv("ETHERCAT_SIMULATION_BUS");
+  if (path == nullptr || *path == '\0') {
+    return false;
+  }
+  std::vector<BusPlan> plans;
+  const std::string problem = readBusFile(path, plans);
+  if (!problem.empty()) {
+    std::fprintf(stderr, "%s\n", problem.c_str());
+    return true;
+  }
+  for (const BusPlan& plan : plans) {
+    if (known(plan.index) == nullptr) {
+      plan.build(make(plan.index));
+    }
+  }
+  return false;
+}
+
+void Registry::reset() {
+  orphanDeviceFiles();
+  Handles::instance().forgetAll();
+  m_lastRequested = nullptr;
+  m_environmentRead = false;
+  m_masters.clear();
+}
+
+Master* Registry::culprit() {
+  if (m_lastRequested == nullptr && !m_masters.empty()) {
+    return m_masters.begin()->second.get();
+  }
+  return m_lastRequested;
+}
+
+Bus& bus(unsigned int masterIndex) {
+  return Registry::instance().make(masterIndex);
+}
+
+void reset() {
+  Registry::instance().reset();
+}
+
+std::string loadBusFile(const std::string& path) {
+  std::vector<BusPlan> plans;
+  std::string problem = readBusFile(path, plans);
+  for (const BusPlan& plan : plans) {
+    const Master* master = Registry::instance().known(plan.index);
+    if (problem.empty() && master != nullptr && (master->reserved() || master->slaveCount() > 0)) {
+      problem = path + ": " + plan.place + ": master " + std::to_string(plan.index) + " has a bus already";
+    }
+  }
+  if (problem.empty()) {
+    for (const BusPlan& plan : plans) {
+      plan.build(Registry::instance().make(plan.index));
+    }
+  }
+  return problem;
+}
+
+} // namespace ethercat_simulation

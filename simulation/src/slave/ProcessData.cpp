@@ -1,0 +1,151 @@
+// The slave's side of the process data: the bytes behind its sync managers and the models that fill them.
+#include "slave/SlaveConfiguration.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace ethercat_simulation {
+
+namespace {
+
+void writeBits(std::vector<std::uint8_t>& bytes, std::size_t bit, std::size_t length, std::uint64_t value) {
+  for (std::size_t done = 0; done < length;) {
+    const std::size_t inByte = (bit + done) % 8;
+    const std::size_t part = std::min(std::size_t{8} - inByte, length - done);
+    const auto mask = static_cast<std::uint8_t>(((1U << part) - 1U) << inByte);
+    const std::uint64_t shifted = done < 64 ? value >> done : 0;
+    std::uint8_t& byte = bytes[(bit + done) / 8];
+    byte = static_cast<std::uint8_t>((byte & ~mask) | (static_cast<std::uint8_t>(shifted << inByte) & mask));
+    done += part;
+  }
+}
+
+std::uint64_t readBits(const std::vector<std::uint8_t>& bytes, std::size_t bit, std::size_t length) {
+  std::uint64_t value = 0;
+  for (std::size_t done = 0; done < std::min(length, std::size_t{64}); ++done) {
+    const std::size_t place = bit + done;
+    value |= static_cast<std::uint64_t>(bytes[place / 8] >> place % 8 & 1U) << done;
+  }
+  return value;
+}
+
+} // namespace
+
+void SlaveConfiguration::allocateProcessData() {
+  // A block keeps the size of its first registration, even when the PDOs have been configured anew since.
+  std::array<std::size_t, SYNC_MANAGER_COUNT> outputSize{};
+  std::array<std::size_t, SYNC_MANAGER_COUNT> inputSize{};
+  for (unsigned int manager = 0; manager < SYNC_MANAGER_COUNT; ++manager) {
+    const SyncManagerPlan& plan = m_plans[manager];
+    (plan.direction == EC_DIR_INPUT ? inputSize : outputSize)[manager] = plan.size();
+  }
+  for (const Fmmu& fmmu : m_fmmus) {
+    std::size_t& size = (fmmu.direction == EC_DIR_INPUT ? inputSize : outputSize)[fmmu.syncManager];
+    size = std::max(size, fmmu.size);
+  }
+  std::size_t outputs = 0;
+  std::size_t inputs = 0;
+  m_outputEntries.clear();
+  m_inputEntries.clear();
+  for (unsigned int manager = 0; manager < SYNC_MANAGER_COUNT; ++manager) {
+    m_outputStart[manager] = outputs;
+    m_inputStart[manager] = inputs;
+    outputs += outputSize[manager];
+    inputs += inputSize[manager];
+    if (m_plans[manager].direction == EC_DIR_INPUT) {
+      placeEntries(manager, m_inputStart[manager], m_inputEntries);
+    } else {
+      placeEntries(manager, m_outputStart[manager], m_outputEntries);
+    }
+  }
+  m_outputs.assign(outputs, 0);
+  m_inputs.assign(inputs, 0);
+}
+
+void SlaveConfiguration::placeEntries(unsigned int manager, std::size_t start,
+                                      std::vector<EntryPlace>& entries) const {
+  std::size_t bit = start * 8;
+  for (const Pdo& pdo : m_plans[manager].pdos) {
+    for (const Entry& entry : pdo.entries) {
+      if (entry.index != 0) {
+        entries.push_back({bit, entry, nullptr});
+      }
+      bit += entry.bitLength;
+    }
+  }
+}
+
+void SlaveConfiguration::findObjects(SlaveUnit& unit) {
+  for (std::vector<EntryPlace>* entries : {&m_outputEntries, &m_inputEntries}) {
+    for (EntryPlace& place : *entries) {
+      place.object = unit.dictionary().bytes(place.entry.index, place.entry.subindex);
+    }
+  }
+}
+
+void SlaveConfiguration::bindProcessData(SlaveUnit* unit) {
+  if (m_answering != unit) {
+    std::fill(m_outputs.begin(), m_outputs.end(), std::uint8_t{0});
+    std::fill(m_inputs.begin(), m_inputs.end(), std::uint8_t{0});
+    m_frames = 0;
+  }
+  m_answering = unit;
+  m_freshOutputs = false;
+  if (unit->hasDrive()) {
+    findObjects(*unit);
+  }
+}
+
+void SlaveConfiguration::produceInputs(std::uint64_t frame) {
+  if (m_lastFrame == frame) {
+    return;
+  }
+  m_lastFrame = frame;
+  ++m_frames;
+  const std::vector<std::uint8_t>& pinned = m_answering->pinnedInputs();
+  if (m_inputs.empty()) {
+    return;
+  }
+  if (!pinned.empty()) {
+    std::memcpy(m_inputs.data(), pinned.data(), std::min(pinned.size(), m_inputs.size()));
+  } else if (m_answering->identity().model == SlaveModel::counter) {
+    for (const EntryPlace& entry : m_inputEntries) {
+      writeBits(m_inputs, entry.bit, entry.entry.bitLength, m_frames);
+    }
+  } else if (m_answering->hasDrive()) {
+    produceObjects();
+  } else if (!m_outputs.empty()) {
+    std::memcpy(m_inputs.data(), m_outputs.data(), std::min(m_inputs.size(), m_outputs.size()));
+  }
+}
+
+void SlaveConfiguration::produceObjects() {
+  for (const EntryPlace& place : m_inputEntries) {
+    std::uint64_t value = 0;
+    if (place.object != nullptr) {
+      std::memcpy(&value, place.object->data(), std::min(sizeof value, place.object->size()));
+    }
+    writeBits(m_inputs, place.bit, place.entry.bitLength, value);
+  }
+}
+
+bool SlaveConfiguration::takeObjects(const SlaveUnit& unit) {
+  if (m_answering != &unit || !m_freshOutputs) {
+    return false;
+  }
+  m_freshOutputs = false;
+  for (const EntryPlace& place : m_outputEntries) {
+    if (place.object != nullptr) {
+      const std::uint64_t value = readBits(m_outputs, place.bit, place.entry.bitLength);
+      std::memcpy(place.object->data(), &value, std::min(sizeof value, place.object->size()));
+    }
+  }
+  return true;
+}
+
+std::uint8_t* SlaveConfiguration::processData(const Fmmu& fmmu) {
+  return fmmu.direction == EC_DIR_INPUT ? m_inputs.data() + m_inputStart[fmmu.syncManager]
+                                        : m_outputs.data() + m_outputStart[fmmu.syncManager];
+}
+
+} // namespace ethercat_simulation
