@@ -3,13 +3,15 @@
 
 #include "ENIObject/ENIObject.h"
 #include "EthercatObject/CEthercatSlave.h"
-#include "EthercatObject/CommDiag.h"
-#include "EthercatObject/DcController.h"
+#include "EthercatObject/Clock/DcController.h"
 #include "EthercatObject/HandleTable.h"
-#include "EthercatObject/IssuedSdos.h"
-#include "EthercatObject/PdoBuffers.h"
-#include "EthercatObject/SdoCursor.h"
-#include "EthercatObject/SdoInfo.h"
+#include "EthercatObject/KeyOrder.h"
+#include "EthercatObject/ProcessImage/PdoBuffers.h"
+#include "EthercatObject/Registers/EscRegisters.h"
+#include "EthercatObject/Sdo/IssuedSdos.h"
+#include "EthercatObject/Sdo/SdoCursor.h"
+#include "EthercatObject/Sdo/SdoInfo.h"
+#include "EthercatObject/Timing/CommDiag.h"
 
 #include <atomic>
 #include <ecrt.h>
@@ -96,8 +98,12 @@ public:
   // The cycle (MasterExchange.cpp)
   void exchange(EXCHANGE_CALLBACK callback, void* userData);
   void processSlaveError(unsigned int slave, int errorCode);
-  bool getCommDiagInfo(unsigned int index, _ETHERCAT_COMM_DIAG_INFO* out) const;
-  void outputCommDiagInfo(const char* title, const _ETHERCAT_COMM_DIAG_INFO* info) const;
+  bool getCommDiagInfo(unsigned int index, _ETHERCAT_COMM_DIAG_INFO* out) const {
+    return m_commDiag.get(index, out);
+  }
+  void outputCommDiagInfo(const char* title, const _ETHERCAT_COMM_DIAG_INFO* info) const {
+    CCommDiag::print(title, info);
+  }
 
   // Process-data handles (MasterProcessData.cpp)
   bool createPdoInfo(unsigned int slave, const char* name, bool read, unsigned int* id);
@@ -127,11 +133,17 @@ public:
   bool rawSdoSend(unsigned int id, const void* data, unsigned int size, bool* done);
   bool processSdoImmediately(unsigned int id);
 
-  // ESC registers through the device file (MasterEscRegister.cpp). Blocking; not for the cycle.
-  bool readEscReg(unsigned short slave, unsigned short address, unsigned char* data, unsigned long size);
-  bool writeEscReg(unsigned short slave, unsigned short address, unsigned char* data, unsigned long size);
-  bool requestEscState(unsigned short slave, unsigned char state);
-  bool clearEscErrorRegs(unsigned short slave);
+  // ESC registers through the device file. Blocking; not for the cycle.
+  bool readEscReg(unsigned short slave, unsigned short address, unsigned char* data, unsigned long size) {
+    return CEscRegisters(m_iDeviceFd).read(slave, address, data, size);
+  }
+  bool writeEscReg(unsigned short slave, unsigned short address, unsigned char* data, unsigned long size) {
+    return CEscRegisters(m_iDeviceFd).write(slave, address, data, size);
+  }
+  bool requestEscState(unsigned short slave, unsigned char state) {
+    return CEscRegisters(m_iDeviceFd).requestState(slave, state);
+  }
+  bool clearEscErrorRegs(unsigned short slave) { return CEscRegisters(m_iDeviceFd).clearErrors(slave); }
   void clearAllEscErrorRegs();
 
 private:
@@ -259,30 +271,5 @@ private:
   unsigned int m_uiSlaveCount = 0;
   bool m_bScanBusy = false;
 };
-
-inline bool operator==(const CEthercatMaster::_PDO_ENTRY_INFO_KEY& a,
-                       const CEthercatMaster::_PDO_ENTRY_INFO_KEY& b) {
-  return CEthercatMaster::_PDO_ENTRY_INFO_KEY::compare(a, b) == 0;
-}
-inline bool operator!=(const CEthercatMaster::_PDO_ENTRY_INFO_KEY& a,
-                       const CEthercatMaster::_PDO_ENTRY_INFO_KEY& b) {
-  return CEthercatMaster::_PDO_ENTRY_INFO_KEY::compare(a, b) != 0;
-}
-inline bool operator<(const CEthercatMaster::_PDO_ENTRY_INFO_KEY& a,
-                      const CEthercatMaster::_PDO_ENTRY_INFO_KEY& b) {
-  return CEthercatMaster::_PDO_ENTRY_INFO_KEY::compare(a, b) < 0;
-}
-inline bool operator>(const CEthercatMaster::_PDO_ENTRY_INFO_KEY& a,
-                      const CEthercatMaster::_PDO_ENTRY_INFO_KEY& b) {
-  return CEthercatMaster::_PDO_ENTRY_INFO_KEY::compare(a, b) > 0;
-}
-inline bool operator<=(const CEthercatMaster::_PDO_ENTRY_INFO_KEY& a,
-                       const CEthercatMaster::_PDO_ENTRY_INFO_KEY& b) {
-  return CEthercatMaster::_PDO_ENTRY_INFO_KEY::compare(a, b) <= 0;
-}
-inline bool operator>=(const CEthercatMaster::_PDO_ENTRY_INFO_KEY& a,
-                       const CEthercatMaster::_PDO_ENTRY_INFO_KEY& b) {
-  return CEthercatMaster::_PDO_ENTRY_INFO_KEY::compare(a, b) >= 0;
-}
 
 #endif

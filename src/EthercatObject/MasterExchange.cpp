@@ -197,20 +197,3 @@ void CEthercatMaster::processSlaveError(unsigned int slave, int errorCode) {
     m_pfnErrorCallback(m_uiDeviceId, slave, errorCode, m_pErrorCallbackUser);
   }
 }
-
-bool CEthercatMaster::getCommDiagInfo(unsigned int index, _ETHERCAT_COMM_DIAG_INFO* out) const {
-  return m_commDiag.get(index, out);
-}
-
-void CEthercatMaster::outputCommDiagInfo(const char* title, const _ETHERCAT_COMM_DIAG_INFO* info) const {
-  if (info == nullptr) {
-    return;
-  }
-  std::printf("\n%s:\n", title == nullptr ? "Communication detail" : title);
-  std::printf("    Time = %llu\n", static_cast<unsigned long long>(info->time));
-  std::printf("    TxPDO received cost(us) = %d\n", info->txPdoReceivedCostUs);
-  std::printf("    SDO cost(us) = %d\n", info->sdoCostUs);
-  std::printf("    RxPDO sent cost(us) = %d\n", info->rxPdoSentCostUs);
-  std::printf("    User callback cost(us) = %d\n", info->userCallbackCostUs);
-  std::printf("    Total exchange cost(us) = %d\n", info->totalExchangeCostUs);
-}

@@ -128,3 +128,12 @@ bool CEthercatMaster::getSlaveSlotIndexIncrement(unsigned int slave, unsigned in
 bool CEthercatMaster::getSlaveSlotPdoIncrement(unsigned int slave, unsigned int* increment) const {
   return writeSlotValue(slave, &CSlaveENIObject::getSlotPdoIncrement, increment);
 }
+
+void CEthercatMaster::clearAllEscErrorRegs() {
+  for (const auto& slave : m_vecSlaves) {
+    if (m_iDeviceFd == -1) {
+      return;
+    }
+    clearEscErrorRegs(static_cast<unsigned short>(slave->getSlaveIndex()));
+  }
+}

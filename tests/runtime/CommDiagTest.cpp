@@ -1,4 +1,4 @@
-#include "EthercatObject/CommDiag.h"
+#include "EthercatObject/Timing/CommDiag.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "EthercatObject/DcController.h"
+#include "EthercatObject/Clock/DcController.h"
 
 #include <climits>
 #include <cstdint>

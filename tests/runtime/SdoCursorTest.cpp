@@ -1,5 +1,5 @@
 // The walk of the SDO service over its table, with what another thread may arm in the middle of it.
-#include "EthercatObject/SdoCursor.h"
+#include "EthercatObject/Sdo/SdoCursor.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "EthercatObject/PdoBuffers.h"
+#include "EthercatObject/ProcessImage/PdoBuffers.h"
 
 #include <algorithm>
 #include <functional>

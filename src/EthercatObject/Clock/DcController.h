@@ -1,5 +1,5 @@
-#ifndef ETHERCATOBJECT_DCCONTROLLER_H
-#define ETHERCATOBJECT_DCCONTROLLER_H
+#ifndef ETHERCATOBJECT_CLOCK_DCCONTROLLER_H
+#define ETHERCATOBJECT_CLOCK_DCCONTROLLER_H
 
 // Makes the master's time follow the reference clock: differences in, one per cycle; out comes an offset that
 // is subtracted from the real time. It integrates slowly on purpose: one nanosecond per cycle towards the

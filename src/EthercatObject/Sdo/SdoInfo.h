@@ -1,7 +1,8 @@
-#ifndef ETHERCATOBJECT_SDOINFO_H
-#define ETHERCATOBJECT_SDOINFO_H
+#ifndef ETHERCATOBJECT_SDO_SDOINFO_H
+#define ETHERCATOBJECT_SDO_SDOINFO_H
 
 #include "EthercatObject/HandleTable.h"
+#include "EthercatObject/KeyOrder.h"
 
 #include <atomic>
 #include <ecrt.h>
@@ -18,25 +19,6 @@ struct _SDO_INFO_KEY {
   // -1, 0 or 1: by slave, index, subindex; complete access stands before the single access of the same place.
   static int compare(const _SDO_INFO_KEY& a, const _SDO_INFO_KEY& b);
 };
-
-inline bool operator==(const _SDO_INFO_KEY& a, const _SDO_INFO_KEY& b) {
-  return _SDO_INFO_KEY::compare(a, b) == 0;
-}
-inline bool operator!=(const _SDO_INFO_KEY& a, const _SDO_INFO_KEY& b) {
-  return _SDO_INFO_KEY::compare(a, b) != 0;
-}
-inline bool operator<(const _SDO_INFO_KEY& a, const _SDO_INFO_KEY& b) {
-  return _SDO_INFO_KEY::compare(a, b) < 0;
-}
-inline bool operator>(const _SDO_INFO_KEY& a, const _SDO_INFO_KEY& b) {
-  return _SDO_INFO_KEY::compare(a, b) > 0;
-}
-inline bool operator<=(const _SDO_INFO_KEY& a, const _SDO_INFO_KEY& b) {
-  return _SDO_INFO_KEY::compare(a, b) <= 0;
-}
-inline bool operator>=(const _SDO_INFO_KEY& a, const _SDO_INFO_KEY& b) {
-  return _SDO_INFO_KEY::compare(a, b) >= 0;
-}
 
 // A transfer is handed over by setting it and taken back by clearing it, perhaps between two threads: what
 // was written before is seen behind.

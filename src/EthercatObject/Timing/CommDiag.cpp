@@ -1,4 +1,6 @@
-#include "EthercatObject/CommDiag.h"
+#include "EthercatObject/Timing/CommDiag.h"
+
+#include <cstdio>
 
 namespace {
 
@@ -49,4 +51,17 @@ bool CCommDiag::get(unsigned int index, _ETHERCAT_COMM_DIAG_INFO* out) const {
   }
   *out = m_records[index];
   return true;
+}
+
+void CCommDiag::print(const char* title, const _ETHERCAT_COMM_DIAG_INFO* info) {
+  if (info == nullptr) {
+    return;
+  }
+  std::printf("\n%s:\n", title == nullptr ? "Communication detail" : title);
+  std::printf("    Time = %llu\n", static_cast<unsigned long long>(info->time));
+  std::printf("    TxPDO received cost(us) = %d\n", info->txPdoReceivedCostUs);
+  std::printf("    SDO cost(us) = %d\n", info->sdoCostUs);
+  std::printf("    RxPDO sent cost(us) = %d\n", info->rxPdoSentCostUs);
+  std::printf("    User callback cost(us) = %d\n", info->userCallbackCostUs);
+  std::printf("    Total exchange cost(us) = %d\n", info->totalExchangeCostUs);
 }

@@ -1,5 +1,5 @@
-// ESC registers and state requests of single slaves, through the master's device file.
-#include "EthercatObject/CEthercatMaster.h"
+#include "EthercatObject/Registers/EscRegisters.h"
+
 #include "EthercatObject/PlatformRelease.h"
 
 #include <cerrno>
@@ -25,9 +25,10 @@ constexpr unsigned long REGISTER_WRITE = _IOW(DEVICE, 0x13, _REGISTER_REQUEST);
 constexpr unsigned long STATE_REQUEST = _IOW(DEVICE, 0x0B, _STATE_REQUEST);
 static_assert(REGISTER_READ == 0xC018A412 && REGISTER_WRITE == 0x4018A413 && STATE_REQUEST == 0x4004A40B);
 
-// The buffer is zeroed first, for writes too: registers only ever receive zeros.
-bool accessRegisters(int device, unsigned long code, unsigned short slave, unsigned short address,
-                     unsigned char* data, unsigned long size) {
+} // namespace
+
+bool CEscRegisters::access(unsigned long code, unsigned short slave, unsigned short address,
+                           unsigned char* data, unsigned long size) const {
   _REGISTER_REQUEST request{};
   request.slavePosition = slave;
   request.address = address;
@@ -36,17 +37,15 @@ bool accessRegisters(int device, unsigned long code, unsigned short slave, unsig
   if (size > 0) {
     std::memset(data, 0, size);
   }
-  return ioctl(device, code, &request) >= 0;
+  return ioctl(m_iDevice, code, &request) >= 0;
 }
 
-} // namespace
-
-bool CEthercatMaster::readEscReg(unsigned short slave, unsigned short address, unsigned char* data,
-                                 unsigned long size) {
-  if (m_iDeviceFd == -1 || (data == nullptr && size > 0)) {
+bool CEscRegisters::read(unsigned short slave, unsigned short address, unsigned char* data,
+                         unsigned long size) const {
+  if (m_iDevice == -1 || (data == nullptr && size > 0)) {
     return false;
   }
-  if (!accessRegisters(m_iDeviceFd, REGISTER_READ, slave, address, data, size)) {
+  if (!access(REGISTER_READ, slave, address, data, size)) {
     std::fprintf(stderr, "EscRegRead failed while slave = %i, address = %x, size = %zu, errno = %s\n", slave,
                  static_cast<unsigned int>(address), static_cast<size_t>(size), std::strerror(errno));
     return false;
@@ -54,12 +53,12 @@ bool CEthercatMaster::readEscReg(unsigned short slave, unsigned short address, u
   return true;
 }
 
-bool CEthercatMaster::writeEscReg(unsigned short slave, unsigned short address, unsigned char* data,
-                                  unsigned long size) {
-  if (m_iDeviceFd == -1 || (data == nullptr && size > 0)) {
+bool CEscRegisters::write(unsigned short slave, unsigned short address, unsigned char* data,
+                          unsigned long size) const {
+  if (m_iDevice == -1 || (data == nullptr && size > 0)) {
     return false;
   }
-  if (!accessRegisters(m_iDeviceFd, REGISTER_WRITE, slave, address, data, size)) {
+  if (!access(REGISTER_WRITE, slave, address, data, size)) {
     std::fprintf(stderr, "writeEscReg failed while slave = %i, address = %x, size = %zu, errno = %s\n", slave,
                  static_cast<unsigned int>(address), static_cast<size_t>(size), std::strerror(errno));
     return false;
@@ -69,12 +68,12 @@ bool CEthercatMaster::writeEscReg(unsigned short slave, unsigned short address, 
   return true;
 }
 
-bool CEthercatMaster::requestEscState(unsigned short slave, unsigned char state) {
-  if (m_iDeviceFd == -1) {
+bool CEscRegisters::requestState(unsigned short slave, unsigned char state) const {
+  if (m_iDevice == -1) {
     return false;
   }
   _STATE_REQUEST request{slave, state};
-  if (ioctl(m_iDeviceFd, STATE_REQUEST, &request) != 0) {
+  if (ioctl(m_iDevice, STATE_REQUEST, &request) != 0) {
     std::fprintf(stderr, "Failed to request slave state: slave = %i, state = %d, errno = %s\n", slave, state,
                  std::strerror(errno));
     return false;
@@ -82,16 +81,7 @@ bool CEthercatMaster::requestEscState(unsigned short slave, unsigned char state)
   return true;
 }
 
-bool CEthercatMaster::clearEscErrorRegs(unsigned short slave) {
+bool CEscRegisters::clearErrors(unsigned short slave) const {
   unsigned char zeros[ERROR_COUNTER_BYTES];
-  return writeEscReg(slave, ERROR_COUNTERS, zeros, sizeof zeros);
-}
-
-void CEthercatMaster::clearAllEscErrorRegs() {
-  for (const auto& slave : m_vecSlaves) {
-    if (m_iDeviceFd == -1) {
-      return;
-    }
-    clearEscErrorRegs(static_cast<unsigned short>(slave->getSlaveIndex()));
-  }
+  return write(slave, ERROR_COUNTERS, zeros, sizeof zeros);
 }

@@ -1,4 +1,4 @@
-#include "EthercatObject/SdoInfo.h"
+#include "EthercatObject/Sdo/SdoInfo.h"
 
 #include "EthercatDataHelper/EthercatDataHelper.h"
 

@@ -1,5 +1,5 @@
-#ifndef ETHERCATOBJECT_COMMDIAG_H
-#define ETHERCATOBJECT_COMMDIAG_H
+#ifndef ETHERCATOBJECT_TIMING_COMMDIAG_H
+#define ETHERCATOBJECT_TIMING_COMMDIAG_H
 
 #include <igh_master.h>
 
@@ -29,6 +29,7 @@ public:
   // The first cycle (0) sets all three records; later at most one extreme is replaced per cycle.
   void record(unsigned long long cycle, const _CYCLE_STAMPS& stamps);
   bool get(unsigned int index, _ETHERCAT_COMM_DIAG_INFO* out) const;
+  static void print(const char* title, const _ETHERCAT_COMM_DIAG_INFO* info); // null prints nothing
 
 private:
   _ETHERCAT_COMM_DIAG_INFO m_records[3] = {};
