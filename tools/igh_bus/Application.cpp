@@ -1,6 +1,6 @@
 #include "Application.h"
 
-#include "arguments/CommandLine.h"
+#include "commands/commands.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -1,5 +1,6 @@
 #include "arguments/Arguments.h"
 
+#include "text/Failure.h"
 #include "text/Text.h"
 
 #include <charconv>

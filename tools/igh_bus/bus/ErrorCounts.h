@@ -33,6 +33,9 @@ struct ErrorCounts {
   }
 };
 
+// An error code in words.
+const char* errorText(int code);
+
 } // namespace igh_bus
 
 #endif

@@ -1,6 +1,6 @@
 #include "bus/Registers.h"
 
-#include "bus/Options.h"
+#include "text/Failure.h"
 #include "text/Redirection.h"
 #include "text/Text.h"
 

@@ -1,5 +1,5 @@
 // igh_bus describe: what the loader makes of each description file.
-#include "arguments/CommandLine.h"
+#include "commands/commands.h"
 #include "descriptions/Complaints.h"
 #include "descriptions/Descriptions.h"
 #include "text/Text.h"

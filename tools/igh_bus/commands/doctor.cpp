@@ -1,6 +1,6 @@
 // igh_bus doctor: one line per check.
 #include "host/Doctor.h"
-#include "arguments/CommandLine.h"
+#include "commands/commands.h"
 
 #include <cstdio>
 #include <memory>

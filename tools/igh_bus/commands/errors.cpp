@@ -1,7 +1,8 @@
 // igh_bus errors: the error counters of every slave and port.
-#include "arguments/CommandLine.h"
-#include "bus/Bus.h"
+#include "bus/BusChoice.h"
 #include "bus/Registers.h"
+#include "bus/Survey.h"
+#include "commands/commands.h"
 #include "descriptions/Descriptions.h"
 #include "text/Text.h"
 

@@ -1,8 +1,9 @@
 // igh_bus reg: reads registers of one slave controller, or clears them.
 #include "arguments/Arguments.h"
-#include "arguments/CommandLine.h"
-#include "bus/Bus.h"
+#include "bus/BusChoice.h"
 #include "bus/Registers.h"
+#include "bus/Survey.h"
+#include "commands/commands.h"
 #include "descriptions/Descriptions.h"
 #include "text/Text.h"
 

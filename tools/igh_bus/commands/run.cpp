@@ -1,19 +1,55 @@
-// igh_bus run and diag: the whole order, from description files to process data moving on the bus.
-#include "bus/Bus.h"
-#include "bus/Session.h"
+// igh_bus run: the whole order, from description files to process data moving on the bus.
+#include "arguments/Arguments.h"
+#include "arguments/CycleArguments.h"
+#include "bus/BusChoice.h"
+#include "bus/Survey.h"
+#include "commands/commands.h"
 #include "descriptions/Descriptions.h"
-#include "host/RealTime.h"
 #include "report/Report.h"
-#include "run/ReferenceClock.h"
+#include "run/BusRun.h"
 #include "run/Results.h"
 #include "text/Text.h"
 
 #include <cstdio>
-#include <memory>
-#include <unistd.h>
 
 namespace igh_bus {
 namespace {
+
+struct RunArguments : CycleArguments {
+  std::vector<std::string> settings;
+  std::vector<std::string> watches;
+};
+
+void addRunOptions(CLI::App& command, RunArguments& arguments) {
+  auto* noClocks = addCycleOptions(command, arguments);
+  auto& options = arguments.options;
+  command
+      .add_flag("--sync-to-reference", options.followReference,
+                "Follow the reference clock instead of leading it, and show how the difference shrinks")
+      ->excludes(noClocks);
+  command
+      .add_option("--report", options.reportFolder,
+                  "Write report.html (pictures of the timing, the clock and the errors) and report.json")
+      ->type_name("DIR");
+  command
+      .add_option("--set", arguments.settings,
+                  "Write VALUE to an output entry; SLAVE counts from 0 in scan order")
+      ->allow_extra_args(false)
+      ->type_name("SLAVE:ENTRY=VALUE");
+  command
+      .add_option("--watch", arguments.watches, "Show an entry at the end, on a terminal also every second")
+      ->allow_extra_args(false)
+      ->type_name("SLAVE:ENTRY");
+  command.add_flag("--listing", options.listing, "Print the configuration listing of the scan");
+}
+
+void complete(RunArguments& arguments) {
+  completeCycle(arguments);
+  for (const auto& text : arguments.settings)
+    arguments.options.settings.push_back(parseSetting(text));
+  for (const auto& text : arguments.watches)
+    arguments.options.watches.push_back(parseWatch(text));
+}
 
 // The library would take an input's name for an output, or an entry that it cannot convert, in silence.
 const Entry& checkedEntry(const EntryAddress& address, bool write, const std::vector<FoundSlave>& slaves) {
@@ -68,102 +104,54 @@ void printPlan(const RunOptions& options, const std::vector<FoundSlave>& slaves)
   std::fflush(stdout);
 }
 
-void loop(const RunOptions& options, Session& session, Pacemaker& pacemaker, Climb& climb,
-          Recording& recording) {
-  const bool terminal = isatty(STDOUT_FILENO) != 0 && !options.followReference;
-  std::optional<ReferenceFollower> follower;
-  if (options.followReference)
-    follower.emplace(options.periodNs);
-  const std::uint64_t cyclesPerSecond = (1000000000 + options.periodNs - 1) / options.periodNs;
-  while (session.cycles() < options.cycles && pacemaker.wait()) {
-    const auto cycle = session.cycles();
-    climb.note(cycle, session.exchange());
-    recording.note(pacemaker.latencyNs(), session.record(COMM_DIAG_LAST));
-    recording.noteErrors(cycle, session.errors().total);
-    if (follower)
-      follower->step(session, climb.state(), pacemaker, recording);
-    if (terminal && session.cycles() % cyclesPerSecond == 0)
-      printProgress(options, session, climb.state());
-  }
-  if (terminal)
-    std::printf("\r\033[K");
+void report(const RunOptions& options, std::size_t slaves, const std::string& verdict, const BusRun& busRun) {
+  const ReportFacts facts{busText(options, slaves),
+                          modeText(options),
+                          clocksText(options),
+                          verdict.empty() ? "success" : verdict,
+                          options.periodNs / 1e3,
+                          busRun.session().cycles(),
+                          busRun.pacemaker().leftOut(),
+                          busRun.climb().changes(),
+                          inspectHost()};
+  writeReport(options.reportFolder, reportData(facts, busRun.recording()));
 }
 
-bool hasProcessData(const std::vector<FoundSlave>& slaves) {
-  for (const auto& slave : slaves) {
-    if (slave.device && slave.device->entryCount() != 0)
-      return true;
-  }
-  return false;
-}
-
-// Nothing when the run was a success, else why it was not.
-std::string judge(const Session& session, const Climb& climb, bool processData) {
-  constexpr std::uint32_t OP = 8;
-  constexpr std::uint64_t LASTING = 3; // single late frames happen on healthy buses
-  if (!climb.seen(OP))
-    return "the bus never reached OP; it ended in " + stateText(climb.state());
-  if (climb.state() != OP)
-    return "the bus left OP; it ended in " + stateText(climb.state());
-  for (const int code :
-       {ETHERCAT_ERROR_WORKING_COUNTER, ETHERCAT_ERROR_LINK_DOWN, ETHERCAT_ERROR_SLAVE_STATE}) {
-    if (code == ETHERCAT_ERROR_WORKING_COUNTER && !processData)
-      continue; // raised in every cycle of a bus without process data
-    if (session.errors().lasting(code, LASTING))
-      return std::string("at the end of the run: ") + errorText(code);
-  }
-  return {};
-}
-
-} // namespace
-
-Status run(const RunOptions& options) {
+Status run(RunArguments& arguments) {
+  complete(arguments);
+  const auto& options = arguments.options;
   const StopSignals signals;
   const auto devices = loadDevices(options.descriptions);
   const BusChoice bus(options, devices);
   const auto slaves = surveyBus(options, devices);
   checkSize(slaves);
   checkEntries(options, slaves);
-  if (!options.timingOnly)
-    printPlan(options, slaves);
+  printPlan(options, slaves);
   if (!options.reportFolder.empty())
     prepareReportFolder(options.reportFolder);
 
-  Session session(options);
-  Climb climb;
-  becomeRealTime(options.priority, options.cpu);
-  const auto recording = std::make_unique<Recording>(options.periodNs);
-  Pacemaker pacemaker(options.periodNs);
-  loop(options, session, pacemaker, climb, *recording);
+  BusRun busRun(options);
+  busRun.cycle();
 
+  printResults(options, busRun.session(), busRun.pacemaker(), busRun.climb());
+  printShortReport(busRun.recording());
   const bool processData = hasProcessData(slaves);
-  if (options.timingOnly) {
-    printTiming(session);
-  } else {
-    printResults(options, session, pacemaker, climb);
-    printShortReport(*recording);
-  }
-  if (!processData && !options.timingOnly)
+  if (!processData)
     std::printf(
         "\nNo slave has process data: the working counter counts as incomplete in every cycle in OP.\n");
-  const auto reason = StopSignals::requested() ? "" : judge(session, climb, processData);
-  if (!options.reportFolder.empty()) {
-    const ReportFacts facts{busText(options, slaves.size()),
-                            modeText(options),
-                            clocksText(options),
-                            reason.empty() ? "success" : reason,
-                            options.periodNs / 1e3,
-                            session.cycles(),
-                            pacemaker.leftOut(),
-                            climb.changes(),
-                            inspectHost()};
-    writeReport(options.reportFolder, reportData(facts, *recording));
-  }
-  if (StopSignals::requested())
-    std::printf("\nEnded by a signal.\n");
-  if (!reason.empty())
-    throw Failure(busError, reason);
-  return success;
+  const auto verdict = busRun.verdict(processData);
+  if (!options.reportFolder.empty())
+    report(options, slaves.size(), verdict, busRun);
+  return endRun(verdict);
+}
+
+} // namespace
+
+void addRunCommand(CLI::App& app, Action& action) {
+  auto* command = addCommand(app, "run", "Bring the bus to OP and exchange process data");
+  const auto arguments = std::make_shared<RunArguments>();
+  addRunOptions(*command, *arguments);
+  command->callback([arguments, &action] { action = [arguments] { return run(*arguments); }; });
 }
 
 } // namespace igh_bus

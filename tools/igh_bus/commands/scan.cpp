@@ -1,6 +1,7 @@
 // igh_bus scan: the slaves on the bus, each with its description or without.
-#include "arguments/CommandLine.h"
-#include "bus/Bus.h"
+#include "bus/BusChoice.h"
+#include "bus/Survey.h"
+#include "commands/commands.h"
 #include "descriptions/Descriptions.h"
 
 namespace igh_bus {

@@ -1,7 +1,8 @@
 // igh_bus sdo: reads or writes one object of a slave.
 #include "arguments/Arguments.h"
-#include "arguments/CommandLine.h"
-#include "bus/Bus.h"
+#include "bus/BusChoice.h"
+#include "bus/Survey.h"
+#include "commands/commands.h"
 #include "descriptions/Descriptions.h"
 #include "sdo/SdoTransfer.h"
 #include "text/Text.h"

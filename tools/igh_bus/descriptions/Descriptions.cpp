@@ -1,6 +1,6 @@
 #include "descriptions/Descriptions.h"
 
-#include "bus/Options.h"
+#include "text/Failure.h"
 #include "text/Redirection.h"
 
 #include <algorithm>

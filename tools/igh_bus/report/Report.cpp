@@ -1,7 +1,7 @@
 #include "report/Report.h"
 
-#include "bus/Options.h"
-#include "run/Results.h"
+#include "bus/ErrorCounts.h"
+#include "text/Failure.h"
 #include "text/Text.h"
 
 #include <cerrno>

@@ -3,6 +3,7 @@
 #include "bus/Session.h"
 #include "host/RealTime.h"
 #include "sdo/SdoAborts.h"
+#include "text/Failure.h"
 #include "text/Redirection.h"
 #include "text/Text.h"
 

@@ -1,6 +1,6 @@
 #include "sdo/SdoValue.h"
 
-#include "bus/Options.h"
+#include "text/Failure.h"
 #include "text/Text.h"
 
 #include <cctype>

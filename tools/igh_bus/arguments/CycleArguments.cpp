@@ -1,0 +1,44 @@
+#include "arguments/CycleArguments.h"
+
+#include "arguments/Arguments.h"
+
+#include <algorithm>
+#include <cmath>
+#include <sched.h>
+
+namespace igh_bus {
+
+CLI::Option* addCycleOptions(CLI::App& command, CycleArguments& arguments) {
+  auto& options = arguments.options;
+  addBusOptions(command, options);
+  command.add_option("--period", arguments.period, "Time between two exchanges, 100us to 4s (1ms)")
+      ->type_name("TIME");
+  auto* cycles = command.add_option("--cycles", options.cycles, "Exchanges to run, climbing included (5000)")
+                     ->check(CLI::PositiveNumber)
+                     ->type_name("N");
+  command.add_option("--seconds", arguments.seconds, "Time to run instead of --cycles")
+      ->check(CLI::PositiveNumber)
+      ->type_name("S")
+      ->excludes(cycles);
+  command.add_flag("--exchange-mode", options.exchangeMode,
+                   "Send first and wait for the frame in the same cycle");
+  command
+      .add_option("--priority", options.priority, "Run under SCHED_FIFO with this priority, memory locked")
+      ->check(CLI::Range(1, 99))
+      ->type_name("P");
+  command.add_option("--cpu", options.cpu, "Run on this processor only")
+      ->check(CLI::Range(0, CPU_SETSIZE - 1))
+      ->type_name("C");
+  return command.add_flag("--no-dc", options.withoutClocks, "Run without distributed clocks");
+}
+
+void completeCycle(CycleArguments& arguments) {
+  auto& options = arguments.options;
+  options.periodNs = parsePeriod(arguments.period);
+  if (arguments.seconds) {
+    const double cycles = std::ceil(*arguments.seconds * 1e9 / options.periodNs);
+    options.cycles = static_cast<std::uint64_t>(std::min(cycles, 1e18));
+  }
+}
+
+} // namespace igh_bus

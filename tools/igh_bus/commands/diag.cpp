@@ -1,0 +1,36 @@
+// igh_bus diag: a run that shows its timing only.
+#include "arguments/CycleArguments.h"
+#include "bus/BusChoice.h"
+#include "bus/Survey.h"
+#include "commands/commands.h"
+#include "descriptions/Descriptions.h"
+#include "run/BusRun.h"
+#include "run/Results.h"
+
+namespace igh_bus {
+namespace {
+
+Status diag(CycleArguments& arguments) {
+  completeCycle(arguments);
+  const auto& options = arguments.options;
+  const StopSignals signals;
+  const auto devices = loadDevices(options.descriptions);
+  const BusChoice bus(options, devices);
+  const auto slaves = surveyBus(options, devices);
+  checkSize(slaves);
+  BusRun busRun(options);
+  busRun.cycle();
+  printTiming(busRun.session());
+  return endRun(busRun.verdict(hasProcessData(slaves)));
+}
+
+} // namespace
+
+void addDiagCommand(CLI::App& app, Action& action) {
+  auto* command = addCommand(app, "diag", "Run the bus and show its fastest, its last and its slowest cycle");
+  const auto arguments = std::make_shared<CycleArguments>();
+  addCycleOptions(*command, *arguments);
+  command->callback([arguments, &action] { action = [arguments] { return diag(*arguments); }; });
+}
+
+} // namespace igh_bus
