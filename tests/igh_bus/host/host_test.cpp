@@ -1,37 +1,15 @@
-// Parts of the program that need no bus: what it counts while it cycles, and what doctor makes of a machine.
-#include "bus/ErrorCounts.h"
+// The rhythm of the cycles, and what doctor makes of a machine.
 #include "host/Doctor.h"
 #include "host/RealTime.h"
-#include "report/Recording.h"
 
 #include <cerrno>
 #include <chrono>
 #include <gtest/gtest.h>
-#include <memory>
 #include <thread>
 
 using namespace igh_bus;
 
 namespace {
-
-TEST(ErrorCounts, AnErrorLastsWhenTheLastCyclesAllRaisedIt) {
-  ErrorCounts errors;
-  const auto cycle = [&](int times) {
-    for (int i = 0; i < times; ++i)
-      errors.count(3); // one for each slave in error
-    ++errors.cycle;
-  };
-  for (const int times : {1, 1, 1, 0, 2, 2})
-    cycle(times);
-  EXPECT_EQ(errors.total[3], 7U);
-  EXPECT_FALSE(errors.lasting(3, 3)); // interrupted in the fourth cycle
-  EXPECT_TRUE(errors.lasting(3, 2));
-  cycle(1);
-  EXPECT_TRUE(errors.lasting(3, 3));
-  cycle(0);
-  EXPECT_FALSE(errors.lasting(3, 1));
-  EXPECT_FALSE(errors.lasting(1, 1));
-}
 
 TEST(Pacemaker, LeavesMissedPeriodsOutAndStaysOnItsGrid) {
   using namespace std::chrono;
@@ -45,35 +23,6 @@ TEST(Pacemaker, LeavesMissedPeriodsOutAndStaysOnItsGrid) {
   pacemaker.shift(5000000);
   EXPECT_TRUE(pacemaker.wait());
   EXPECT_GE(steady_clock::now() - start, milliseconds(2) * periods + milliseconds(5));
-}
-
-TEST(Recording, CountsInClassesAndSpansOfFixedNumber) {
-  const auto recording = std::make_unique<Recording>(1000000);
-  for (int us = 1; us <= 9999; ++us)
-    recording->note(us * 1000 + 999, {});
-  recording->note(20000000, {});
-  const auto& wakeUp = recording->histogram(Recording::wakeUp);
-  EXPECT_EQ(wakeUp.percentileUs(0.5), 5000);
-  EXPECT_EQ(wakeUp.percentileUs(0.9999), 9999);
-  EXPECT_EQ(wakeUp.percentileUs(1), 20000);
-  EXPECT_EQ(wakeUp.beyondLimit(), 9001U); // from 1000.999 us on
-  EXPECT_EQ(wakeUp.beyond(), 1U);
-
-  std::array<std::uint64_t, 6> totals{};
-  for (std::uint64_t cycle = 0; cycle < 10000; ++cycle) {
-    totals[1] += cycle % 3 != 0 ? 2 : 0; // two cycles of three
-    totals[3] += cycle == 100 || cycle == 102 ? 1 : 0;
-    recording->noteErrors(cycle, totals);
-    recording->noteClock({cycle, static_cast<std::int64_t>(cycle), 0, 0, 0});
-  }
-  EXPECT_EQ(recording->end() - recording->begin(), 2048);
-  EXPECT_EQ(recording->begin()[0].first, 1U);
-  EXPECT_EQ(recording->begin()[0].last, 2U);
-  EXPECT_EQ(recording->begin()[0].count, 4U);
-  EXPECT_GT(recording->lostErrors(), 0U);
-  EXPECT_GT(recording->clockPoints(), 1000U);
-  for (std::size_t i = 1; i < recording->clockPoints(); ++i)
-    EXPECT_EQ(recording->clock()[i].cycle - recording->clock()[i - 1].cycle, 8U);
 }
 
 const Host host{"6.1.0-rt", "PREEMPT_RT", "performance", "2-3", "tsc", "SCHED_OTHER"};

@@ -1,4 +1,6 @@
-// The report of a run: its numbers, and the page as a browser shows it.
+// The report of a run: what it keeps, its numbers, and the page as a browser shows it.
+#include "report/Recording.h"
+
 #include "Program.h"
 
 #include <filesystem>
@@ -6,12 +8,42 @@
 
 namespace {
 
+using igh_bus::Recording;
 using nlohmann::json;
 
 std::string between(const std::string& text, const std::string& from, const std::string& to) {
   const auto found = text.find(from);
   const auto start = found + from.size();
   return found == std::string::npos ? "" : text.substr(start, text.find(to, start) - start);
+}
+
+TEST(Recording, CountsInClassesAndSpansOfFixedNumber) {
+  const auto recording = std::make_unique<Recording>(1000000);
+  for (int us = 1; us <= 9999; ++us)
+    recording->note(us * 1000 + 999, {});
+  recording->note(20000000, {});
+  const auto& wakeUp = recording->histogram(Recording::wakeUp);
+  EXPECT_EQ(wakeUp.percentileUs(0.5), 5000);
+  EXPECT_EQ(wakeUp.percentileUs(0.9999), 9999);
+  EXPECT_EQ(wakeUp.percentileUs(1), 20000);
+  EXPECT_EQ(wakeUp.beyondLimit(), 9001U); // from 1000.999 us on
+  EXPECT_EQ(wakeUp.beyond(), 1U);
+
+  std::array<std::uint64_t, 6> totals{};
+  for (std::uint64_t cycle = 0; cycle < 10000; ++cycle) {
+    totals[1] += cycle % 3 != 0 ? 2 : 0; // two cycles of three
+    totals[3] += cycle == 100 || cycle == 102 ? 1 : 0;
+    recording->noteErrors(cycle, totals);
+    recording->noteClock({cycle, static_cast<std::int64_t>(cycle), 0, 0, 0});
+  }
+  EXPECT_EQ(recording->end() - recording->begin(), 2048);
+  EXPECT_EQ(recording->begin()[0].first, 1U);
+  EXPECT_EQ(recording->begin()[0].last, 2U);
+  EXPECT_EQ(recording->begin()[0].count, 4U);
+  EXPECT_GT(recording->lostErrors(), 0U);
+  EXPECT_GT(recording->clockPoints(), 1000U);
+  for (std::size_t i = 1; i < recording->clockPoints(); ++i)
+    EXPECT_EQ(recording->clock()[i].cycle - recording->clock()[i - 1].cycle, 8U);
 }
 
 TEST(Report, PageShowsTheNumbersOfTheJsonInPictures) {

@@ -129,10 +129,4 @@ TEST_F(Commands, RegistersAndErrorCountersAreShownAndCleared) {
   }
 }
 
-TEST(Diag, ShowsTheFastestTheLastAndTheSlowestCycle) {
-  const auto outcome = ighBus("diag --cycles 400" + onMachine);
-  EXPECT_EQ(outcome.status, 0) << outcome.err;
-  EXPECT_THAT(outcome.out, testing::ContainsRegex("\n  fastest  [^\n]*\n  last  +399 [^\n]*\n  slowest  "));
-}
-
 } // namespace
