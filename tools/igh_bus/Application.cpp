@@ -15,6 +15,7 @@ Status execute(int argc, char** argv) {
   app.footer(exitStatuses);
   Action action;
   addDescribeCommand(app, action);
+  addAdaptCommand(app, action);
   addScanCommand(app, action);
   addRunCommand(app, action);
   addDiagCommand(app, action);

@@ -7,6 +7,7 @@
 namespace igh_bus {
 
 void addDescribeCommand(CLI::App& app, Action& action);
+void addAdaptCommand(CLI::App& app, Action& action);
 void addScanCommand(CLI::App& app, Action& action);
 void addRunCommand(CLI::App& app, Action& action);
 void addDiagCommand(CLI::App& app, Action& action);

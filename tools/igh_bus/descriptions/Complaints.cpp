@@ -2,6 +2,7 @@
 
 #include "text/Text.h"
 
+#include <algorithm>
 #include <map>
 #include <unordered_map>
 
@@ -81,14 +82,18 @@ void checkNames(std::vector<Complaint>& complaints, const Device& device) {
           });
 }
 
+// A device without any mode that switches clocks on has none to be missed.
 void checkClock(std::vector<Complaint>& complaints, const Device& device) {
   const auto mode = device.clockModes.find("DC");
-  if (mode != device.clockModes.end() && mode->second.assignActivate != 0)
+  const bool named = mode != device.clockModes.end();
+  const bool active = std::any_of(device.clockModes.begin(), device.clockModes.end(),
+                                  [](const auto& one) { return one.second.assignActivate != 0; });
+  if (named ? mode->second.assignActivate != 0 : !active)
     return;
-  const std::string what = device.clockModes.empty()         ? "no clock mode"
-                           : mode == device.clockModes.end() ? "no clock mode named \"DC\""
-                                                             : "clock mode \"DC\" with assign-activate 0";
-  complaints.push_back({what + ": the device runs without distributed clocks", {}});
+  complaints.push_back({std::string(named ? "clock mode \"DC\" with assign-activate 0"
+                                          : "no clock mode named \"DC\"") +
+                            ": the device runs without distributed clocks",
+                        {}});
 }
 
 void checkLeftOut(std::vector<Complaint>& complaints, const Device& device) {

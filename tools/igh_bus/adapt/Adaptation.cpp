@@ -1,0 +1,155 @@
+#include "adapt/Adaptation.h"
+
+#include "adapt/Check.h"
+#include "adapt/Writer.h"
+#include "descriptions/Descriptions.h"
+#include "text/Failure.h"
+#include "text/Text.h"
+
+#include <algorithm>
+#include <set>
+
+namespace igh_bus::adapt {
+namespace {
+
+[[noreturn]] void refuse(const Plan& plan, const std::string& reason) {
+  throw Failure(usageError, format("\"%s\" revision 0x%08X: ", plan.name().c_str(), plan.key.revision) +
+                                reason + "; nothing is written");
+}
+
+const Device* findLoaded(const std::map<DeviceKey, const Device*>& devices, const DeviceKey& key) {
+  const auto found = devices.find(key);
+  return found == devices.end() ? nullptr : found->second;
+}
+
+std::map<DeviceKey, const Device*> byKey(const std::vector<Device>& devices) {
+  std::map<DeviceKey, const Device*> map;
+  for (const auto& device : devices)
+    map.try_emplace(device.key, &device);
+  return map;
+}
+
+// Why an entry is out of reach, in words that several share.
+std::string reasonFor(const Plan& plan, const std::string& name) {
+  for (const auto& layout : plan.layout) {
+    for (const auto& item : layout.items) {
+      if (item.name != name)
+        continue;
+      if (!item.free)
+        return "the master writes the entries of its PDO into the slave (CoE with PdoConfig, not fixed), so "
+               "they must stay as the slave knows them, and the library converts none of this kind there";
+      if (layout.assigned)
+        return "it shares a byte with another PDO, and the master assigns the PDOs one by one";
+      return "it lies in no whole byte of its own";
+    }
+  }
+  return plan.clockWished ? "no operation mode switches them on" : "--mode none";
+}
+
+void explain(Plan& plan, const std::vector<std::string>& missing) {
+  std::map<std::string, std::string> byReason;
+  for (const auto& name : missing) {
+    auto& names = byReason[reasonFor(plan, name)];
+    names += (names.empty() ? "\"" : ", \"") + name + '"';
+  }
+  for (const auto& [reason, names] : byReason)
+    plan.reasons.push_back(names + ": " + reason);
+}
+
+void judgeWritten(Plan& plan, const Device* device) {
+  if (!device)
+    refuse(plan, "the library does not find it in what was made");
+  const auto different = difference(plan, *device);
+  if (!different.empty())
+    refuse(plan, different);
+  std::vector<std::string> missing;
+  plan.after = judge(plan, device, &missing);
+  explain(plan, missing);
+}
+
+void checkMessages(const FileReport& report) {
+  if (!report.loaded)
+    throw Failure(usageError,
+                  "what was made cannot be read again: " + report.reason + "; nothing is written");
+  for (const auto& message : report.messages) {
+    if (message.level == 0)
+      throw Failure(usageError,
+                    "the library complains of what was made: " + message.text + "; nothing is written");
+  }
+}
+
+} // namespace
+
+Summary Adaptation::summary() const {
+  Summary sum;
+  for (const auto& plan : plans) {
+    if (plan.entries == 0)
+      continue;
+    ++sum.devices;
+    sum.wholeBefore += plan.before.whole ? 1 : 0;
+    sum.wholeAfter += plan.after.whole ? 1 : 0;
+    sum.entries += plan.entries;
+    sum.reachableBefore += plan.before.reachable;
+    sum.reachableAfter += plan.after.reachable;
+  }
+  return sum;
+}
+
+std::vector<Request> requestAll(const Sources& sources, std::vector<std::string>& notes) {
+  std::vector<Request> requests;
+  std::set<DeviceKey> known;
+  for (const auto& device : sources.devices) {
+    if (known.insert(device.key).second) {
+      Request request;
+      request.device = &device;
+      request.key = device.key;
+      requests.push_back(std::move(request));
+    } else {
+      notes.push_back(format("%s: \"%s\" 0x%08X revision 0x%08X is described before; the first counts",
+                             sources.files[device.file].path.c_str(), device.typeName.c_str(),
+                             device.key.productCode, device.key.revision));
+    }
+  }
+  return requests;
+}
+
+Adaptation adaptDevices(const Sources& sources, const std::vector<Request>& requests,
+                        const std::vector<Device>& before) {
+  Adaptation adaptation;
+  const auto loaded = byKey(before);
+  std::map<std::uint32_t, std::size_t> partOf;
+  for (const auto& request : requests) {
+    auto plan = planDevice(sources, *request.device, request.key, request.wishes);
+    plan.slaves = request.slaves;
+    plan.changes.insert(plan.changes.begin(), request.told.begin(), request.told.end());
+    plan.open.insert(plan.open.begin(), request.open.begin(), request.open.end());
+    // Under the slave's own revision, as the library looks for it; hidden devices are not among them.
+    plan.before = judge(plan, findLoaded(loaded, request.key));
+    const auto [part, fresh] = partOf.try_emplace(request.key.vendorId, adaptation.parts.size());
+    if (fresh)
+      adaptation.parts.push_back({request.device->file, {}});
+    adaptation.parts[part->second].plans.push_back(adaptation.plans.size());
+    adaptation.plans.push_back(std::move(plan));
+  }
+  for (const auto& path : sources.missing)
+    adaptation.notes.push_back(path + ": a file refers to it, and it is not there");
+  return adaptation;
+}
+
+void storePart(const Sources& sources, Adaptation& adaptation, const Part& part, const std::string& path) {
+  std::vector<const Plan*> plans;
+  for (const auto number : part.plans)
+    plans.push_back(&adaptation.plans[number]);
+  Document document;
+  if (!document.create(path))
+    throw Failure(usageError, path + " cannot be written");
+  buildDocument(document, sources.files[part.vendorFile], plans);
+  document.store();
+  const auto report = Descriptions().load(path);
+  checkMessages(report);
+  const auto loaded = byKey(report.devices);
+  for (const auto number : part.plans)
+    judgeWritten(adaptation.plans[number], findLoaded(loaded, adaptation.plans[number].key));
+}
+
+} // namespace igh_bus::adapt

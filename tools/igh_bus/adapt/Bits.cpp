@@ -1,0 +1,280 @@
+#include "adapt/Bits.h"
+
+#include "adapt/Names.h"
+
+#include <algorithm>
+#include <set>
+
+namespace igh_bus::adapt {
+namespace {
+
+constexpr unsigned int BYTE = 8;
+constexpr unsigned int WIDEST = 32;   // bits of a joined entry
+constexpr unsigned int LONGEST = 248; // bits of a gap: lengths have eight bits
+
+// Items that begin and end with a byte, and none of them does both unless it is alone.
+struct Atom {
+  std::size_t first;
+  std::size_t last; // one past
+  unsigned int start;
+  unsigned int end;
+};
+
+unsigned int widthFor(unsigned int bits) {
+  return bits >= 32 ? 32 : bits >= 16 ? 16 : BYTE;
+}
+
+class Fitter {
+public:
+  Fitter(const SmLayout& layout, const TypeTable& types) : m_layout(layout), m_types(types) {}
+
+  TargetSm run() {
+    m_target.index = m_layout.index;
+    m_target.output = m_layout.output;
+    for (const auto& pdo : m_layout.pdos)
+      m_target.pdos.push_back({pdo.index, pdo.name, pdo.fixed, {}});
+    const auto& items = m_layout.items;
+    for (std::size_t first = 0; first < items.size();) {
+      std::size_t last = first + 1;
+      while (last < items.size() && !barrier(items[last - 1], items[last]))
+        ++last;
+      items[first].free ? fitFree(first, last) : keepAll(first, last);
+      first = last;
+    }
+    return std::move(m_target);
+  }
+
+private:
+  bool barrier(const Item& one, const Item& next) const {
+    return one.free != next.free || ((m_layout.assigned || !one.free) && one.pdoNumber != next.pdoNumber);
+  }
+  const Item& item(std::size_t i) const { return m_layout.items[i]; }
+
+  void keepAll(std::size_t first, std::size_t last) {
+    for (; first < last; ++first)
+      keep(first);
+  }
+  void fitFree(std::size_t first, std::size_t last);
+  std::size_t atomFrom(std::size_t first, std::size_t last, Atom& atom) const;
+  bool convertible(const Item& item) const;
+  void keep(std::size_t i);
+  void addGap(unsigned int start, unsigned int end, std::size_t pdoNumber, bool free);
+  void flush();
+  bool mergeable(const Atom& one, const Atom& next) const;
+  unsigned int reach(std::size_t first, std::size_t& last) const;
+  void cutItem(std::size_t i);
+  void join(unsigned int start, unsigned int end, std::size_t first, std::size_t last);
+  void nameJoined(TargetEntry& entry) const;
+  void add(TargetEntry entry, std::size_t pdoNumber) {
+    // Where the library would put PDOs in another order, one PDO holds them all.
+    m_target.pdos[m_layout.ascending ? pdoNumber : 0].entries.push_back(std::move(entry));
+  }
+
+  const SmLayout& m_layout;
+  const TypeTable& m_types;
+  TargetSm m_target;
+  std::vector<Atom> m_atoms; // neighbours that wait for being joined
+};
+
+bool Fitter::convertible(const Item& one) const {
+  const auto nature = m_types.natureOf(one.entry.type);
+  const bool array = nature.elementBits != 0 && nature.elementBits < one.entry.bits;
+  return !one.entry.gap() && !array && !libraryType(nature.kind, one.entry.bits).empty();
+}
+
+void Fitter::addGap(unsigned int start, unsigned int end, std::size_t pdoNumber, bool free) {
+  for (; start < end; start += LONGEST) {
+    TargetEntry gap;
+    gap.start = start;
+    gap.bits = std::min(end - start, LONGEST);
+    gap.free = free;
+    add(std::move(gap), pdoNumber);
+  }
+}
+
+// As it is, but for its type, where that is only another word.
+void Fitter::keep(std::size_t i) {
+  const auto& one = item(i);
+  if (one.entry.gap()) {
+    addGap(one.start, one.end(), one.pdoNumber, one.free);
+    return;
+  }
+  TargetEntry entry;
+  entry.name = one.name;
+  entry.index = one.entry.index;
+  entry.subindex = one.entry.subindex;
+  entry.bits = one.entry.bits;
+  entry.start = one.start;
+  entry.free = one.free;
+  entry.whole = true;
+  entry.pieces = {{i, 0, 0, one.entry.bits}};
+  const auto type = libraryType(m_types.natureOf(one.entry.type).kind, one.entry.bits);
+  entry.type = type.empty() ? one.entry.type : type;
+  add(std::move(entry), one.pdoNumber);
+}
+
+// One past the items from `first` on that fill whole bytes together; `first` when they never do. Behind the
+// last item of a sync manager its last byte is filled up.
+std::size_t Fitter::atomFrom(std::size_t first, std::size_t last, Atom& atom) const {
+  for (std::size_t i = first; i < last; ++i) {
+    const bool endsHere = i + 1 == m_layout.items.size();
+    if (item(i).end() % BYTE == 0 || endsHere) {
+      atom = {first, i + 1, item(first).start, (item(i).end() + BYTE - 1) / BYTE * BYTE};
+      return i + 1;
+    }
+  }
+  return first;
+}
+
+void Fitter::fitFree(std::size_t first, std::size_t last) {
+  while (first < last) {
+    const auto& one = item(first);
+    Atom atom{};
+    const bool aligned = one.start % BYTE == 0 && one.entry.bits != 0;
+    const bool asItIs = aligned && one.entry.bits % BYTE == 0 && (one.entry.gap() || convertible(one));
+    const auto next = aligned && !asItIs ? atomFrom(first, last, atom) : first;
+    if (next == first) {
+      flush();
+      keep(first++);
+      continue;
+    }
+    m_atoms.push_back(atom);
+    first = next;
+  }
+  flush();
+}
+
+// Bits of one object, or bits of which each is an object of its own.
+bool Fitter::mergeable(const Atom& one, const Atom& next) const {
+  std::set<std::uint16_t> indices[2];
+  const Atom* const atoms[] = {&one, &next};
+  for (const int side : {0, 1}) {
+    for (auto i = atoms[side]->first; i < atoms[side]->last; ++i) {
+      if (item(i).entry.bits >= BYTE)
+        return false;
+      if (!item(i).entry.gap())
+        indices[side].insert(item(i).entry.index);
+    }
+  }
+  return indices[0].size() == 1 || indices[1].size() == 1 ? indices[0] == indices[1] : true;
+}
+
+// How many bits from this atom on make one entry; `last` is then one past its atoms. The widest possible.
+unsigned int Fitter::reach(std::size_t first, std::size_t& last) const {
+  unsigned int best = m_atoms[first].end - m_atoms[first].start;
+  last = first + 1;
+  for (auto i = first + 1; i < m_atoms.size() && mergeable(m_atoms[i - 1], m_atoms[i]); ++i) {
+    const unsigned int bits = m_atoms[i].end - m_atoms[first].start;
+    if (bits > WIDEST)
+      break;
+    if (bits == 16 || bits == WIDEST) {
+      best = bits;
+      last = i + 1;
+    }
+  }
+  return best;
+}
+
+void Fitter::flush() {
+  for (std::size_t i = 0; i < m_atoms.size();) {
+    const auto& atom = m_atoms[i];
+    std::size_t last = i + 1;
+    if (atom.last == atom.first + 1 && item(atom.first).entry.bits >= BYTE && !item(atom.first).entry.gap() &&
+        item(atom.first).end() == atom.end) {
+      cutItem(atom.first);
+    } else {
+      const auto bits = reach(i, last);
+      join(atom.start, atom.start + bits, atom.first, m_atoms[last - 1].last);
+    }
+    i = last;
+  }
+  m_atoms.clear();
+}
+
+// One wide item in pieces: the elements of an array, else halves or parts, the lowest first.
+void Fitter::cutItem(std::size_t i) {
+  const auto& one = item(i);
+  const auto nature = m_types.natureOf(one.entry.type);
+  const bool elements =
+      !libraryType(nature.kind, nature.elementBits).empty() && one.entry.bits % nature.elementBits == 0;
+  std::vector<unsigned int> widths;
+  for (unsigned int done = 0; done < one.entry.bits; done += widths.back())
+    widths.push_back(elements ? nature.elementBits : widthFor(one.entry.bits - done));
+  const bool halves = !elements && widths.size() == 2;
+  unsigned int done = 0;
+  for (std::size_t part = 0; part < widths.size(); ++part) {
+    const bool top = part + 1 == widths.size();
+    TargetEntry entry;
+    // The sign of an odd width is in its upper part; two UDINT are what everybody expects of 64 bits.
+    const bool withSign = nature.kind == Nature::SIGNED && top && one.entry.bits != 64;
+    entry.type = libraryType(elements || withSign ? nature.kind : Nature::UNSIGNED, widths[part]);
+    entry.name = one.name + (halves ? std::string(top ? " high" : " low")
+                                    : "[" + std::to_string(part + (elements ? nature.lowerBound : 0)) + "]");
+    entry.index = one.entry.index;
+    entry.subindex = one.entry.subindex;
+    entry.bits = widths[part];
+    entry.start = one.start + done;
+    entry.pieces = {{i, done, 0, widths[part]}};
+    done += widths[part];
+    add(std::move(entry), one.pdoNumber);
+  }
+}
+
+// The items in entries as wide as possible.
+void Fitter::join(unsigned int start, unsigned int end, std::size_t first, std::size_t last) {
+  for (unsigned int bit = start; bit < end;) {
+    TargetEntry entry;
+    entry.start = bit;
+    entry.bits = widthFor(end - bit);
+    const unsigned int stop = bit + entry.bits;
+    std::size_t home = first; // of the first bit
+    for (auto i = first; i < last; ++i) {
+      const auto& one = item(i);
+      const unsigned int from = std::max(bit, one.start);
+      const unsigned int to = std::min(stop, one.end());
+      if (one.start <= bit)
+        home = i;
+      if (from >= to || one.entry.gap())
+        continue;
+      entry.pieces.push_back({i, from - one.start, from - bit, to - from});
+    }
+    if (entry.pieces.empty()) {
+      addGap(bit, std::min(stop, item(last - 1).end()), item(home).pdoNumber, true);
+    } else {
+      const auto& one = item(entry.pieces[0].item);
+      entry.type = libraryType(Nature::UNSIGNED, entry.bits);
+      entry.index = one.entry.index;
+      entry.subindex = one.entry.subindex;
+      nameJoined(entry);
+      add(std::move(entry), item(home).pdoNumber);
+    }
+    bit = stop;
+  }
+}
+
+void Fitter::nameJoined(TargetEntry& entry) const {
+  const auto& first = item(entry.pieces.front().item);
+  const auto& last = item(entry.pieces.back().item);
+  if (entry.pieces.size() == 1) {
+    entry.whole = entry.pieces[0].count == first.entry.bits;
+    entry.name = entry.whole ? first.name : first.name + (entry.pieces[0].sourceBit == 0 ? " low" : " high");
+    return;
+  }
+  std::vector<std::string> names;
+  bool onePdo = true;
+  for (const auto& piece : entry.pieces) {
+    names.push_back(item(piece.item).entry.name);
+    onePdo = onePdo && item(piece.item).pdoNumber == first.pdoNumber;
+  }
+  entry.name = onePdo ? commonStart(names) : "";
+  if (entry.name.empty())
+    entry.name = first.name + " .. " + last.name;
+}
+
+} // namespace
+
+TargetSm fit(const SmLayout& layout, const TypeTable& types) {
+  return Fitter(layout, types).run();
+}
+
+} // namespace igh_bus::adapt

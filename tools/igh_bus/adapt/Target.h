@@ -1,0 +1,45 @@
+// The device as it is written for the library.
+#ifndef IGH_BUS_ADAPT_TARGET_H
+#define IGH_BUS_ADAPT_TARGET_H
+
+#include "adapt/Layout.h"
+
+namespace igh_bus::adapt {
+
+// Bits of an item of the sync manager's layout, as they lie in an entry.
+struct Piece {
+  std::size_t item = 0;
+  unsigned int sourceBit = 0; // the first one, in the item
+  unsigned int bit = 0;       // where it lies in the entry
+  unsigned int count = 0;
+};
+
+struct TargetEntry {
+  std::string name;
+  std::string type; // empty for gaps
+  std::uint16_t index = 0;
+  std::uint8_t subindex = 0;
+  unsigned int bits = 0;
+  unsigned int start = 0; // bit in the sync manager
+  bool free = true;
+  bool whole = false;        // stands for exactly one item
+  std::vector<Piece> pieces; // none for gaps
+  bool gap() const { return index == 0; }
+};
+
+struct TargetPdo {
+  std::uint16_t index = 0;
+  std::string name;
+  bool fixed = false;
+  std::vector<TargetEntry> entries;
+};
+
+struct TargetSm {
+  unsigned int index = 0;
+  bool output = false;
+  std::vector<TargetPdo> pdos;
+};
+
+} // namespace igh_bus::adapt
+
+#endif
