@@ -1,5 +1,6 @@
 #include "adapt/Slaves.h"
 
+#include "text/Failure.h"
 #include "text/Redirection.h"
 #include "text/Text.h"
 
