@@ -1,6 +1,7 @@
 #include "busfile/BusFile.h"
 
 #include "busfile/BusFileParts.h"
+#include "master/Master.h"
 
 #include <nlohmann/json.hpp>
 
@@ -109,31 +110,31 @@ std::string readBusFile(const std::string& path, std::vector<BusPlan>& plans) {
   return {};
 }
 
-void BusPlan::build(Bus& bus) const {
+void BusPlan::build(Master& master) const {
   if (timing) {
-    bus.setTiming(*timing);
+    master.setTiming(*timing);
   }
-  bus.setCycleTime(cycleTime);
+  master.time().setCycle(std::chrono::nanoseconds(cycleTime).count());
   if (climbCycles > 0) {
-    bus.setClimbCycles(climbCycles);
+    master.topology().setClimbCycles(climbCycles);
   }
   if (scanCycles > 0) {
-    bus.setScanCycles(scanCycles);
+    master.topology().setScanCycles(scanCycles);
   }
   if (sdoCycles > 0) {
-    bus.setSdoCycles(sdoCycles);
+    master.setSdoCycles(sdoCycles);
   }
-  bus.setFrameLatency(frameLatency);
-  bus.setReactivationUnmapped(reactivationUnmapped);
+  master.traffic().setLatency(std::chrono::nanoseconds(frameLatency).count());
+  master.reservation().setReactivationUnmapped(reactivationUnmapped);
   if (referenceClock) {
-    bus.setReferenceClock(*referenceClock);
+    master.clock().runFree(*referenceClock);
   }
   for (const Slave& slave : slaves) {
-    bus.addSlave(slave);
+    master.topology().append(slave);
   }
-  bus.setFaultSeed(seed);
+  master.schedule().setSeed(seed);
   for (const Fault& fault : faults) {
-    bus.addFault(fault);
+    master.schedule().add(fault);
   }
 }
 

@@ -8,6 +8,8 @@
 
 namespace ethercat_simulation {
 
+class Master;
+
 // One master of a bus file, before anything is built.
 struct BusPlan {
   std::string place; // in the file, for messages
@@ -24,7 +26,7 @@ struct BusPlan {
   std::uint32_t seed = 1;
   std::vector<Fault> faults;
 
-  void build(Bus& bus) const;
+  void build(Master& master) const;
 };
 
 // Empty on success, else "<file>: <place>: <reason>" and no plan at all.

@@ -34,8 +34,8 @@ template <class Number> Number wrapped(double value) {
 
 } // namespace
 
-DriveModel::DriveModel(ObjectDictionary& dictionary, const DriveParameters& parameters)
-    : m_objects(dictionary), m_motion(parameters, m_objects.position.get()),
+DriveModel::DriveModel(const ObjectBytes& bytes, const DriveParameters& parameters)
+    : m_objects(bytes), m_motion(parameters, m_objects.position.get()),
       m_watchdogCycles(parameters.watchdogUs / std::max(parameters.cycleUs, 1U)) {}
 
 void DriveModel::powerUp() {

@@ -11,8 +11,7 @@ namespace ethercat_simulation {
 
 class DriveModel {
 public:
-  // The dictionary has the drive's objects, and outlives the drive.
-  DriveModel(ObjectDictionary& dictionary, const DriveParameters& parameters);
+  DriveModel(const ObjectBytes& bytes, const DriveParameters& parameters);
 
   // One cycle. `operational`: the slave is in OP; `fresh`: outputs have come with this cycle's frame.
   void step(bool operational, bool fresh);

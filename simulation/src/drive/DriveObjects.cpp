@@ -68,16 +68,15 @@ std::size_t driveObjectSize(std::uint16_t index, std::uint8_t subindex) {
   return 0;
 }
 
-DriveObjects::DriveObjects(ObjectDictionary& dictionary)
-    : errorCode(dictionary, 0x603F), controlword(dictionary, 0x6040), statusword(dictionary, 0x6041),
-      quickStopOption(dictionary, 0x605A), mode(dictionary, 0x6060), modeDisplay(dictionary, 0x6061),
-      positionDemand(dictionary, 0x6062), position(dictionary, 0x6064), followingWindow(dictionary, 0x6065),
-      followingTimeout(dictionary, 0x6066), positionWindow(dictionary, 0x6067), velocity(dictionary, 0x606C),
-      targetTorque(dictionary, 0x6071), maximumTorque(dictionary, 0x6072), torque(dictionary, 0x6077),
-      targetPosition(dictionary, 0x607A), lowestPosition(dictionary, 0x607D, 1),
-      highestPosition(dictionary, 0x607D, 2), maximumVelocity(dictionary, 0x607F),
-      profileVelocity(dictionary, 0x6081), profileAcceleration(dictionary, 0x6083),
-      profileDeceleration(dictionary, 0x6084), quickStopDeceleration(dictionary, 0x6085),
-      followingError(dictionary, 0x60F4), targetVelocity(dictionary, 0x60FF) {}
+DriveObjects::DriveObjects(const ObjectBytes& bytes)
+    : errorCode(bytes, 0x603F), controlword(bytes, 0x6040), statusword(bytes, 0x6041),
+      quickStopOption(bytes, 0x605A), mode(bytes, 0x6060), modeDisplay(bytes, 0x6061),
+      positionDemand(bytes, 0x6062), position(bytes, 0x6064), followingWindow(bytes, 0x6065),
+      followingTimeout(bytes, 0x6066), positionWindow(bytes, 0x6067), velocity(bytes, 0x606C),
+      targetTorque(bytes, 0x6071), maximumTorque(bytes, 0x6072), torque(bytes, 0x6077),
+      targetPosition(bytes, 0x607A), lowestPosition(bytes, 0x607D, 1), highestPosition(bytes, 0x607D, 2),
+      maximumVelocity(bytes, 0x607F), profileVelocity(bytes, 0x6081), profileAcceleration(bytes, 0x6083),
+      profileDeceleration(bytes, 0x6084), quickStopDeceleration(bytes, 0x6085), followingError(bytes, 0x60F4),
+      targetVelocity(bytes, 0x60FF) {}
 
 } // namespace ethercat_simulation

@@ -1,12 +1,13 @@
-// The objects of a drive. They live in the slave's dictionary, so that SDO transfers, process data and the
-// drive itself see one value each.
+// The objects of a drive. Their bytes live in the slave's dictionary, so that SDO transfers, process data and
+// the drive itself see one value each.
 #ifndef ETHERCAT_SIMULATION_DRIVE_OBJECTS_H
 #define ETHERCAT_SIMULATION_DRIVE_OBJECTS_H
 
-#include "slave/ObjectDictionary.h"
+#include <ethercat_simulation/Simulation.h>
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
 
 namespace ethercat_simulation {
 
@@ -15,10 +16,13 @@ void completeDriveObjects(Slave& slave);
 // Bytes of an object that every drive has, 0 for another.
 std::size_t driveObjectSize(std::uint16_t index, std::uint8_t subindex);
 
+// The bytes of an object that every drive has; their place stays as long as the drive is there.
+using ObjectBytes = std::function<std::vector<std::uint8_t>&(std::uint16_t index, std::uint8_t subindex)>;
+
 template <class Number> class DriveValue {
 public:
-  DriveValue(ObjectDictionary& dictionary, std::uint16_t index, std::uint8_t subindex = 0)
-      : m_bytes(*dictionary.bytes(index, subindex)) {}
+  DriveValue(const ObjectBytes& bytes, std::uint16_t index, std::uint8_t subindex = 0)
+      : m_bytes(bytes(index, subindex)) {}
   // The length may have been changed from the control side.
   Number get() const {
     Number number = 0;
@@ -32,7 +36,7 @@ private:
 };
 
 struct DriveObjects {
-  explicit DriveObjects(ObjectDictionary& dictionary);
+  explicit DriveObjects(const ObjectBytes& bytes);
 
   DriveValue<std::uint16_t> errorCode;
   DriveValue<std::uint16_t> controlword;

@@ -16,7 +16,7 @@ double chance(std::uint64_t seed, std::uint64_t line, std::uint64_t cycle) {
   return static_cast<double>(mixed) / RANGE;
 }
 
-void begin(Bus& bus, const Fault& fault) {
+void begin(BusFaults& bus, const Fault& fault) {
   switch (fault.kind) {
   case FaultKind::silentSlave:
     return bus.setResponding(fault.slave, false);
@@ -44,7 +44,7 @@ void begin(Bus& bus, const Fault& fault) {
 }
 
 // What happens in each cycle of the fault.
-void last(Bus& bus, const Fault& fault) {
+void last(BusFaults& bus, const Fault& fault) {
   if (fault.kind == FaultKind::lostFrame) {
     bus.dropFrames(1);
   } else if (fault.kind == FaultKind::lateFrame) {
@@ -54,7 +54,7 @@ void last(Bus& bus, const Fault& fault) {
   }
 }
 
-void end(Bus& bus, const Fault& fault) {
+void end(BusFaults& bus, const Fault& fault) {
   switch (fault.kind) {
   case FaultKind::silentSlave:
     return bus.setResponding(fault.slave, true);
@@ -78,14 +78,15 @@ void end(Bus& bus, const Fault& fault) {
   }
 }
 
-} // namespace
-
+// Whether such a fault begins at all and lasts.
 bool isSchedulable(const Fault& fault) {
   const int beginnings =
       (fault.at != 0 ? 1 : 0) + (fault.every != 0 ? 1 : 0) + (fault.probability > 0 ? 1 : 0);
   const bool isCounter = fault.counter >= FIRST_ERROR_COUNTER && fault.counter <= LAST_ERROR_COUNTER;
   return beginnings == 1 && fault.duration > 0 && (fault.kind != FaultKind::errorCounter || isCounter);
 }
+
+} // namespace
 
 bool needsSlave(FaultKind kind) {
   return kind != FaultKind::lostFrame && kind != FaultKind::lateFrame && kind != FaultKind::linkDown &&
@@ -96,14 +97,25 @@ bool needsObject(FaultKind kind) {
   return kind == FaultKind::sdoAbort || kind == FaultKind::sdoSilence;
 }
 
+bool FaultSchedule::add(const Fault& fault) {
+  const bool hasPlace = !needsSlave(fault.kind) || m_bus.hasSlave(fault.slave);
+  const bool hasObject =
+      !needsObject(fault.kind) || m_bus.hasObject(fault.slave, fault.index, fault.subindex);
+  const bool accepted = isSchedulable(fault) && hasPlace && hasObject;
+  if (accepted) {
+    m_lines.push_back({fault, 0});
+  }
+  return accepted;
+}
+
 void FaultSchedule::start() {
   m_cycle = 0;
 }
 
-void FaultSchedule::stop(Bus& bus) {
+void FaultSchedule::stop() {
   for (Line& line : m_lines) {
     if (line.left > 0 && !line.fault.acrossActivations) {
-      end(bus, line.fault);
+      end(m_bus, line.fault);
       line.left = 0;
     }
   }
@@ -119,20 +131,20 @@ bool FaultSchedule::begins(const Fault& fault, std::size_t number) const {
   return chance(m_seed, number, cycleOf(fault)) < fault.probability;
 }
 
-void FaultSchedule::step(Bus& bus) {
+void FaultSchedule::step() {
   ++m_cycle;
   ++m_total;
   for (std::size_t number = 0; number < m_lines.size(); ++number) {
     Line& line = m_lines[number];
     if (line.left > 0 && --line.left == 0) {
-      end(bus, line.fault);
+      end(m_bus, line.fault);
     }
     if (line.left == 0 && begins(line.fault, number)) {
       line.left = line.fault.duration;
-      begin(bus, line.fault);
+      begin(m_bus, line.fault);
     }
     if (line.left > 0) {
-      last(bus, line.fault);
+      last(m_bus, line.fault);
     }
   }
 }

@@ -1,9 +1,9 @@
-// Faults on a schedule. It says to the control side of the bus what a test could say there as well, at the
-// moments that its lines give; nothing of it allocates in the cycle.
+// Faults on a schedule: each begins and ends at the moments that its line gives. Nothing of it allocates in
+// the cycle.
 #ifndef ETHERCAT_SIMULATION_FAULT_SCHEDULE_H
 #define ETHERCAT_SIMULATION_FAULT_SCHEDULE_H
 
-#include <ethercat_simulation/Simulation.h>
+#include "faults/BusFaults.h"
 
 namespace ethercat_simulation {
 
@@ -11,21 +11,22 @@ namespace ethercat_simulation {
 constexpr std::uint16_t FIRST_ERROR_COUNTER = 0x0300;
 constexpr std::uint16_t LAST_ERROR_COUNTER = 0x0313;
 
-// Whether such a fault begins at all and lasts.
-bool isSchedulable(const Fault& fault);
 bool needsSlave(FaultKind kind);
 bool needsObject(FaultKind kind);
 
 class FaultSchedule {
 public:
-  void add(const Fault& fault) { m_lines.push_back({fault, 0}); }
+  explicit FaultSchedule(BusFaults& bus) : m_bus(bus) {}
+
+  // False, and nothing added, for a fault without a beginning, or of a slave or an object that is not there.
+  bool add(const Fault& fault);
   void setSeed(std::uint32_t seed) { m_seed = seed; }
 
   // Activation and deactivation.
   void start();
-  void stop(Bus& bus);
+  void stop();
   // One cycle, before its frame goes out.
-  void step(Bus& bus);
+  void step();
 
 private:
   struct Line {
@@ -36,6 +37,7 @@ private:
   std::uint64_t cycleOf(const Fault& fault) const { return fault.acrossActivations ? m_total : m_cycle; }
   bool begins(const Fault& fault, std::size_t number) const;
 
+  BusFaults& m_bus;
   std::vector<Line> m_lines;
   std::uint32_t m_seed = 1;
   std::uint64_t m_cycle = 0; // since activation

@@ -5,11 +5,13 @@
 
 #include "interface/Registry.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdarg>
 #include <cstddef>
 #include <cstring>
 #include <fcntl.h>
+#include <map>
 #include <mutex>
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -110,7 +112,6 @@ int openDevice(unsigned int index, const char* path, int flags) {
   if (descriptor >= 0) {
     const std::lock_guard<std::mutex> lock(tableMutex);
     table()[descriptor] = {master, (flags & O_ACCMODE) != O_RDONLY};
-    master->countDeviceFile(1);
   }
   const int error = errno;
   note(*master, Call::deviceOpen, "\"" + std::string(path) + "\", " + std::to_string(flags), descriptor);
@@ -137,7 +138,6 @@ int closeDevice(int descriptor, Master* master) {
       note(*master, Call::deviceClose, std::to_string(descriptor), -1);
       return orderedFailure(ordered);
     }
-    master->countDeviceFile(-1);
   }
   {
     const std::lock_guard<std::mutex> lock(tableMutex);
@@ -170,15 +170,15 @@ int serveRegisters(Master& master, unsigned long request, const void* record) {
     return EIO;
   }
   if (request == REGISTER_READ) {
-    return master.readRegisters(access.position, access.address, access.data, access.size);
+    return master.slaves().readRegisters(access.position, access.address, access.data, access.size);
   }
   const std::vector<std::uint8_t> written(access.data, access.data + access.size);
   int error = 0;
   if (request == REGISTER_EXCHANGE) {
-    error = master.readRegisters(access.position, access.address, access.data, access.size);
+    error = master.slaves().readRegisters(access.position, access.address, access.data, access.size);
   }
   if (error == 0) {
-    error = master.writeRegisters(access.position, access.address, written.data(), written.size());
+    error = master.slaves().writeRegisters(access.position, access.address, written.data(), written.size());
   }
   return access.emergency != 0 ? 0 : error;
 }
@@ -186,7 +186,7 @@ int serveRegisters(Master& master, unsigned long request, const void* record) {
 int serveState(Master& master, const void* record) {
   StateRequest wish{};
   std::memcpy(&wish, record, sizeof wish);
-  return master.requestState(wish.position, wish.state);
+  return master.slaves().requestState(wish.position, wish.state);
 }
 
 int serve(const OpenFile& file, unsigned long request, void* record) {
@@ -232,6 +232,12 @@ int controlDevice(int descriptor, const OpenFile& file, unsigned long request, v
 }
 
 } // namespace
+
+int openDeviceFiles(const Master& master) {
+  const std::lock_guard<std::mutex> lock(tableMutex);
+  return static_cast<int>(std::count_if(table().begin(), table().end(),
+                                        [&](const auto& entry) { return entry.second.master == &master; }));
+}
 
 void orphanDeviceFiles() {
   const std::lock_guard<std::mutex> lock(tableMutex);

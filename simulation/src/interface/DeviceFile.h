@@ -4,6 +4,9 @@
 
 namespace ethercat_simulation {
 
+class Master;
+
+int openDeviceFiles(const Master& master);
 // The masters are about to go: open device files stay open, with nothing behind them.
 void orphanDeviceFiles();
 

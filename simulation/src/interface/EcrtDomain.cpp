@@ -24,7 +24,7 @@ std::string rowsText(const ec_pdo_entry_reg_t* rows) {
 int ecrt_domain_reg_pdo_entry_list(ec_domain_t* domain, const ec_pdo_entry_reg_t* pdo_entry_regs) {
   return invoke<Domain>(
       Call::regPdoEntryList, domain, BAD_HANDLE_RESULT,
-      [&](Domain& object) { return object.registerEntries(pdo_entry_regs); },
+      [&](Master& master, Domain& object) { return master.setup().registerEntries(object, pdo_entry_regs); },
       [&](const Domain& object) {
         return std::to_string(object.number()) + ", " + rowsText(pdo_entry_regs);
       });

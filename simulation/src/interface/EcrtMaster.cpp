@@ -9,6 +9,22 @@ unsigned int ecrt_version_magic(void) {
   return ECRT_VERSION_MAGIC;
 }
 
+namespace {
+
+ec_master_t* reserve(Master& master) {
+  void* handle = master.reservation().held() ? nullptr : Handles::instance().create(master, master);
+  return master.reserve() ? static_cast<ec_master_t*>(handle) : nullptr;
+}
+
+// To be asked before the end: the real master frees a request that its state machine is still at work on.
+void chargeBusyRequests(Master& master, Call call) {
+  if (master.setup().hasBusySdoRequest()) {
+    master.recorder().addBusyRequest(call, "a");
+  }
+}
+
+} // namespace
+
 ec_master_t* ecrt_request_master(unsigned int master_index) {
   bool explained = false;
   Master* master = Registry::instance().find(master_index, &explained);
@@ -23,7 +39,7 @@ ec_master_t* ecrt_request_master(unsigned int master_index) {
   Recorder& recorder = master->recorder();
   recorder.count(Call::requestMaster);
   int ordered = 0;
-  ec_master_t* handle = recorder.shallFail(Call::requestMaster, &ordered) ? nullptr : master->reserve();
+  ec_master_t* handle = recorder.shallFail(Call::requestMaster, &ordered) ? nullptr : reserve(*master);
   if (recorder.tracing()) {
     recorder.addTrace(Call::requestMaster, std::to_string(master_index),
                       handle == nullptr ? "NULL" : "master");
@@ -33,7 +49,8 @@ ec_master_t* ecrt_request_master(unsigned int master_index) {
 
 void ecrt_release_master(ec_master_t* master) {
   const auto work = [](Master& held) {
-    held.chargeBusyRequests(Call::releaseMaster);
+    chargeBusyRequests(held, Call::releaseMaster);
+    Handles::instance().killAll(held);
     held.release();
     return Nothing{};
   };
@@ -54,7 +71,11 @@ ec_slave_config_t* ecrt_master_slave_config(ec_master_t* master, uint16_t alias,
                                             uint32_t vendor_id, uint32_t product_code) {
   return invoke<Master, ec_slave_config_t*>(
       Call::slaveConfig, master, nullptr,
-      [&](Master& held) { return held.createConfiguration(alias, position, vendor_id, product_code); },
+      [&](Master& held) {
+        SlaveConfiguration* made = held.setup().configuration(alias, position, vendor_id, product_code);
+        return made == nullptr ? nullptr
+                               : static_cast<ec_slave_config_t*>(Handles::instance().create(*made, held));
+      },
       [&](const Master&) {
         return std::to_string(alias) + ", " + std::to_string(position) + ", " + hexText(vendor_id, 8) + ", " +
                hexText(product_code, 8);
@@ -63,7 +84,11 @@ ec_slave_config_t* ecrt_master_slave_config(ec_master_t* master, uint16_t alias,
 
 ec_domain_t* ecrt_master_create_domain(ec_master_t* master) {
   return invoke<Master, ec_domain_t*>(
-      Call::createDomain, master, nullptr, [](Master& held) { return held.createDomain(); }, NoArguments());
+      Call::createDomain, master, nullptr,
+      [](Master& held) {
+        return static_cast<ec_domain_t*>(Handles::instance().create(held.setup().createDomain(), held));
+      },
+      NoArguments());
 }
 
 int ecrt_master_activate(ec_master_t* master) {
@@ -73,7 +98,8 @@ int ecrt_master_activate(ec_master_t* master) {
 
 void ecrt_master_deactivate(ec_master_t* master) {
   const auto work = [](Master& held) {
-    held.chargeBusyRequests(Call::deactivate);
+    chargeBusyRequests(held, Call::deactivate);
+    Handles::instance().killSetUp(held);
     held.deactivate();
     return Nothing{};
   };
@@ -131,7 +157,7 @@ void ecrt_master_application_time(ec_master_t* master, uint64_t app_time) {
 
 void ecrt_master_sync_reference_clock(ec_master_t* master) {
   const auto work = [](Master& held) {
-    if (held.hasReferenceClock()) {
+    if (held.topology().hasReferenceClock()) {
       held.clock().queueReferenceSync();
     }
     return Nothing{};
@@ -141,7 +167,7 @@ void ecrt_master_sync_reference_clock(ec_master_t* master) {
 
 void ecrt_master_sync_slave_clocks(ec_master_t* master) {
   const auto work = [](Master& held) {
-    if (held.hasReferenceClock()) {
+    if (held.topology().hasReferenceClock()) {
       held.clock().queueRead();
     }
     return Nothing{};
@@ -151,7 +177,7 @@ void ecrt_master_sync_slave_clocks(ec_master_t* master) {
 
 int ecrt_master_reference_clock_time(ec_master_t* master, uint32_t* time) {
   const auto work = [&](Master& held) {
-    return held.hasReferenceClock() ? held.clock().referenceTime(*time) : -ENXIO;
+    return held.topology().hasReferenceClock() ? held.clock().referenceTime(*time) : -ENXIO;
   };
   return invoke<Master>(Call::referenceClockTime, master, BAD_HANDLE_RESULT, work, NoArguments());
 }
@@ -161,11 +187,11 @@ int ecrt_master_select_reference_clock(ec_master_t* master, ec_slave_config_t* s
     if (sc == nullptr) {
       return 0;
     }
-    const auto* configuration = resolve<SlaveConfiguration>(Call::selectReferenceClock, sc);
+    const Handle* configuration = resolve<SlaveConfiguration>(Call::selectReferenceClock, sc);
     if (configuration == nullptr) {
       return BAD_HANDLE_RESULT;
     }
-    if (&configuration->master() != &held) {
+    if (configuration->owner != &held) {
       held.recorder().addForeignHandle(Call::selectReferenceClock);
       return BAD_HANDLE_RESULT;
     }

@@ -3,6 +3,21 @@
 
 using namespace ethercat_simulation;
 
+namespace {
+
+void start(Call call, ec_sdo_request_t* handle) {
+  const auto work = [&](Master& master, SdoRequest& request) {
+    if (request.isBusy()) {
+      master.recorder().addBusyRequest(call, "the");
+    }
+    request.start(call == Call::sdoRead, master.time().now());
+    return Nothing{};
+  };
+  invoke<SdoRequest>(call, handle, Nothing{}, work, NoArguments());
+}
+
+} // namespace
+
 void ecrt_sdo_request_timeout(ec_sdo_request_t* req, uint32_t timeout) {
   const auto work = [&](SdoRequest& request) {
     request.setTimeout(timeout);
@@ -15,24 +30,20 @@ void ecrt_sdo_request_timeout(ec_sdo_request_t* req, uint32_t timeout) {
 
 ec_request_state_t ecrt_sdo_request_state(ec_sdo_request_t* req) {
   return invoke<SdoRequest>(
-      Call::sdoState, req, EC_REQUEST_ERROR, [](SdoRequest& request) { return request.state(); },
+      Call::sdoState, req, EC_REQUEST_ERROR,
+      [](Master& master, SdoRequest& request) {
+        master.catchUp();
+        return request.state();
+      },
       NoArguments());
 }
 
 void ecrt_sdo_request_read(ec_sdo_request_t* req) {
-  const auto work = [](SdoRequest& request) {
-    request.start(true);
-    return Nothing{};
-  };
-  invoke<SdoRequest>(Call::sdoRead, req, Nothing{}, work, NoArguments());
+  start(Call::sdoRead, req);
 }
 
 void ecrt_sdo_request_write(ec_sdo_request_t* req) {
-  const auto work = [](SdoRequest& request) {
-    request.start(false);
-    return Nothing{};
-  };
-  invoke<SdoRequest>(Call::sdoWrite, req, Nothing{}, work, NoArguments());
+  start(Call::sdoWrite, req);
 }
 
 uint8_t* ecrt_sdo_request_data(ec_sdo_request_t* req) {

@@ -6,8 +6,7 @@ using namespace ethercat_simulation;
 namespace {
 
 std::string describe(std::uint16_t position, const SdoPlace& place) {
-  return std::to_string(position) + ", " + hexText(place.index, 4) + ":" +
-         (place.complete ? "complete" : hexText(place.subindex, 2).substr(2));
+  return std::to_string(position) + ", " + place.text();
 }
 
 // Runs transfer(dictionary, fault) on the slave of this position, when it can answer at all.
@@ -22,7 +21,7 @@ int blocking(Master& master, std::uint16_t position, const SdoPlace& place, std:
   if (!unit->identity().coe) {
     return -EPROTONOSUPPORT;
   }
-  master.waitForBus(32 * MILLISECOND);
+  master.slaves().waitForBus(32 * MILLISECOND);
   if (!unit->responding() || !unit->hasMailbox() || !master.topology().link()) {
     return -EIO;
   }

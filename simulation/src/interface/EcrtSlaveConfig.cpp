@@ -41,9 +41,11 @@ std::string syncsText(unsigned int count, const ec_sync_info_t* syncs) {
 }
 
 // Null when there is no memory for a buffer of that size, as the real library has it.
-ec_sdo_request_t* createRequest(SlaveConfiguration& configuration, const SdoPlace& place, std::size_t size) {
+ec_sdo_request_t* createRequest(Master& master, SlaveConfiguration& configuration, const SdoPlace& place,
+                                std::size_t size) {
   try {
-    return configuration.master().createSdoRequest(configuration, place, size);
+    SdoRequest& request = master.setup().createSdoRequest(configuration, place, size);
+    return static_cast<ec_sdo_request_t*>(Handles::instance().create(request, master));
   } catch (const std::bad_alloc&) {
     return nullptr;
   }
@@ -78,7 +80,9 @@ ec_sdo_request_t* ecrt_slave_config_create_sdo_request(ec_slave_config_t* sc, ui
   const SdoPlace place{index, subindex, false};
   return invoke<SlaveConfiguration, ec_sdo_request_t*>(
       Call::createSdoRequest, sc, nullptr,
-      [&](SlaveConfiguration& configuration) { return createRequest(configuration, place, size); },
+      [&](Master& master, SlaveConfiguration& configuration) {
+        return createRequest(master, configuration, place, size);
+      },
       [&](const SlaveConfiguration& configuration) {
         return configuration.place() + ", " + hexText(index, 4) + ":" + hexText(subindex, 2).substr(2) +
                ", " + std::to_string(size);
@@ -90,7 +94,9 @@ ec_sdo_request_t* ecrt_slave_config_create_sdo_request_complete(ec_slave_config_
   const SdoPlace place{index, 0, true};
   return invoke<SlaveConfiguration, ec_sdo_request_t*>(
       Call::createSdoRequestComplete, sc, nullptr,
-      [&](SlaveConfiguration& configuration) { return createRequest(configuration, place, size); },
+      [&](Master& master, SlaveConfiguration& configuration) {
+        return createRequest(master, configuration, place, size);
+      },
       [&](const SlaveConfiguration& configuration) {
         return configuration.place() + ", " + hexText(index, 4) + ", " + std::to_string(size);
       });

@@ -1,5 +1,7 @@
 #include "interface/Handles.h"
 
+#include <algorithm>
+
 namespace ethercat_simulation {
 
 Handles& Handles::instance() {
@@ -16,8 +18,11 @@ void* Handles::append(const Handle& handle) {
     block = std::make_unique<Handle[]>(startOf(blockOf(number) + 1) - startOf(blockOf(number)));
   }
   record(number) = handle;
+  void* address =
+      reinterpret_cast<void*>(BASE + (m_forgotten + number) * STRIDE); // NOLINT(performance-no-int-to-ptr)
+  m_alive[handle.owner].push_back(address);
   m_count.store(number + 1, std::memory_order_release);
-  return reinterpret_cast<void*>(BASE + (m_forgotten + number) * STRIDE); // NOLINT(performance-no-int-to-ptr)
+  return address;
 }
 
 void Handles::kill(void* address) {
@@ -27,7 +32,24 @@ void Handles::kill(void* address) {
   }
 }
 
+template <class Keeps> void Handles::killUnless(const Master& owner, Keeps keeps) {
+  const std::lock_guard<std::mutex> lock(m_growth);
+  std::vector<void*>& alive = m_alive[&owner];
+  const auto firstDead = std::stable_partition(alive.begin(), alive.end(), keeps);
+  std::for_each(firstDead, alive.end(), [&](void* address) { kill(address); });
+  alive.erase(firstDead, alive.end());
+}
+
+void Handles::killSetUp(const Master& owner) {
+  killUnless(owner, [&](const void* address) { return find(address)->kind == HandleKind::master; });
+}
+
+void Handles::killAll(const Master& owner) {
+  killUnless(owner, [](const void* /*address*/) { return false; });
+}
+
 void Handles::forgetAll() {
+  m_alive.clear();
   m_forgotten += m_count.exchange(0);
   for (auto& block : m_blocks) {
     block.reset();

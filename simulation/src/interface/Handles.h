@@ -11,6 +11,8 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <unordered_map>
+#include <vector>
 
 namespace ethercat_simulation {
 
@@ -51,6 +53,10 @@ public:
     return append({kindOf<Object>(), &object, &owner});
   }
   void kill(void* address);
+  // What the application has set up on a master dies with a deactivation; the master's own handle only with
+  // its release.
+  void killSetUp(const Master& owner);
+  void killAll(const Master& owner);
   // Every handle so far is dead for ever, and the records of them are dropped.
   void forgetAll();
 
@@ -69,6 +75,7 @@ public:
 private:
   Handles() = default;
   void* append(const Handle& handle);
+  template <class Keeps> void killUnless(const Master& owner, Keeps keeps);
 
   // Blocks of 64, 64, 128, 256 and so on: of a number, the highest bit tells the block.
   static constexpr std::size_t FIRST_BLOCK = 64;
@@ -89,7 +96,8 @@ private:
   std::size_t m_forgotten = 0; // handles of earlier times
   std::atomic<std::size_t> m_count{0};
   std::array<std::unique_ptr<Handle[]>, 32> m_blocks;
-  std::mutex m_growth;
+  std::unordered_map<const Master*, std::vector<void*>> m_alive;
+  std::mutex m_growth; // of both
 };
 
 } // namespace ethercat_simulation

@@ -3,6 +3,7 @@
 #ifndef ETHERCAT_SIMULATION_INVOKE_H
 #define ETHERCAT_SIMULATION_INVOKE_H
 
+#include "interface/Handles.h"
 #include "interface/Registry.h"
 
 #include <cerrno>
@@ -18,10 +19,10 @@ constexpr int BAD_HANDLE_RESULT = -EPERM;
 void chargeBadHandle(Call call, const void* handle);
 
 // Null, and counted as misuse, for anything but a living handle of this kind.
-template <class Object> Object* resolve(Call call, const void* address) {
+template <class Object> const Handle* resolve(Call call, const void* address) {
   const Handle* handle = Handles::instance().find(address);
   if (handle != nullptr && handle->object != nullptr && handle->kind == kindOf<Object>()) {
-    return static_cast<Object*>(handle->object);
+    return handle;
   }
   chargeBadHandle(call, address);
   return nullptr;
@@ -49,25 +50,31 @@ std::string resultText(const std::uint8_t* result);
 std::string placeText(const ec_slave_config_t* configuration);
 std::string hexText(std::uint32_t value, int digits);
 
-// `describe` gives the arguments behind the master as text; it is asked only while tracing.
+// `work` does the call on the object, and on its master where it asks for both. `describe` gives the
+// arguments behind the master as text; it is asked only while tracing.
 template <class Object, class Result, class Work, class Describe>
 Result invoke(Call call, const void* handle, Result badHandle, Work work, Describe describe) {
-  Object* object = resolve<Object>(call, handle);
-  if (object == nullptr) {
+  const Handle* known = resolve<Object>(call, handle);
+  if (known == nullptr) {
     return badHandle;
   }
-  Master& master = object->master();
+  auto& object = *static_cast<Object*>(known->object);
+  Master& master = *known->owner;
   Recorder& recorder = master.recorder();
   recorder.count(call);
   // Named before the work: that may end the object.
-  const std::string arguments = recorder.tracing() ? describe(*object) : std::string();
+  const std::string arguments = recorder.tracing() ? describe(object) : std::string();
   int ordered = 0;
   Result result = badHandle;
   if (recorder.shallFail(call, &ordered)) {
     result = orderedResult<Result>(ordered);
   } else {
-    recorder.checkOrder(call, master.active());
-    result = work(*object);
+    recorder.checkOrder(call, master.reservation().active());
+    if constexpr (std::is_invocable_v<Work, Master&, Object&>) {
+      result = work(master, object);
+    } else {
+      result = work(object);
+    }
   }
   if (recorder.tracing()) {
     recorder.addTrace(call, arguments, resultText(result));

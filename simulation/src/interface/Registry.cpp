@@ -2,6 +2,7 @@
 
 #include "busfile/BusFile.h"
 #include "interface/DeviceFile.h"
+#include "interface/Handles.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -71,31 +72,6 @@ Master* Registry::culprit() {
     return m_masters.begin()->second.get();
   }
   return m_lastRequested;
-}
-
-Bus& bus(unsigned int masterIndex) {
-  return Registry::instance().make(masterIndex);
-}
-
-void reset() {
-  Registry::instance().reset();
-}
-
-std::string loadBusFile(const std::string& path) {
-  std::vector<BusPlan> plans;
-  std::string problem = readBusFile(path, plans);
-  for (const BusPlan& plan : plans) {
-    const Master* master = Registry::instance().known(plan.index);
-    if (problem.empty() && master != nullptr && (master->reserved() || master->slaveCount() > 0)) {
-      problem = path + ": " + plan.place + ": master " + std::to_string(plan.index) + " has a bus already";
-    }
-  }
-  if (problem.empty()) {
-    for (const BusPlan& plan : plans) {
-      plan.build(Registry::instance().make(plan.index));
-    }
-  }
-  return problem;
 }
 
 } // namespace ethercat_simulation

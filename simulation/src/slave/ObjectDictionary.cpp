@@ -1,10 +1,21 @@
 #include "slave/ObjectDictionary.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <tuple>
 #include <utility>
 
 namespace ethercat_simulation {
+
+std::string SdoPlace::text() const {
+  char text[32];
+  if (complete) {
+    std::snprintf(text, sizeof text, "0x%04X:complete", unsigned{index});
+  } else {
+    std::snprintf(text, sizeof text, "0x%04X:%02X", unsigned{index}, unsigned{subindex});
+  }
+  return text;
+}
 
 ObjectDictionary::ObjectDictionary(const std::vector<Object>& objects) {
   for (const Object& object : objects) {

@@ -11,6 +11,7 @@ struct SdoPlace {
   std::uint16_t index;
   std::uint8_t subindex; // 0 for complete access
   bool complete;
+  std::string text() const; // "0x6040:00", "0x6040:complete"
 };
 
 // Why a slave refuses a transfer, as it says it in the abort.

@@ -1,5 +1,6 @@
-// The slave's side of the process data: the bytes behind its sync managers and the models that fill them.
-#include "slave/SlaveConfiguration.h"
+#include "slave/ProcessData.h"
+
+#include "slave/SlaveUnit.h"
 
 #include <algorithm>
 #include <cstring>
@@ -31,15 +32,15 @@ std::uint64_t readBits(const std::vector<std::uint8_t>& bytes, std::size_t bit, 
 
 } // namespace
 
-void SlaveConfiguration::allocateProcessData() {
+void ProcessData::allocate(const SyncManagerPlans& plans, const std::vector<Fmmu>& fmmus) {
   // A block keeps the size of its first registration, even when the PDOs have been configured anew since.
   std::array<std::size_t, SYNC_MANAGER_COUNT> outputSize{};
   std::array<std::size_t, SYNC_MANAGER_COUNT> inputSize{};
   for (unsigned int manager = 0; manager < SYNC_MANAGER_COUNT; ++manager) {
-    const SyncManagerPlan& plan = m_plans[manager];
+    const SyncManagerPlan& plan = plans[manager];
     (plan.direction == EC_DIR_INPUT ? inputSize : outputSize)[manager] = plan.size();
   }
-  for (const Fmmu& fmmu : m_fmmus) {
+  for (const Fmmu& fmmu : fmmus) {
     std::size_t& size = (fmmu.direction == EC_DIR_INPUT ? inputSize : outputSize)[fmmu.syncManager];
     size = std::max(size, fmmu.size);
   }
@@ -52,20 +53,20 @@ void SlaveConfiguration::allocateProcessData() {
     m_inputStart[manager] = inputs;
     outputs += outputSize[manager];
     inputs += inputSize[manager];
-    if (m_plans[manager].direction == EC_DIR_INPUT) {
-      placeEntries(manager, m_inputStart[manager], m_inputEntries);
+    if (plans[manager].direction == EC_DIR_INPUT) {
+      placeEntries(plans[manager].pdos, m_inputStart[manager], m_inputEntries);
     } else {
-      placeEntries(manager, m_outputStart[manager], m_outputEntries);
+      placeEntries(plans[manager].pdos, m_outputStart[manager], m_outputEntries);
     }
   }
   m_outputs.assign(outputs, 0);
   m_inputs.assign(inputs, 0);
 }
 
-void SlaveConfiguration::placeEntries(unsigned int manager, std::size_t start,
-                                      std::vector<EntryPlace>& entries) const {
+void ProcessData::placeEntries(const std::vector<Pdo>& pdos, std::size_t start,
+                               std::vector<EntryPlace>& entries) {
   std::size_t bit = start * 8;
-  for (const Pdo& pdo : m_plans[manager].pdos) {
+  for (const Pdo& pdo : pdos) {
     for (const Entry& entry : pdo.entries) {
       if (entry.index != 0) {
         entries.push_back({bit, entry, nullptr});
@@ -75,51 +76,51 @@ void SlaveConfiguration::placeEntries(unsigned int manager, std::size_t start,
   }
 }
 
-void SlaveConfiguration::findObjects(SlaveUnit& unit) {
+void ProcessData::findObjects() {
   for (std::vector<EntryPlace>* entries : {&m_outputEntries, &m_inputEntries}) {
     for (EntryPlace& place : *entries) {
-      place.object = unit.dictionary().bytes(place.entry.index, place.entry.subindex);
+      place.object = m_unit->dictionary().bytes(place.entry.index, place.entry.subindex);
     }
   }
 }
 
-void SlaveConfiguration::bindProcessData(SlaveUnit* unit) {
-  if (m_answering != unit) {
+void ProcessData::bind(SlaveUnit& unit) {
+  if (m_unit != &unit) {
     std::fill(m_outputs.begin(), m_outputs.end(), std::uint8_t{0});
     std::fill(m_inputs.begin(), m_inputs.end(), std::uint8_t{0});
     m_frames = 0;
   }
-  m_answering = unit;
+  m_unit = &unit;
   m_freshOutputs = false;
-  if (unit->hasDrive()) {
-    findObjects(*unit);
+  if (unit.hasDrive()) {
+    findObjects();
   }
 }
 
-void SlaveConfiguration::produceInputs(std::uint64_t frame) {
+void ProcessData::produceInputs(std::uint64_t frame) {
   if (m_lastFrame == frame) {
     return;
   }
   m_lastFrame = frame;
   ++m_frames;
-  const std::vector<std::uint8_t>& pinned = m_answering->pinnedInputs();
+  const std::vector<std::uint8_t>& pinned = m_unit->pinnedInputs();
   if (m_inputs.empty()) {
     return;
   }
   if (!pinned.empty()) {
     std::memcpy(m_inputs.data(), pinned.data(), std::min(pinned.size(), m_inputs.size()));
-  } else if (m_answering->identity().model == SlaveModel::counter) {
+  } else if (m_unit->identity().model == SlaveModel::counter) {
     for (const EntryPlace& entry : m_inputEntries) {
       writeBits(m_inputs, entry.bit, entry.entry.bitLength, m_frames);
     }
-  } else if (m_answering->hasDrive()) {
+  } else if (m_unit->hasDrive()) {
     produceObjects();
   } else if (!m_outputs.empty()) {
     std::memcpy(m_inputs.data(), m_outputs.data(), std::min(m_inputs.size(), m_outputs.size()));
   }
 }
 
-void SlaveConfiguration::produceObjects() {
+void ProcessData::produceObjects() {
   for (const EntryPlace& place : m_inputEntries) {
     std::uint64_t value = 0;
     if (place.object != nullptr) {
@@ -129,8 +130,8 @@ void SlaveConfiguration::produceObjects() {
   }
 }
 
-bool SlaveConfiguration::takeObjects(const SlaveUnit& unit) {
-  if (m_answering != &unit || !m_freshOutputs) {
+bool ProcessData::takeObjects(const SlaveUnit& unit) {
+  if (m_unit != &unit || !m_freshOutputs) {
     return false;
   }
   m_freshOutputs = false;
@@ -143,7 +144,7 @@ bool SlaveConfiguration::takeObjects(const SlaveUnit& unit) {
   return true;
 }
 
-std::uint8_t* SlaveConfiguration::processData(const Fmmu& fmmu) {
+std::uint8_t* ProcessData::at(const Fmmu& fmmu) {
   return fmmu.direction == EC_DIR_INPUT ? m_inputs.data() + m_inputStart[fmmu.syncManager]
                                         : m_outputs.data() + m_outputStart[fmmu.syncManager];
 }

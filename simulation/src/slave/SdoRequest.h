@@ -1,31 +1,25 @@
-// SDO requests of one slave configuration: the request as the application holds it, and the queue in which
-// the slave's state machine finds it. Nothing here allocates after creation.
+// An SDO request as the application holds it and as the slave serves it. Nothing here allocates after
+// creation.
 #ifndef ETHERCAT_SIMULATION_SDO_REQUEST_H
 #define ETHERCAT_SIMULATION_SDO_REQUEST_H
 
 #include "base/SimulatedTime.h"
 #include "slave/ObjectDictionary.h"
 
-#include <memory>
-
 namespace ethercat_simulation {
-
-class Master;
-class SlaveConfiguration;
-class SlaveUnit;
 
 class SdoRequest {
 public:
-  SdoRequest(SlaveConfiguration& owner, const SdoPlace& place, std::size_t size);
+  // `slave` names the slave: "0:1".
+  SdoRequest(std::string slave, const SdoPlace& place, std::size_t size);
 
-  Master& master() const;
   // "0:1 0x6040:00", "0:1 0x6040:complete"
   std::string place() const;
 
   // The application's side.
   void setTimeout(std::uint32_t milliseconds) { m_timeout = milliseconds; }
   ec_request_state_t state();
-  void start(bool read); // while busy: starts over, and is charged as misuse
+  void start(bool read, Moment now); // starts over while busy
   std::uint8_t* data() { return m_size == 0 ? nullptr : m_buffer.data(); }
   std::size_t dataSize() const { return m_dataSize; }
 
@@ -42,7 +36,7 @@ public:
   void finish(ObjectDictionary& dictionary);
 
 private:
-  SlaveConfiguration& m_owner;
+  std::string m_slave;
   SdoPlace m_place;
   std::size_t m_size;                 // as created
   std::size_t m_dataSize;             // as the last read left it
@@ -54,31 +48,6 @@ private:
   std::uint32_t m_timeout = 0;
   std::uint64_t m_waited = 0; // rounds
   Moment m_started = 0;
-};
-
-// What transfers take from their turn on.
-struct SdoPace {
-  Span answered;
-  Span unanswered;
-  bool isInTime() const { return answered.rounds == 0; }
-};
-
-// One transfer at a time, in order of creation.
-class SdoQueue {
-public:
-  SdoRequest& add(SlaveConfiguration& owner, const SdoPlace& place, std::size_t size);
-  // One round of the slave's state machine; null: the configuration is not attached.
-  void step(SlaveUnit* unit, const SdoPace& pace, Moment now);
-  bool isAnyBusy() const;
-
-private:
-  void failAll();
-  void pick(const SlaveUnit& unit, const SdoPace& pace, Moment now);
-  void progress(SlaveUnit& unit, Moment now);
-
-  std::vector<std::unique_ptr<SdoRequest>> m_requests;
-  SdoRequest* m_running = nullptr;
-  Wait m_end;
 };
 
 } // namespace ethercat_simulation

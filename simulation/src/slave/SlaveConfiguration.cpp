@@ -1,6 +1,5 @@
 #include "slave/SlaveConfiguration.h"
 
-#include "master/Master.h"
 #include "slave/PdoWriter.h"
 
 #include <algorithm>
@@ -66,7 +65,7 @@ int SlaveConfiguration::configurePdos(unsigned int count, const ec_sync_info_t* 
 }
 
 std::uint16_t SlaveConfiguration::writeTo(SlaveUnit& unit) const {
-  const PdoWriter writer(unit.pdos(), unit.identity(), m_owner.index(), m_ringPosition);
+  const PdoWriter writer(unit.pdos(), unit.identity(), m_master, m_ringPosition);
   writer.write(m_plans);
   const std::uint16_t code = unit.pdos().check(m_plans);
   if (code != 0) {
@@ -106,50 +105,41 @@ Pdo* SlaveConfiguration::findPdo(std::uint16_t index) {
   return nullptr;
 }
 
-int SlaveConfiguration::registerEntry(std::uint16_t index, std::uint8_t subindex, Domain& domain,
-                                      unsigned int* bitPosition) {
-  for (unsigned int manager = 0; manager < SYNC_MANAGER_COUNT; ++manager) {
-    std::size_t bits = 0;
-    for (const Pdo& pdo : m_plans[manager].pdos) {
+bool SlaveConfiguration::find(std::uint16_t index, std::uint8_t subindex, EntryPosition& position) const {
+  for (position.syncManager = 0; position.syncManager < SYNC_MANAGER_COUNT; ++position.syncManager) {
+    position.bit = 0;
+    for (const Pdo& pdo : m_plans[position.syncManager].pdos) {
       for (const Entry& entry : pdo.entries) {
         if (entry.index == index && entry.subindex == subindex) {
-          const int start = reserve(domain, manager);
-          if (start < 0) {
-            return start;
-          }
-          if (bitPosition != nullptr) {
-            *bitPosition = static_cast<unsigned int>(bits % 8);
-          } else if (bits % 8 != 0) {
-            return -EFAULT; // the block stays reserved
-          }
-          return start + static_cast<int>(bits / 8);
+          return true;
         }
-        bits += entry.bitLength;
+        position.bit += entry.bitLength;
       }
     }
   }
-  return -ENOENT;
+  return false;
+}
+
+const Fmmu* SlaveConfiguration::fmmu(unsigned int domain, unsigned int syncManager) const {
+  const auto found = std::find_if(m_fmmus.begin(), m_fmmus.end(), [&](const Fmmu& fmmu) {
+    return fmmu.domain == domain && fmmu.syncManager == syncManager;
+  });
+  return found != m_fmmus.end() ? &*found : nullptr;
+}
+
+const Fmmu* SlaveConfiguration::addFmmu(unsigned int domain, unsigned int syncManager, std::size_t offset) {
+  if (m_fmmus.size() == FMMU_COUNT) {
+    return nullptr;
+  }
+  const SyncManagerPlan& plan = m_plans[syncManager];
+  m_fmmus.push_back({domain, syncManager, plan.direction, offset, plan.size()});
+  return &m_fmmus.back();
 }
 
 void SlaveConfiguration::describeFmmus(std::vector<FmmuPlace>& places) const {
   for (const Fmmu& fmmu : m_fmmus) {
-    places.push_back({fmmu.domain->number(), fmmu.syncManager, fmmu.offset, fmmu.size});
+    places.push_back({fmmu.domain, fmmu.syncManager, fmmu.offset, fmmu.size});
   }
-}
-
-int SlaveConfiguration::reserve(Domain& domain, unsigned int syncManager) {
-  for (const Fmmu& fmmu : m_fmmus) {
-    if (fmmu.domain == &domain && fmmu.syncManager == syncManager) {
-      return static_cast<int>(fmmu.offset);
-    }
-  }
-  if (m_fmmus.size() == FMMU_COUNT) {
-    return -EOVERFLOW;
-  }
-  const SyncManagerPlan& plan = m_plans[syncManager];
-  m_fmmus.push_back({&domain, syncManager, plan.direction, domain.size(), plan.size()});
-  domain.append(*this, m_fmmus.back());
-  return static_cast<int>(m_fmmus.back().offset);
 }
 
 } // namespace ethercat_simulation

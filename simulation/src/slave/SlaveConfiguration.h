@@ -1,34 +1,27 @@
-// What the application wants of the slave at one place: its PDOs, its FMMUs and, once the slave carries them,
-// its process data. The memory of the process data is here, so that a slave that comes back costs no
-// allocation.
+// What the application wants of the slave at one place: its PDOs, its FMMUs, its SDO requests and, once the
+// slave carries them, its process data.
 #ifndef ETHERCAT_SIMULATION_SLAVE_CONFIGURATION_H
 #define ETHERCAT_SIMULATION_SLAVE_CONFIGURATION_H
 
-#include "slave/SdoRequest.h"
+#include "slave/ProcessData.h"
+#include "slave/SdoQueue.h"
 #include "slave/SlaveUnit.h"
 
 namespace ethercat_simulation {
 
-class Domain;
-class Master;
-
-// A whole sync manager in a domain.
-struct Fmmu {
-  const Domain* domain;
+// Where an entry lies in the PDOs of a configuration.
+struct EntryPosition {
   unsigned int syncManager;
-  ec_direction_t direction;
-  std::size_t offset; // in the domain, bytes
-  std::size_t size;
+  std::size_t bit; // in the sync manager
 };
 
 class SlaveConfiguration {
 public:
-  SlaveConfiguration(Master& owner, std::uint16_t alias, std::uint16_t position, std::uint32_t vendorId,
+  SlaveConfiguration(unsigned int master, std::uint16_t alias, std::uint16_t position, std::uint32_t vendorId,
                      std::uint32_t productCode)
-      : m_owner(owner), m_alias(alias), m_position(position), m_vendorId(vendorId),
+      : m_master(master), m_alias(alias), m_position(position), m_vendorId(vendorId),
         m_productCode(productCode) {}
 
-  Master& master() const { return m_owner; }
   bool describes(std::uint32_t vendorId, std::uint32_t productCode) const {
     return m_vendorId == vendorId && m_productCode == productCode;
   }
@@ -44,12 +37,16 @@ public:
 
   void loadDefaultMapping();
   int configurePdos(unsigned int count, const ec_sync_info_t* syncs);
-  // Finds the entry and reserves its sync manager in the domain. Byte offset in the domain, or -ENOENT,
-  // -EOVERFLOW.
-  int registerEntry(std::uint16_t index, std::uint8_t subindex, Domain& domain, unsigned int* bitPosition);
+  // False when no PDO has this entry.
+  bool find(std::uint16_t index, std::uint8_t subindex, EntryPosition& position) const;
+  // Null when the sync manager is not in this domain.
+  const Fmmu* fmmu(unsigned int domain, unsigned int syncManager) const;
+  // Puts a sync manager into a domain. Null when the slave has no FMMU left.
+  const Fmmu* addFmmu(unsigned int domain, unsigned int syncManager, std::size_t offset);
+  void describeFmmus(std::vector<FmmuPlace>& places) const;
 
   SdoRequest& createSdoRequest(const SdoPlace& place, std::size_t size) {
-    return m_sdoRequests.add(*this, place, size);
+    return m_sdoRequests.add(this->place(), place, size);
   }
   void stepSdoRequests(const SdoPace& pace, Moment now) { m_sdoRequests.step(m_unit, pace, now); }
   bool hasBusySdoRequest() const { return m_sdoRequests.isAnyBusy(); }
@@ -58,39 +55,19 @@ public:
   std::uint16_t writeTo(SlaveUnit& unit) const;
 
   // Activation: makes room for the bytes of every sync manager.
-  void allocateProcessData();
-  // The slave has been told its FMMUs; from now on it answers in this configuration's name.
-  void bindProcessData(SlaveUnit* unit);
+  void allocateProcessData() { m_processData.allocate(m_plans, m_fmmus); }
+  ProcessData& processData() { return m_processData; }
+  // The slave that has been told its FMMUs, and answers in this configuration's name now.
   SlaveUnit* answering() const {
-    return m_answering != nullptr && m_answering->written() == this && m_answering->exchanges() ? m_answering
-                                                                                                : nullptr;
+    SlaveUnit* unit = m_processData.unit();
+    return unit != nullptr && unit->written() == this && unit->exchanges() ? unit : nullptr;
   }
-  // The slave makes its inputs, once per frame: `frame` tells one from the next.
-  void produceInputs(std::uint64_t frame);
-  // The slave has taken output bytes from a frame.
-  void noteOutputs() { m_freshOutputs = true; }
-  // Carries the outputs into the objects that they map. False when none have come since the last call, or
-  // the bytes are not this slave's.
-  bool takeObjects(const SlaveUnit& unit);
-  void describeFmmus(std::vector<FmmuPlace>& places) const;
-  std::uint8_t* processData(const Fmmu& fmmu);
-  const std::vector<std::uint8_t>& outputs() const { return m_outputs; }
 
 private:
-  struct EntryPlace {
-    std::size_t bit;
-    Entry entry;
-    std::vector<std::uint8_t>* object; // of a drive; null when it has no such object
-  };
-
   std::vector<Entry> defaultEntries(std::uint16_t pdoIndex) const;
   Pdo* findPdo(std::uint16_t index);
-  int reserve(Domain& domain, unsigned int syncManager);
-  void placeEntries(unsigned int manager, std::size_t start, std::vector<EntryPlace>& entries) const;
-  void findObjects(SlaveUnit& unit);
-  void produceObjects();
 
-  Master& m_owner;
+  unsigned int m_master; // its index
   std::uint16_t m_alias;
   std::uint16_t m_position;
   std::uint32_t m_vendorId;
@@ -100,17 +77,7 @@ private:
   SyncManagerPlans m_plans;
   std::vector<Fmmu> m_fmmus;
   SdoQueue m_sdoRequests;
-
-  SlaveUnit* m_answering = nullptr;
-  std::vector<std::uint8_t> m_outputs;
-  std::vector<std::uint8_t> m_inputs;
-  std::array<std::size_t, SYNC_MANAGER_COUNT> m_outputStart{};
-  std::array<std::size_t, SYNC_MANAGER_COUNT> m_inputStart{};
-  std::vector<EntryPlace> m_outputEntries;
-  std::vector<EntryPlace> m_inputEntries;
-  bool m_freshOutputs = false;
-  std::uint64_t m_lastFrame = 0;
-  std::uint64_t m_frames = 0;
+  ProcessData m_processData;
 };
 
 } // namespace ethercat_simulation

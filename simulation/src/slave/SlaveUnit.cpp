@@ -20,6 +20,12 @@ Slave completed(Slave slave) {
   return slave;
 }
 
+ObjectBytes objectBytes(ObjectDictionary& dictionary) {
+  return [&dictionary](std::uint16_t index, std::uint8_t subindex) -> std::vector<std::uint8_t>& {
+    return *dictionary.bytes(index, subindex);
+  };
+}
+
 constexpr std::uint16_t WATCHDOG_CODE = 0x001B;
 constexpr std::uint16_t REFUSAL_CODE = 0x0011; // invalid requested state change
 
@@ -27,8 +33,9 @@ constexpr std::uint16_t REFUSAL_CODE = 0x0011; // invalid requested state change
 
 SlaveUnit::SlaveUnit(const Slave& identity)
     : m_identity(completed(identity)), m_dictionary(m_identity.objects),
-      m_drive(identity.model == SlaveModel::drive ? std::make_unique<DriveModel>(m_dictionary, identity.drive)
-                                                  : nullptr) {}
+      m_drive(identity.model == SlaveModel::drive
+                  ? std::make_unique<DriveModel>(objectBytes(m_dictionary), identity.drive)
+                  : nullptr) {}
 
 std::uint16_t SlaveUnit::alCode() const {
   return m_alCode == 0 && m_refused ? REFUSAL_CODE : m_alCode;
@@ -182,7 +189,7 @@ bool SlaveUnit::stepDrive() {
   if (!m_powered) {
     return false;
   }
-  const bool fresh = m_written != nullptr && m_written->takeObjects(*this);
+  const bool fresh = m_written != nullptr && m_written->processData().takeObjects(*this);
   m_drive->step(m_state == STATE_OP, fresh);
   const bool expired = m_drive->watchdogExpired();
   if (expired) {
@@ -213,7 +220,7 @@ void SlaveUnit::writeProcessData() {
   if (!m_open || m_written != m_attached) {
     m_open = true;
     m_written = m_attached;
-    m_written->bindProcessData(this);
+    m_written->processData().bind(*this);
   }
 }
 
@@ -238,7 +245,7 @@ void SlaveUnit::setMaximumState(std::uint8_t state) {
 void SlaveUnit::forgetConfiguration() {
   if (m_written != nullptr) {
     m_carried.clear();
-    m_lastOutputs = m_written->outputs();
+    m_lastOutputs = m_written->processData().outputs();
     m_written->describeFmmus(m_carried);
   }
   m_attached = nullptr;
@@ -253,12 +260,12 @@ void SlaveUnit::resume() {
   m_attached->describeFmmus(wanted);
   if (wanted == m_carried) {
     m_written = m_attached;
-    m_written->bindProcessData(this);
+    m_written->processData().bind(*this);
   }
 }
 
 std::vector<std::uint8_t> SlaveUnit::outputs() const {
-  return m_written == nullptr ? m_lastOutputs : m_written->outputs();
+  return m_written == nullptr ? m_lastOutputs : m_written->processData().outputs();
 }
 
 } // namespace ethercat_simulation

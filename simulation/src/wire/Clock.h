@@ -2,7 +2,9 @@
 #ifndef ETHERCAT_SIMULATION_CLOCK_H
 #define ETHERCAT_SIMULATION_CLOCK_H
 
-#include "wire/Datagram.h"
+#include "wire/Travel.h"
+
+#include <ethercat_simulation/Simulation.h>
 
 #include <random>
 

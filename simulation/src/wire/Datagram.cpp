@@ -5,31 +5,6 @@
 
 namespace ethercat_simulation {
 
-void Travel::depart(const Flight& flight) {
-  m_state = flight.lost ? TravelState::failed : TravelState::sent;
-  m_late = flight.late;
-  m_timed = flight.timed;
-  m_sent = flight.sent;
-  m_due = flight.due;
-}
-
-bool Travel::arrive(const SimulatedTime& time, Moment timeout) {
-  if (m_state != TravelState::sent || m_late) {
-    return false;
-  }
-  if (m_timed) {
-    const Moment moment = time.now();
-    if (moment < m_due) {
-      if (moment - m_sent > timeout) {
-        m_state = TravelState::failed;
-      }
-      return false;
-    }
-  }
-  m_state = TravelState::received;
-  return true;
-}
-
 void Datagram::append(SlaveConfiguration& configuration, const Fmmu& fmmu) {
   const auto same = [&](const Participant& participant) {
     return participant.configuration == &configuration;
@@ -73,19 +48,19 @@ void Datagram::transmit(const Flight& flight) {
 }
 
 void Datagram::pass(Participant& participant, std::uint64_t number) {
-  SlaveConfiguration& configuration = *participant.configuration;
-  const SlaveUnit* unit = configuration.answering();
+  const SlaveUnit* unit = participant.configuration->answering();
   if (unit == nullptr) {
     return;
   }
-  configuration.produceInputs(number);
+  ProcessData& data = participant.configuration->processData();
+  data.produceInputs(number);
   for (const Fmmu& block : participant.blocks) { // of no bytes, where all entries have 0 bits
     std::uint8_t* const frame = m_wire.data() + block.offset;
     if (block.direction == EC_DIR_INPUT) {
-      std::copy_n(configuration.processData(block), block.size, frame);
+      std::copy_n(data.at(block), block.size, frame);
     } else if (unit->takesOutputs()) {
-      configuration.noteOutputs();
-      std::copy_n(frame, block.size, configuration.processData(block));
+      data.noteOutputs();
+      std::copy_n(frame, block.size, data.at(block));
     }
   }
   m_counter += (participant.writes ? m_writeWeight : 0U) + (participant.reads ? 1U : 0U);

@@ -1,31 +1,39 @@
 #include "wire/Domain.h"
 
-#include "master/Master.h"
-
 #include <algorithm>
 #include <cerrno>
 
 namespace ethercat_simulation {
 
-void Domain::append(SlaveConfiguration& configuration, const Fmmu& fmmu) {
-  m_blocks.push_back({&configuration, fmmu});
-  m_size += fmmu.size;
+int Domain::registerEntry(SlaveConfiguration& configuration, std::uint16_t index, std::uint8_t subindex,
+                          unsigned int* bitPosition) {
+  EntryPosition place{};
+  if (!configuration.find(index, subindex, place)) {
+    return -ENOENT;
+  }
+  const Fmmu* fmmu = reserve(configuration, place.syncManager);
+  if (fmmu == nullptr) {
+    return -EOVERFLOW;
+  }
+  if (bitPosition != nullptr) {
+    *bitPosition = static_cast<unsigned int>(place.bit % 8);
+  } else if (place.bit % 8 != 0) {
+    return -EFAULT; // the block stays reserved
+  }
+  return static_cast<int>(fmmu->offset + place.bit / 8);
 }
 
-int Domain::registerEntries(const ec_pdo_entry_reg_t* rows) {
-  for (const ec_pdo_entry_reg_t* row = rows; row != nullptr && row->index != 0; ++row) {
-    SlaveConfiguration* configuration =
-        m_owner.configuration(row->alias, row->position, row->vendor_id, row->product_code);
-    if (configuration == nullptr) {
-      return -ENOENT;
-    }
-    const int offset = configuration->registerEntry(row->index, row->subindex, *this, row->bit_position);
-    if (offset < 0) {
-      return offset;
-    }
-    *row->offset = static_cast<unsigned int>(offset);
+const Fmmu* Domain::reserve(SlaveConfiguration& configuration, unsigned int syncManager) {
+  const Fmmu* fmmu = configuration.fmmu(m_number, syncManager);
+  if (fmmu != nullptr) {
+    return fmmu;
   }
-  return 0;
+  fmmu = configuration.addFmmu(m_number, syncManager, m_size);
+  if (fmmu != nullptr) {
+    m_blocks.push_back({&configuration, *fmmu});
+    m_size += fmmu->size;
+  }
+  return fmmu;
 }
 
 bool Domain::fitsDatagrams() const {
@@ -52,6 +60,28 @@ void Domain::build(std::uint8_t* image, std::size_t start, bool mapped) {
 void Domain::queue() {
   for (Datagram& datagram : m_datagrams) {
     datagram.travel().queue();
+  }
+}
+
+void Domain::transmit(const Flight& flight) {
+  for (Datagram& datagram : m_datagrams) {
+    if (datagram.travel().is(TravelState::queued)) {
+      datagram.transmit(flight);
+    }
+  }
+}
+
+void Domain::refuse() {
+  for (Datagram& datagram : m_datagrams) {
+    if (datagram.travel().is(TravelState::queued)) {
+      datagram.travel().fail();
+    }
+  }
+}
+
+void Domain::land(const SimulatedTime& time, Moment timeout) {
+  for (Datagram& datagram : m_datagrams) {
+    datagram.land(time, timeout);
   }
 }
 

@@ -4,20 +4,20 @@
 
 #include "wire/Datagram.h"
 
+#include <memory>
+
 namespace ethercat_simulation {
 
 class Domain {
 public:
-  Domain(Master& owner, unsigned int number) : m_owner(owner), m_number(number) {}
+  explicit Domain(unsigned int number) : m_number(number) {}
 
-  Master& master() const { return m_owner; }
   unsigned int number() const { return m_number; } // in order of creation
   std::size_t size() const { return m_size; }
-  void append(SlaveConfiguration& configuration, const Fmmu& fmmu);
 
-  // Rows up to the one with index 0, in order; the first error ends it and leaves the earlier rows
-  // registered.
-  int registerEntries(const ec_pdo_entry_reg_t* rows);
+  // Brings the sync manager of the entry into the domain. Byte offset, or -ENOENT, -EOVERFLOW, -EFAULT.
+  int registerEntry(SlaveConfiguration& configuration, std::uint16_t index, std::uint8_t subindex,
+                    unsigned int* bitPosition);
 
   // Activation. False when one block does not fit a datagram.
   bool fitsDatagrams() const;
@@ -30,7 +30,10 @@ public:
   void process();
   void state(ec_domain_state_t& state) const;
 
-  std::vector<Datagram>& datagrams() { return m_datagrams; }
+  // What is queued goes out with a frame, or is refused because the link is down; a receive finds it back.
+  void transmit(const Flight& flight);
+  void refuse();
+  void land(const SimulatedTime& time, Moment timeout);
 
 private:
   struct Block {
@@ -38,7 +41,9 @@ private:
     Fmmu fmmu;
   };
 
-  Master& m_owner;
+  // The place of a sync manager in the domain, taken on first use; null when the slave has no FMMU left.
+  const Fmmu* reserve(SlaveConfiguration& configuration, unsigned int syncManager);
+
   unsigned int m_number;
   std::size_t m_size = 0;
   std::vector<Block> m_blocks;
@@ -47,6 +52,8 @@ private:
   std::uint32_t m_expected = 0;
   std::uint32_t m_counter = 0;
 };
+
+using Domains = std::vector<std::unique_ptr<Domain>>;
 
 } // namespace ethercat_simulation
 

@@ -199,17 +199,22 @@ void Topology::dropList() {
   m_turn = nullptr;
   m_lost = nullptr;
   m_list.clear();
-  for (const auto& configuration : m_configurations) {
+  for (SlaveConfiguration* configuration : m_configurations) {
     configuration->detach();
   }
 }
 
 void Topology::attachAll() {
-  for (const auto& configuration : m_configurations) {
+  for (SlaveConfiguration* configuration : m_configurations) {
     if (configuration->unit() == nullptr) {
       attach(*configuration);
     }
   }
+}
+
+void Topology::add(SlaveConfiguration& configuration) {
+  m_configurations.push_back(&configuration);
+  attach(configuration);
 }
 
 void Topology::attach(SlaveConfiguration& configuration) {
@@ -241,6 +246,7 @@ void Topology::forgetConfigurations() {
   for (const auto& unit : m_units) {
     unit->forgetConfiguration();
   }
+  m_configurations.clear();
 }
 
 void Topology::state(ec_master_state_t& state) {

@@ -9,15 +9,13 @@
 
 namespace ethercat_simulation {
 
-using Configurations = std::vector<std::unique_ptr<SlaveConfiguration>>;
-
 class Topology {
 public:
-  Topology(const Configurations& configurations, const SimulatedTime& time)
-      : m_configurations(configurations), m_time(time) {}
+  explicit Topology(const SimulatedTime& time) : m_time(time) {}
 
   // The wire, changed from the control side.
   void insert(std::size_t position, const Slave& slave);
+  void append(const Slave& slave) { insert(m_wire.size(), slave); }
   void remove(std::size_t position);
   void setWireBroken(std::size_t position, bool broken); // behind this slave
   void setPowered(std::size_t position, bool powered);
@@ -32,6 +30,7 @@ public:
   }
   // Asks a slave for an AL state: taken while running by rounds, otherwise at once.
   void request(SlaveUnit& unit, std::uint8_t state);
+  bool hasReferenceClock() const;
   // A frame broke on its way to the first slave.
   void countLostFrame();
   void setLink(bool up);
@@ -63,8 +62,8 @@ public:
 
   void state(ec_master_state_t& state);
   int slaveInfo(std::size_t position, ec_slave_info_t& info) const;
-  void attach(SlaveConfiguration& configuration);
-  void attachAll();
+  // A new configuration, which finds its slave now or at a later scan.
+  void add(SlaveConfiguration& configuration);
   // All configurations are about to be freed.
   void forgetConfigurations();
 
@@ -76,6 +75,8 @@ private:
   void makeList();
   void scanNow();
   void dropList();
+  void attach(SlaveConfiguration& configuration);
+  void attachAll();
   void startScan();
   void endScan();
   void settleSlaves();
@@ -95,7 +96,7 @@ private:
   void broadcast();
   SlaveUnit* find(const SlaveConfiguration& configuration, std::size_t* position) const;
 
-  const Configurations& m_configurations;
+  std::vector<SlaveConfiguration*> m_configurations;
   std::vector<std::unique_ptr<SlaveUnit>> m_units; // every slave that ever was there
   std::vector<SlaveUnit*> m_wire;
   std::vector<SlaveUnit*> m_list;

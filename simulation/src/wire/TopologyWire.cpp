@@ -75,6 +75,11 @@ void Topology::countLostLink(std::size_t position) {
   }
 }
 
+bool Topology::hasReferenceClock() const {
+  return std::any_of(m_wire.begin(), m_wire.begin() + static_cast<std::ptrdiff_t>(m_reached),
+                     [](const SlaveUnit* unit) { return unit->identity().distributedClocks; });
+}
+
 void Topology::countLostFrame() {
   std::uint16_t counter = EscRegisters::INVALID_FRAME;
   for (std::size_t i = 0; i < m_reached; ++i) {
