@@ -8,6 +8,7 @@
 #include "EthercatObject/KeyOrder.h"
 #include "EthercatObject/ProcessImage/PdoBuffers.h"
 #include "EthercatObject/Registers/EscRegisters.h"
+#include "EthercatObject/Reservation/Reservation.h"
 #include "EthercatObject/Sdo/IssuedSdos.h"
 #include "EthercatObject/Sdo/SdoCursor.h"
 #include "EthercatObject/Sdo/SdoInfo.h"
@@ -54,7 +55,6 @@ public:
     bool initPdoEntryDataType(const std::string& typeName);
   };
 
-  // Reserves the platform's master of this index and opens its device file; neither is checked here.
   CEthercatMaster(unsigned int deviceId, unsigned int period, bool enableDc, bool syncToReferenceClock,
                   LOG_FUNCTION log);
   ~CEthercatMaster();
@@ -64,10 +64,10 @@ public:
   // Life and queries (MasterLife.cpp)
   void destroyMasterData();
   void clearAllSlaveObject();
-  unsigned int getDeviceId() const { return m_uiDeviceId; }
+  unsigned int getDeviceId() const { return m_reservation.deviceId(); }
   unsigned int getExchangePeriod() const { return m_uiExchangePeriod; }
   long long getSystemBaseOffsetNs() const { return m_dc.systemBaseOffsetNs(); }
-  ec_master_t* getMasterCore() const { return m_pMaster; }
+  ec_master_t* getMasterCore() const { return m_reservation.master(); }
   CMasterENIObject* getENIObject() const { return m_pENIObject.get(); }
   unsigned int getMasterState() const;
   bool setErrorCallback(ERROR_CALLBACK callback, void* userData);
@@ -135,15 +135,17 @@ public:
 
   // ESC registers through the device file. Blocking; not for the cycle.
   bool readEscReg(unsigned short slave, unsigned short address, unsigned char* data, unsigned long size) {
-    return CEscRegisters(m_iDeviceFd).read(slave, address, data, size);
+    return CEscRegisters(m_reservation.device()).read(slave, address, data, size);
   }
   bool writeEscReg(unsigned short slave, unsigned short address, unsigned char* data, unsigned long size) {
-    return CEscRegisters(m_iDeviceFd).write(slave, address, data, size);
+    return CEscRegisters(m_reservation.device()).write(slave, address, data, size);
   }
   bool requestEscState(unsigned short slave, unsigned char state) {
-    return CEscRegisters(m_iDeviceFd).requestState(slave, state);
+    return CEscRegisters(m_reservation.device()).requestState(slave, state);
   }
-  bool clearEscErrorRegs(unsigned short slave) { return CEscRegisters(m_iDeviceFd).clearErrors(slave); }
+  bool clearEscErrorRegs(unsigned short slave) {
+    return CEscRegisters(m_reservation.device()).clearErrors(slave);
+  }
   void clearAllEscErrorRegs();
 
 private:
@@ -224,7 +226,6 @@ private:
   unsigned int bytesInImage(const _PDO_ENTRY_INFO_OBJECT& object) const;
   static std::string entryTypeName(const CSlaveENIObject& description, unsigned int entry);
 
-  unsigned int m_uiDeviceId;
   bool m_bExchangeMode = false;
   unsigned int m_uiExchangePeriod; // ns
   unsigned long long m_ullCycleCounter = 0;
@@ -235,21 +236,18 @@ private:
   bool m_bDcDebug = false;
   unsigned long long m_ullApplicationTimeNs = 0; // since 2000-01-01
   CDcController m_dc;                            // all 0 while inactive
-  ec_master_t* m_pMaster = nullptr;
-  int m_iDeviceFd = -1;
   ec_domain_t* m_pDomain = nullptr;
   unsigned char* m_pDomainData = nullptr;
-  unsigned int m_uiImageSize = 0;       // bytes of the image that registered entries are known to reach
-  bool m_bReservationActivated = false; // the present reservation has been activated before
-  unsigned int m_uiMasterState = 0;     // AL states of the previous cycle, ORed
+  unsigned int m_uiImageSize = 0;   // bytes of the image that registered entries are known to reach
+  unsigned int m_uiMasterState = 0; // AL states of the previous cycle, ORed
   std::unique_ptr<CMasterENIObject> m_pENIObject;
+  CReservation m_reservation; // nothing that may fail is made behind it
   std::vector<std::unique_ptr<CEthercatSlave>> m_vecSlaves;
   unsigned int m_uiPdoEntryCount = 0;
   std::vector<std::string> m_vecPdoEntryNames;
   std::vector<unsigned char> m_vecPdoEntryBits; // one per row, as names
   std::unique_ptr<ec_pdo_entry_reg_t[]>
       m_pPdoEntryRegs; // m_uiPdoEntryCount rows and a zero row; null before a scan
-  bool m_bActive = false;
   std::vector<_PDO_ENTRY_INFO_OBJECT> m_vecPdoInfo; // by handle
   unsigned int m_uiPdoInfoCount = 0; // the handle from which on the next free one is looked for
   CHandleTable<_PDO_ENTRY_INFO_KEY, _PDO_ENTRY_INFO_OBJECT> m_pdoHandles{m_vecPdoInfo, m_uiPdoInfoCount};

@@ -26,20 +26,20 @@ void CEthercatMaster::configAllSlaves() {
 }
 
 bool CEthercatMaster::active() {
-  const bool wasActive = m_bActive;
+  const bool wasActive = m_reservation.isActive();
   deactive();
   m_iLastError = 0;
   if (wasActive) {
     reconfigureSlaves();
   }
-  if (m_pMaster == nullptr || m_pPdoEntryRegs == nullptr) {
+  if (m_reservation.master() == nullptr || m_pPdoEntryRegs == nullptr) {
     return false;
   }
   if (m_vecSlaves.empty()) {
     std::fputs("can't found any slave, you should scan slaves first.\n", stdout);
     return false;
   }
-  const bool usedReservation = m_bReservationActivated;
+  const bool usedReservation = m_reservation.isUsed();
   if (!allSlavesConfigured() || !activateOnce()) {
     return false;
   }
@@ -48,7 +48,7 @@ bool CEthercatMaster::active() {
   }
   resetCycleState();
   arrangeProcessData();
-  return m_bActive;
+  return m_reservation.isActive();
 }
 
 // The platform has freed the configurations on deactivation, so every slave that had one needs a new one. One
@@ -79,9 +79,9 @@ bool CEthercatMaster::allSlavesConfigured() const {
   return true;
 }
 
-// False when the registration failed; whether the platform activated is told by m_bActive.
+// False when the registration failed; whether the platform activated is told by the reservation.
 bool CEthercatMaster::activateOnce() {
-  m_pDomain = ecrt_master_create_domain(m_pMaster);
+  m_pDomain = ecrt_master_create_domain(m_reservation.master());
   if (m_pDomain == nullptr || !registerProcessData()) {
     std::fputs("PDO entry registration failed!\n", stderr);
     return false;
@@ -89,9 +89,7 @@ bool CEthercatMaster::activateOnce() {
   if (m_bEnableDc) {
     setUpDistributedClocks();
   }
-  m_bActive = ecrt_master_activate(m_pMaster) == 0;
-  if (m_bActive) {
-    m_bReservationActivated = true;
+  if (m_reservation.activate()) {
     m_pDomainData = readImageAddress();
     m_uiImageSize = measureImage();
   }
@@ -106,7 +104,7 @@ unsigned char* CEthercatMaster::readImageAddress() const {
 }
 
 bool CEthercatMaster::imageIsMissing() const {
-  return m_bActive && m_uiImageSize > 0 && m_pDomainData == nullptr;
+  return m_reservation.isActive() && m_uiImageSize > 0 && m_pDomainData == nullptr;
 }
 
 // Patched releases of the platform map no process image on the second activation of one reservation, and
@@ -114,10 +112,8 @@ bool CEthercatMaster::imageIsMissing() const {
 // what failed.
 bool CEthercatMaster::activateOnNewReservation() {
   deactivatePlatform();
-  ecrt_release_master(m_pMaster);
-  m_pMaster = ecrt_request_master(m_uiDeviceId);
-  m_bReservationActivated = false;
-  if (m_pMaster != nullptr) {
+  m_reservation.renew();
+  if (m_reservation.master() != nullptr) {
     reconfigureSlaves();
     if (!allSlavesConfigured() || !activateOnce()) {
       return false;
@@ -157,7 +153,7 @@ void CEthercatMaster::resetCycleState() {
 }
 
 int CEthercatMaster::deactive() {
-  if (m_bActive) {
+  if (m_reservation.isActive()) {
     m_uiMasterState = 0;
     if (m_bDcDebug && m_bSyncToReferenceClock && m_bEnableDc) {
       m_dc.print("deactive: ", m_uiMasterState);
@@ -173,8 +169,7 @@ int CEthercatMaster::deactive() {
 void CEthercatMaster::deactivatePlatform() {
   m_pDomainData = nullptr;
   awaitSdoTransfers();
-  static_cast<void>(ecrt_master_deactivate(m_pMaster));
+  m_reservation.deactivate();
   m_issuedSdos.clear();
-  m_bActive = false;
   m_pDomain = nullptr;
 }

@@ -23,17 +23,17 @@ void CEthercatMaster::syncDistributedClocks() {
   // The reference time that is read now was latched by the frame that carried the previous application time.
   const auto latchedNs = static_cast<uint32_t>(m_ullApplicationTimeNs);
   m_ullApplicationTimeNs = readEthercatTimeNs() - static_cast<unsigned long long>(m_dc.systemBaseOffsetNs());
-  static_cast<void>(ecrt_master_application_time(m_pMaster, m_ullApplicationTimeNs));
+  static_cast<void>(ecrt_master_application_time(m_reservation.master(), m_ullApplicationTimeNs));
   if (m_bSyncToReferenceClock) {
     uint32_t referenceNs = 0;
-    if (ecrt_master_reference_clock_time(m_pMaster, &referenceNs) != 0) {
+    if (ecrt_master_reference_clock_time(m_reservation.master(), &referenceNs) != 0) {
       referenceNs = 0;
     }
     m_dc.measure(static_cast<int>(latchedNs - referenceNs));
   } else {
-    static_cast<void>(ecrt_master_sync_reference_clock(m_pMaster));
+    static_cast<void>(ecrt_master_sync_reference_clock(m_reservation.master()));
   }
-  static_cast<void>(ecrt_master_sync_slave_clocks(m_pMaster));
+  static_cast<void>(ecrt_master_sync_slave_clocks(m_reservation.master()));
 }
 
 void CEthercatMaster::updateMasterClock() {

@@ -37,7 +37,7 @@ void CEthercatMaster::exchange(EXCHANGE_CALLBACK callback, void* userData) {
   }
   _CYCLE_STAMPS stamps;
   stamp(stamps.total.start);
-  if (m_pMaster == nullptr || m_pPdoEntryRegs == nullptr) {
+  if (m_reservation.master() == nullptr || m_pPdoEntryRegs == nullptr) {
     return;
   }
   // Where one phase follows another without work between them, one reading of the clock serves both.
@@ -79,7 +79,7 @@ void CEthercatMaster::exchange(EXCHANGE_CALLBACK callback, void* userData) {
 }
 
 void CEthercatMaster::receiveFrame() {
-  static_cast<void>(ecrt_master_receive(m_pMaster));
+  static_cast<void>(ecrt_master_receive(m_reservation.master()));
   if (m_pDomain != nullptr) {
     static_cast<void>(ecrt_domain_process(m_pDomain));
   }
@@ -110,7 +110,7 @@ void CEthercatMaster::checkSlaves() {
     if (slave->getSlaveCore() != nullptr) {
       ec_slave_config_state_t state{};
       static_cast<void>(ecrt_slave_config_state(slave->getSlaveCore(), &state));
-      if (hasErrorFlag(state, m_pMaster, static_cast<uint16_t>(index), 0)) {
+      if (hasErrorFlag(state, m_reservation.master(), static_cast<uint16_t>(index), 0)) {
         processSlaveError(index, ETHERCAT_ERROR_SLAVE_STATE);
       }
     }
@@ -120,7 +120,7 @@ void CEthercatMaster::checkSlaves() {
 
 void CEthercatMaster::checkLink() {
   ec_master_link_state_t state{};
-  static_cast<void>(ecrt_master_link_state(m_pMaster, 0, &state));
+  static_cast<void>(ecrt_master_link_state(m_reservation.master(), 0, &state));
   if (state.link_up == 0) {
     processSlaveError(WHOLE_MASTER, ETHERCAT_ERROR_LINK_DOWN);
   }
@@ -129,7 +129,7 @@ void CEthercatMaster::checkLink() {
 // Takes over the AL states, and compares the slaves with the scan when a rescan of the bus has just ended.
 void CEthercatMaster::checkMaster() {
   ec_master_state_t state{};
-  static_cast<void>(ecrt_master_state(m_pMaster, &state));
+  static_cast<void>(ecrt_master_state(m_reservation.master(), &state));
   const bool scanBusy = isScanBusy(state, 0);
   const bool scanEnded = m_bScanBusy && !scanBusy;
   m_bScanBusy = scanBusy;
@@ -154,7 +154,7 @@ void CEthercatMaster::sendFrame() {
     static_cast<void>(ecrt_domain_queue(m_pDomain));
   }
   syncDistributedClocks();
-  static_cast<void>(ecrt_master_send(m_pMaster));
+  static_cast<void>(ecrt_master_send(m_reservation.master()));
   updateMasterClock();
 }
 
@@ -194,6 +194,6 @@ void CEthercatMaster::awaitFrame(EXCHANGE_CALLBACK callback, void* userData, _CY
 void CEthercatMaster::processSlaveError(unsigned int slave, int errorCode) {
   m_iLastError = errorCode;
   if (m_pfnErrorCallback != nullptr) {
-    m_pfnErrorCallback(m_uiDeviceId, slave, errorCode, m_pErrorCallbackUser);
+    m_pfnErrorCallback(getDeviceId(), slave, errorCode, m_pErrorCallbackUser);
   }
 }

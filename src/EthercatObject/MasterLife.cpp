@@ -1,21 +1,10 @@
 // Construction, destruction and the simple queries of a master.
 #include "EthercatObject/CEthercatMaster.h"
 
-#include <cstdio>
-#include <fcntl.h>
-#include <unistd.h>
-
 CEthercatMaster::CEthercatMaster(unsigned int deviceId, unsigned int period, bool enableDc,
                                  bool syncToReferenceClock, LOG_FUNCTION log)
-    : m_uiDeviceId(deviceId), m_uiExchangePeriod(period), m_bEnableDc(enableDc),
-      m_bSyncToReferenceClock(syncToReferenceClock), m_pENIObject(std::make_unique<CMasterENIObject>(log)),
-      m_pfnLog(log) {
-  // Nothing may fail once the master is reserved: an object that was never made releases nothing.
-  char deviceFile[sizeof "/dev/EtherCAT4294967295"];
-  std::snprintf(deviceFile, sizeof deviceFile, "/dev/EtherCAT%u", m_uiDeviceId);
-  m_pMaster = ecrt_request_master(m_uiDeviceId);
-  m_iDeviceFd = open(deviceFile, O_RDWR);
-}
+    : m_uiExchangePeriod(period), m_bEnableDc(enableDc), m_bSyncToReferenceClock(syncToReferenceClock),
+      m_pENIObject(std::make_unique<CMasterENIObject>(log)), m_reservation(deviceId), m_pfnLog(log) {}
 
 CEthercatMaster::~CEthercatMaster() {
   destroyMasterData();
@@ -24,15 +13,7 @@ CEthercatMaster::~CEthercatMaster() {
 void CEthercatMaster::destroyMasterData() {
   deactive();
   clearAllSlaveObject();
-  if (m_iDeviceFd != -1) {
-    close(m_iDeviceFd);
-    m_iDeviceFd = -1;
-  }
-  if (m_pMaster != nullptr) {
-    std::fputs("ecrt_release_master\n", stdout);
-    ecrt_release_master(m_pMaster);
-    m_pMaster = nullptr;
-  }
+  m_reservation.release();
   m_pENIObject.reset();
 }
 
@@ -51,7 +32,7 @@ void CEthercatMaster::clearAllSlaveObject() {
 }
 
 unsigned int CEthercatMaster::getMasterState() const {
-  return m_pMaster == nullptr || m_pPdoEntryRegs == nullptr ? 0 : m_uiMasterState;
+  return m_reservation.master() == nullptr || m_pPdoEntryRegs == nullptr ? 0 : m_uiMasterState;
 }
 
 bool CEthercatMaster::setErrorCallback(ERROR_CALLBACK callback, void* userData) {
@@ -61,7 +42,7 @@ bool CEthercatMaster::setErrorCallback(ERROR_CALLBACK callback, void* userData) 
 }
 
 bool CEthercatMaster::setExchangeMode(bool exchangeMode) {
-  if (m_bActive) {
+  if (m_reservation.isActive()) {
     return false;
   }
   m_bExchangeMode = exchangeMode;
@@ -131,7 +112,7 @@ bool CEthercatMaster::getSlaveSlotPdoIncrement(unsigned int slave, unsigned int*
 
 void CEthercatMaster::clearAllEscErrorRegs() {
   for (const auto& slave : m_vecSlaves) {
-    if (m_iDeviceFd == -1) {
+    if (m_reservation.device() == -1) {
       return;
     }
     clearEscErrorRegs(static_cast<unsigned short>(slave->getSlaveIndex()));

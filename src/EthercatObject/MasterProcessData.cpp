@@ -52,7 +52,7 @@ bool CEthercatMaster::_PDO_ENTRY_INFO_OBJECT::initPdoEntryDataType(const std::st
 }
 
 bool CEthercatMaster::createPdoInfo(unsigned int slave, const char* name, bool read, unsigned int* id) {
-  if (m_pMaster == nullptr || name == nullptr || id == nullptr || slave >= m_vecSlaves.size()) {
+  if (m_reservation.master() == nullptr || name == nullptr || id == nullptr || slave >= m_vecSlaves.size()) {
     return false;
   }
   const _PDO_ENTRY_INFO_KEY key{slave, name};
@@ -88,7 +88,7 @@ bool CEthercatMaster::createPdoInfo(unsigned int slave, const char* name, bool r
 }
 
 void CEthercatMaster::destroyPdoInfo(unsigned int id, bool read) {
-  if (m_pMaster == nullptr) {
+  if (m_reservation.master() == nullptr) {
     return;
   }
   m_pdoHandles.release(id, read);
@@ -96,7 +96,7 @@ void CEthercatMaster::destroyPdoInfo(unsigned int id, bool read) {
 }
 
 bool CEthercatMaster::readPdo(unsigned int id, double* value) {
-  if (m_pMaster == nullptr || m_pPdoEntryRegs == nullptr || value == nullptr) {
+  if (m_reservation.master() == nullptr || m_pPdoEntryRegs == nullptr || value == nullptr) {
     return false;
   }
   const _PDO_ENTRY_INFO_OBJECT* const object = m_pdoHandles.find(id);
@@ -109,7 +109,7 @@ bool CEthercatMaster::readPdo(unsigned int id, double* value) {
 }
 
 bool CEthercatMaster::writePdo(unsigned int id, double value) {
-  if (m_pMaster == nullptr || m_pPdoEntryRegs == nullptr) {
+  if (m_reservation.master() == nullptr || m_pPdoEntryRegs == nullptr) {
     return false;
   }
   const _PDO_ENTRY_INFO_OBJECT* const object = m_pdoHandles.find(id);

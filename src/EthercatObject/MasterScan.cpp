@@ -15,7 +15,7 @@ constexpr int PRINT_ENTRIES_PDOS_AND_SYNC_MANAGERS = 14;
 // nothing.
 bool CEthercatMaster::scanEthercatSlave(unsigned int* slaveCount) {
   _SCAN scan;
-  if (m_pMaster != nullptr) {
+  if (m_reservation.master() != nullptr) {
     readSlaves(scan);
   }
   if (!scan.slaves.empty()) {
@@ -37,7 +37,7 @@ bool CEthercatMaster::scanEthercatSlave(unsigned int* slaveCount) {
 void CEthercatMaster::readSlaves(_SCAN& scan) {
   for (unsigned int index = 0; index < MAX_SLAVES; ++index) {
     ec_slave_info_t info{};
-    if (ecrt_master_get_slave(m_pMaster, static_cast<uint16_t>(index), &info) < 0) {
+    if (ecrt_master_get_slave(m_reservation.master(), static_cast<uint16_t>(index), &info) < 0) {
       return;
     }
     addSlave(scan, index, info);

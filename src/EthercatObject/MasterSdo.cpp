@@ -53,7 +53,7 @@ bool CEthercatMaster::createRawSdoRequestComplete(unsigned int slave, unsigned s
 bool CEthercatMaster::createSdo(const _SDO_INFO_KEY& key, ETHERCAT_DATA_TYPE type, unsigned long size,
                                 int timeout, bool read, unsigned int* id, const char* sizeText,
                                 const char* failureText) {
-  if (m_pMaster == nullptr || key.slave > MAX_SLAVE) {
+  if (m_reservation.master() == nullptr || key.slave > MAX_SLAVE) {
     return false;
   }
   if (!checkSdoSize(type, size)) {
@@ -126,7 +126,7 @@ void CEthercatMaster::dropSdoRequests() {
 }
 
 void CEthercatMaster::destroySdoRequest(unsigned int id, bool read) {
-  if (m_pMaster == nullptr) {
+  if (m_reservation.master() == nullptr) {
     return;
   }
   _SDO_INFO_OBJECT* const object = m_sdoHandles.find(id);

@@ -38,7 +38,7 @@ void CEthercatMaster::awaitSdoTransfers() {
     if (m_pDomain != nullptr) {
       static_cast<void>(ecrt_domain_queue(m_pDomain));
     }
-    static_cast<void>(ecrt_master_send(m_pMaster));
+    static_cast<void>(ecrt_master_send(m_reservation.master()));
     if (!m_issuedSdos.isAnyBusy()) {
       return;
     }

@@ -18,7 +18,7 @@ void clearDone(bool* done) {
 
 // The object on which a transfer may be armed in this direction; null, perhaps with a text, if none may.
 _SDO_INFO_OBJECT* CEthercatMaster::armable(unsigned int id, bool read, const void* data) {
-  if (m_pMaster == nullptr || m_pPdoEntryRegs == nullptr || data == nullptr) {
+  if (m_reservation.master() == nullptr || m_pPdoEntryRegs == nullptr || data == nullptr) {
     return nullptr;
   }
   _SDO_INFO_OBJECT* const object = m_sdoHandles.find(id);
