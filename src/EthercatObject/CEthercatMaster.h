@@ -2,6 +2,7 @@
 #define ETHERCATOBJECT_CETHERCATMASTER_H
 
 #include "ENIObject/ENIObject.h"
+#include "EthercatObject/BusWatch/BusWatch.h"
 #include "EthercatObject/CEthercatSlave.h"
 #include "EthercatObject/Clock/DcController.h"
 #include "EthercatObject/HandleTable.h"
@@ -14,7 +15,6 @@
 #include "EthercatObject/Sdo/SdoInfo.h"
 #include "EthercatObject/Timing/CommDiag.h"
 
-#include <atomic>
 #include <ecrt.h>
 #include <igh_master.h>
 #include <memory>
@@ -26,7 +26,7 @@
 // and while exchange() runs in the real-time task nothing else does.
 class CEthercatMaster {
 public:
-  typedef void (*ERROR_CALLBACK)(unsigned int deviceId, unsigned int slave, int errorCode, void* userData);
+  using ERROR_CALLBACK = CBusWatch::ERROR_CALLBACK;
   typedef void (*EXCHANGE_CALLBACK)(void* userData);
 
   using _SDO_INFO_KEY = ::_SDO_INFO_KEY;
@@ -70,14 +70,20 @@ public:
   ec_master_t* getMasterCore() const { return m_reservation.master(); }
   CMasterENIObject* getENIObject() const { return m_pENIObject.get(); }
   unsigned int getMasterState() const;
-  bool setErrorCallback(ERROR_CALLBACK callback, void* userData);
+  bool setErrorCallback(ERROR_CALLBACK callback, void* userData) {
+    m_watch.setErrorCallback(callback, userData);
+    return true;
+  }
   bool setExchangeMode(bool exchangeMode);
   bool setDcDebugEnable(bool enable);
   // Also from another thread or a signal handler.
-  void requestTerminate() { m_bRequestTerminate.store(true, std::memory_order_relaxed); }
-  bool isRequestTerminate() const { return m_bRequestTerminate.load(std::memory_order_relaxed); }
-  bool resetErrorCode();
-  void getLastError(int& error) const { error = m_iLastError; }
+  void requestTerminate() { m_watch.requestTerminate(); }
+  bool isRequestTerminate() const { return m_watch.isRequestTerminate(); }
+  bool resetErrorCode() {
+    m_watch.resetError();
+    return true;
+  }
+  void getLastError(int& error) const { error = m_watch.lastError(); }
   bool enableEoeFunction(unsigned int slave, bool enable);
   bool getSlaveProductCode(unsigned int slave, unsigned int* productCode) const;
   bool getSlaveRevisionCode(unsigned int slave, unsigned int* revisionCode) const;
@@ -97,7 +103,7 @@ public:
 
   // The cycle (MasterExchange.cpp)
   void exchange(EXCHANGE_CALLBACK callback, void* userData);
-  void processSlaveError(unsigned int slave, int errorCode);
+  void processSlaveError(unsigned int slave, int errorCode) { m_watch.report(slave, errorCode); }
   bool getCommDiagInfo(unsigned int index, _ETHERCAT_COMM_DIAG_INFO* out) const {
     return m_commDiag.get(index, out);
   }
@@ -184,15 +190,10 @@ private:
   void deactivatePlatform();
 
   // Cycle
-  bool isExchanging() const {
-    return m_uiMasterState == EC_AL_STATE_SAFEOP || m_uiMasterState == EC_AL_STATE_OP;
-  }
   void receiveFrame();
   bool readWorkingCounter(bool& complete) const;
   void checkWorkingCounter();
   void checkSlaves();
-  void checkLink();
-  void checkMaster();
   void runCallback(EXCHANGE_CALLBACK callback, void* userData, _CYCLE_STAMPS& stamps);
   void sendFrame();
   void syncDistributedClocks();
@@ -238,8 +239,7 @@ private:
   CDcController m_dc;                            // all 0 while inactive
   ec_domain_t* m_pDomain = nullptr;
   unsigned char* m_pDomainData = nullptr;
-  unsigned int m_uiImageSize = 0;   // bytes of the image that registered entries are known to reach
-  unsigned int m_uiMasterState = 0; // AL states of the previous cycle, ORed
+  unsigned int m_uiImageSize = 0; // bytes of the image that registered entries are known to reach
   std::unique_ptr<CMasterENIObject> m_pENIObject;
   CReservation m_reservation; // nothing that may fail is made behind it
   std::vector<std::unique_ptr<CEthercatSlave>> m_vecSlaves;
@@ -261,13 +261,7 @@ private:
   bool m_bArrangementStale = false; // handles changed since the buffers were arranged
   LOG_FUNCTION m_pfnLog;
   CCommDiag m_commDiag;
-  int m_iLastError = 0;
-  std::atomic<bool> m_bRequestTerminate{false};
-  static_assert(std::atomic<bool>::is_always_lock_free); // or a signal handler could wait for itself
-  ERROR_CALLBACK m_pfnErrorCallback = nullptr;
-  void* m_pErrorCallbackUser = nullptr;
-  unsigned int m_uiSlaveCount = 0;
-  bool m_bScanBusy = false;
+  CBusWatch m_watch;
 };
 
 #endif

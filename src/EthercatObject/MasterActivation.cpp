@@ -28,7 +28,7 @@ void CEthercatMaster::configAllSlaves() {
 bool CEthercatMaster::active() {
   const bool wasActive = m_reservation.isActive();
   deactive();
-  m_iLastError = 0;
+  m_watch.resetError();
   if (wasActive) {
     reconfigureSlaves();
   }
@@ -146,17 +146,16 @@ void CEthercatMaster::setUpDistributedClocks() {
 
 void CEthercatMaster::resetCycleState() {
   m_uiDcSettleCycles = DC_SETTLE_CYCLES;
-  m_bRequestTerminate.store(false, std::memory_order_relaxed);
-  m_bScanBusy = false;
+  m_watch.restart();
   m_ullCycleCounter = 0;
   m_commDiag.reset();
 }
 
 int CEthercatMaster::deactive() {
   if (m_reservation.isActive()) {
-    m_uiMasterState = 0;
+    m_watch.forgetStates();
     if (m_bDcDebug && m_bSyncToReferenceClock && m_bEnableDc) {
-      m_dc.print("deactive: ", m_uiMasterState);
+      m_dc.print("deactive: ", m_watch.alStates());
     }
     std::fputs("ecrt_master_deactivate\n", stdout);
     deactivatePlatform();

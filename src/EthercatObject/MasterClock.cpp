@@ -37,12 +37,12 @@ void CEthercatMaster::syncDistributedClocks() {
 }
 
 void CEthercatMaster::updateMasterClock() {
-  if (!m_bEnableDc || !m_bSyncToReferenceClock || !isExchanging()) {
+  if (!m_bEnableDc || !m_bSyncToReferenceClock || !m_watch.isExchanging()) {
     return;
   }
   if (m_uiDcSettleCycles > 0) {
     --m_uiDcSettleCycles;
     return;
   }
-  m_dc.update(m_uiExchangePeriod, m_ullApplicationTimeNs, m_uiMasterState, m_bDcDebug);
+  m_dc.update(m_uiExchangePeriod, m_ullApplicationTimeNs, m_watch.alStates(), m_bDcDebug);
 }

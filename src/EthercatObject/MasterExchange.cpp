@@ -1,6 +1,5 @@
 // The cycle. Nothing here allocates, locks, throws or, in the normal case, prints.
 #include "EthercatObject/CEthercatMaster.h"
-#include "EthercatObject/PlatformRelease.h"
 #include "EthercatObject/SleepUntil.h"
 
 #include <cstdio>
@@ -9,7 +8,6 @@
 namespace {
 
 constexpr unsigned int POLL_INTERVAL_NS = 50000;
-constexpr unsigned int WHOLE_MASTER = ETHERCAT_ERROR_WHOLE_MASTER;
 
 void stamp(timespec& time) {
   clock_gettime(CLOCK_MONOTONIC, &time);
@@ -48,8 +46,8 @@ void CEthercatMaster::exchange(EXCHANGE_CALLBACK callback, void* userData) {
     checkWorkingCounter();
   }
   checkSlaves();
-  checkLink();
-  checkMaster();
+  m_watch.checkLink(m_reservation.master());
+  m_watch.checkMaster(m_reservation.master(), m_vecSlaves.size());
 
   if (!m_vecSdoInfo.empty()) {
     stamp(stamps.sdo.start);
@@ -57,7 +55,7 @@ void CEthercatMaster::exchange(EXCHANGE_CALLBACK callback, void* userData) {
     stamp(stamps.sdo.end);
   }
 
-  if (isExchanging()) {
+  if (m_watch.isExchanging()) {
     if (!m_bExchangeMode) {
       copyInputs();
       runCallback(callback, userData, stamps);
@@ -99,8 +97,8 @@ bool CEthercatMaster::readWorkingCounter(bool& complete) const {
 
 void CEthercatMaster::checkWorkingCounter() {
   bool complete = false;
-  if (isExchanging() && readWorkingCounter(complete) && !complete) {
-    processSlaveError(WHOLE_MASTER, ETHERCAT_ERROR_WORKING_COUNTER);
+  if (m_watch.isExchanging() && readWorkingCounter(complete)) {
+    m_watch.checkWorkingCounter(complete);
   }
 }
 
@@ -108,37 +106,10 @@ void CEthercatMaster::checkSlaves() {
   unsigned int index = 0;
   for (const auto& slave : m_vecSlaves) {
     if (slave->getSlaveCore() != nullptr) {
-      ec_slave_config_state_t state{};
-      static_cast<void>(ecrt_slave_config_state(slave->getSlaveCore(), &state));
-      if (hasErrorFlag(state, m_reservation.master(), static_cast<uint16_t>(index), 0)) {
-        processSlaveError(index, ETHERCAT_ERROR_SLAVE_STATE);
-      }
+      m_watch.checkSlave(m_reservation.master(), slave->getSlaveCore(), index);
     }
     ++index;
   }
-}
-
-void CEthercatMaster::checkLink() {
-  ec_master_link_state_t state{};
-  static_cast<void>(ecrt_master_link_state(m_reservation.master(), 0, &state));
-  if (state.link_up == 0) {
-    processSlaveError(WHOLE_MASTER, ETHERCAT_ERROR_LINK_DOWN);
-  }
-}
-
-// Takes over the AL states, and compares the slaves with the scan when a rescan of the bus has just ended.
-void CEthercatMaster::checkMaster() {
-  ec_master_state_t state{};
-  static_cast<void>(ecrt_master_state(m_reservation.master(), &state));
-  const bool scanBusy = isScanBusy(state, 0);
-  const bool scanEnded = m_bScanBusy && !scanBusy;
-  m_bScanBusy = scanBusy;
-  if (scanEnded && state.slaves_responding > m_uiSlaveCount) {
-    processSlaveError(WHOLE_MASTER, ETHERCAT_ERROR_SLAVE_ADDED);
-  } else if (scanEnded && state.slaves_responding < m_uiSlaveCount) {
-    processSlaveError(WHOLE_MASTER, ETHERCAT_ERROR_SLAVE_LOST);
-  }
-  m_uiMasterState = state.al_states;
 }
 
 void CEthercatMaster::runCallback(EXCHANGE_CALLBACK callback, void* userData, _CYCLE_STAMPS& stamps) {
@@ -168,7 +139,7 @@ void CEthercatMaster::awaitFrame(EXCHANGE_CALLBACK callback, void* userData, _CY
     sleepUntil(wakeUp);
     advance(wakeUp, POLL_INTERVAL_NS);
     receiveFrame();
-    if (!isExchanging()) {
+    if (!m_watch.isExchanging()) {
       stamp(stamps.receive.end);
       return;
     }
@@ -184,16 +155,9 @@ void CEthercatMaster::awaitFrame(EXCHANGE_CALLBACK callback, void* userData, _CY
     if (waited > wait.budgetNs) {
       stamp(stamps.receive.end);
       if (read) {
-        processSlaveError(WHOLE_MASTER, ETHERCAT_ERROR_WORKING_COUNTER);
+        m_watch.checkWorkingCounter(complete);
       }
       return;
     }
-  }
-}
-
-void CEthercatMaster::processSlaveError(unsigned int slave, int errorCode) {
-  m_iLastError = errorCode;
-  if (m_pfnErrorCallback != nullptr) {
-    m_pfnErrorCallback(getDeviceId(), slave, errorCode, m_pErrorCallbackUser);
   }
 }

@@ -4,7 +4,8 @@
 CEthercatMaster::CEthercatMaster(unsigned int deviceId, unsigned int period, bool enableDc,
                                  bool syncToReferenceClock, LOG_FUNCTION log)
     : m_uiExchangePeriod(period), m_bEnableDc(enableDc), m_bSyncToReferenceClock(syncToReferenceClock),
-      m_pENIObject(std::make_unique<CMasterENIObject>(log)), m_reservation(deviceId), m_pfnLog(log) {}
+      m_pENIObject(std::make_unique<CMasterENIObject>(log)), m_reservation(deviceId), m_pfnLog(log),
+      m_watch(deviceId) {}
 
 CEthercatMaster::~CEthercatMaster() {
   destroyMasterData();
@@ -32,13 +33,7 @@ void CEthercatMaster::clearAllSlaveObject() {
 }
 
 unsigned int CEthercatMaster::getMasterState() const {
-  return m_reservation.master() == nullptr || m_pPdoEntryRegs == nullptr ? 0 : m_uiMasterState;
-}
-
-bool CEthercatMaster::setErrorCallback(ERROR_CALLBACK callback, void* userData) {
-  m_pfnErrorCallback = callback;
-  m_pErrorCallbackUser = userData;
-  return true;
+  return m_reservation.master() == nullptr || m_pPdoEntryRegs == nullptr ? 0 : m_watch.alStates();
 }
 
 bool CEthercatMaster::setExchangeMode(bool exchangeMode) {
@@ -46,11 +41,6 @@ bool CEthercatMaster::setExchangeMode(bool exchangeMode) {
     return false;
   }
   m_bExchangeMode = exchangeMode;
-  return true;
-}
-
-bool CEthercatMaster::resetErrorCode() {
-  m_iLastError = 0;
   return true;
 }
 

@@ -27,11 +27,10 @@ bool CEthercatMaster::scanEthercatSlave(unsigned int* slaveCount) {
   m_vecPdoEntryNames.swap(scan.entryNames);
   m_vecPdoEntryBits.swap(scan.entryBits);
   m_pPdoEntryRegs = std::move(scan.entryRegs);
-  m_uiSlaveCount = static_cast<unsigned int>(m_vecSlaves.size());
   if (slaveCount != nullptr) {
-    *slaveCount = m_uiSlaveCount;
+    *slaveCount = static_cast<unsigned int>(m_vecSlaves.size());
   }
-  return m_uiSlaveCount > 0;
+  return !m_vecSlaves.empty();
 }
 
 void CEthercatMaster::readSlaves(_SCAN& scan) {

@@ -3,7 +3,7 @@
 #include "EthercatObject/CEthercatMaster.h"
 
 void CEthercatMaster::serviceSdoRequests() {
-  if (m_uiMasterState < EC_AL_STATE_PREOP || m_vecSdoInfo.empty()) {
+  if (m_watch.alStates() < EC_AL_STATE_PREOP || m_vecSdoInfo.empty()) {
     return;
   }
   const auto isArmed = [this](unsigned long request, bool read) {
