@@ -4,7 +4,7 @@
 #include "ENIObject/ENIObject.h"
 #include "EthercatObject/BusWatch/BusWatch.h"
 #include "EthercatObject/CEthercatSlave.h"
-#include "EthercatObject/Clock/DcController.h"
+#include "EthercatObject/Clock/MasterClock.h"
 #include "EthercatObject/HandleTable.h"
 #include "EthercatObject/KeyOrder.h"
 #include "EthercatObject/ProcessImage/PdoBuffers.h"
@@ -66,7 +66,7 @@ public:
   void clearAllSlaveObject();
   unsigned int getDeviceId() const { return m_reservation.deviceId(); }
   unsigned int getExchangePeriod() const { return m_uiExchangePeriod; }
-  long long getSystemBaseOffsetNs() const { return m_dc.systemBaseOffsetNs(); }
+  long long getSystemBaseOffsetNs() const { return m_clock.systemBaseOffsetNs(); }
   ec_master_t* getMasterCore() const { return m_reservation.master(); }
   CMasterENIObject* getENIObject() const { return m_pENIObject.get(); }
   unsigned int getMasterState() const;
@@ -75,7 +75,10 @@ public:
     return true;
   }
   bool setExchangeMode(bool exchangeMode);
-  bool setDcDebugEnable(bool enable);
+  bool setDcDebugEnable(bool enable) {
+    m_clock.setDebug(enable);
+    return true;
+  }
   // Also from another thread or a signal handler.
   void requestTerminate() { m_watch.requestTerminate(); }
   bool isRequestTerminate() const { return m_watch.isRequestTerminate(); }
@@ -183,7 +186,6 @@ private:
   unsigned int measureImage() const;
   unsigned char* readImageAddress() const;
   void setUpDistributedClocks();
-  static unsigned long long readEthercatTimeNs(); // real time, since 2000-01-01
   void resetCycleState();
   void reconfigureSlaves();
   void dropConfigurations();
@@ -196,8 +198,8 @@ private:
   void checkSlaves();
   void runCallback(EXCHANGE_CALLBACK callback, void* userData, _CYCLE_STAMPS& stamps);
   void sendFrame();
-  void syncDistributedClocks();
-  void updateMasterClock();
+  void syncDistributedClocks() { m_clock.handOver(m_reservation.master()); }
+  void updateMasterClock() { m_clock.adjust(m_watch.alStates(), m_watch.isExchanging()); }
   void awaitFrame(EXCHANGE_CALLBACK callback, void* userData, _CYCLE_STAMPS& stamps);
 
   // SDO
@@ -230,13 +232,7 @@ private:
   bool m_bExchangeMode = false;
   unsigned int m_uiExchangePeriod; // ns
   unsigned long long m_ullCycleCounter = 0;
-  bool m_bEnableDc;
-  bool m_bSyncToReferenceClock;
-  static constexpr unsigned int DC_SETTLE_CYCLES = 100;
-  unsigned int m_uiDcSettleCycles = DC_SETTLE_CYCLES;
-  bool m_bDcDebug = false;
-  unsigned long long m_ullApplicationTimeNs = 0; // since 2000-01-01
-  CDcController m_dc;                            // all 0 while inactive
+  CMasterClock m_clock;
   ec_domain_t* m_pDomain = nullptr;
   unsigned char* m_pDomainData = nullptr;
   unsigned int m_uiImageSize = 0; // bytes of the image that registered entries are known to reach

@@ -86,7 +86,7 @@ bool CEthercatMaster::activateOnce() {
     std::fputs("PDO entry registration failed!\n", stderr);
     return false;
   }
-  if (m_bEnableDc) {
+  if (m_clock.isEnabled()) {
     setUpDistributedClocks();
   }
   if (m_reservation.activate()) {
@@ -135,17 +135,14 @@ void CEthercatMaster::setUpDistributedClocks() {
       reference = slave.get();
     }
   }
-  m_ullApplicationTimeNs = readEthercatTimeNs();
-  m_dc.reset(m_ullApplicationTimeNs);
-  if (reference == nullptr) {
-    m_bEnableDc = false;
-  } else if (m_bSyncToReferenceClock) {
+  m_clock.start(reference != nullptr);
+  if (reference != nullptr && m_clock.followsReference()) {
     reference->setAsReferenceClock();
   }
 }
 
 void CEthercatMaster::resetCycleState() {
-  m_uiDcSettleCycles = DC_SETTLE_CYCLES;
+  m_clock.settle();
   m_watch.restart();
   m_ullCycleCounter = 0;
   m_commDiag.reset();
@@ -154,14 +151,11 @@ void CEthercatMaster::resetCycleState() {
 int CEthercatMaster::deactive() {
   if (m_reservation.isActive()) {
     m_watch.forgetStates();
-    if (m_bDcDebug && m_bSyncToReferenceClock && m_bEnableDc) {
-      m_dc.print("deactive: ", m_watch.alStates());
-    }
+    m_clock.printEnd(m_watch.alStates());
     std::fputs("ecrt_master_deactivate\n", stdout);
     deactivatePlatform();
   }
-  m_ullApplicationTimeNs = 0;
-  m_dc.reset();
+  m_clock.reset();
   return 0;
 }
 

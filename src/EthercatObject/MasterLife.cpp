@@ -3,7 +3,7 @@
 
 CEthercatMaster::CEthercatMaster(unsigned int deviceId, unsigned int period, bool enableDc,
                                  bool syncToReferenceClock, LOG_FUNCTION log)
-    : m_uiExchangePeriod(period), m_bEnableDc(enableDc), m_bSyncToReferenceClock(syncToReferenceClock),
+    : m_uiExchangePeriod(period), m_clock(period, enableDc, syncToReferenceClock),
       m_pENIObject(std::make_unique<CMasterENIObject>(log)), m_reservation(deviceId), m_pfnLog(log),
       m_watch(deviceId) {}
 
