@@ -7,7 +7,9 @@
 #include "EthercatObject/Clock/MasterClock.h"
 #include "EthercatObject/HandleTable.h"
 #include "EthercatObject/KeyOrder.h"
-#include "EthercatObject/ProcessImage/PdoBuffers.h"
+#include "EthercatObject/ProcessImage/Domain.h"
+#include "EthercatObject/ProcessImage/PdoHandles.h"
+#include "EthercatObject/ProcessImage/RegistrationList.h"
 #include "EthercatObject/Registers/EscRegisters.h"
 #include "EthercatObject/Reservation/Reservation.h"
 #include "EthercatObject/Sdo/IssuedSdos.h"
@@ -31,29 +33,8 @@ public:
 
   using _SDO_INFO_KEY = ::_SDO_INFO_KEY;
   using _SDO_INFO_OBJECT = ::_SDO_INFO_OBJECT;
-  struct _PDO_ENTRY_INFO_KEY {
-    unsigned int slave = 0;
-    std::string name;
-    // -1, 0 or 1: by slave, then bytewise by name.
-    static int compare(const _PDO_ENTRY_INFO_KEY& a, const _PDO_ENTRY_INFO_KEY& b);
-  };
-
-  struct _PDO_ENTRY_INFO_OBJECT {
-    ETHERCAT_DATA_TYPE dataType = DATA_TYPE_INVALID;
-    const ec_pdo_entry_reg_t* registration = nullptr; // of the description; null: the slot is free
-    _HANDLE_USERS users;
-    unsigned int inputPosition = 0;  // in the master's input block
-    unsigned int outputPosition = 0; // in the master's output block
-    unsigned long size = 0;          // bytes, 0 for a type without conversion
-    const _PDO_ENTRY_OFFSET* offset = nullptr;
-
-    bool isFree() const { return registration == nullptr; }
-    void reset() { resetPdoInfo(); }
-    void resetPdoInfo() { *this = _PDO_ENTRY_INFO_OBJECT(); }
-    unsigned long getPdoBufLen() const { return size; }
-    // Type and size from the type name of a description; false for a name without conversion.
-    bool initPdoEntryDataType(const std::string& typeName);
-  };
+  using _PDO_ENTRY_INFO_KEY = ::_PDO_ENTRY_INFO_KEY;
+  using _PDO_ENTRY_INFO_OBJECT = ::_PDO_ENTRY_INFO_OBJECT;
 
   CEthercatMaster(unsigned int deviceId, unsigned int period, bool enableDc, bool syncToReferenceClock,
                   LOG_FUNCTION log);
@@ -114,11 +95,20 @@ public:
     CCommDiag::print(title, info);
   }
 
-  // Process-data handles (MasterProcessData.cpp)
-  bool createPdoInfo(unsigned int slave, const char* name, bool read, unsigned int* id);
-  void destroyPdoInfo(unsigned int id, bool read);
-  bool readPdo(unsigned int id, double* value);
-  bool writePdo(unsigned int id, double value);
+  // Process-data handles
+  bool createPdoInfo(unsigned int slave, const char* name, bool read, unsigned int* id) {
+    return m_reservation.master() != nullptr && name != nullptr && id != nullptr &&
+           slave < m_vecSlaves.size() && m_pdoHandles.create(*m_vecSlaves[slave], name, read, id);
+  }
+  void destroyPdoInfo(unsigned int id, bool read) {
+    if (m_reservation.master() != nullptr) {
+      m_pdoHandles.destroy(id, read);
+    }
+  }
+  bool readPdo(unsigned int id, double* value) {
+    return isScanned() && value != nullptr && m_pdoHandles.read(id, value);
+  }
+  bool writePdo(unsigned int id, double value) { return isScanned() && m_pdoHandles.write(id, value); }
 
   // SDO requests (MasterSdo.cpp). Sizes in bytes, time-outs in ms; slaves beyond 254 have none.
   bool createRawSdoRequest(unsigned int slave, unsigned short index, unsigned char subindex,
@@ -162,29 +152,15 @@ private:
   bool writeSlotValue(unsigned int slave, unsigned int (CSlaveENIObject::*getter)() const,
                       unsigned int* out) const;
 
-  // Scan
-  struct _SCAN {
-    std::vector<std::unique_ptr<CEthercatSlave>> slaves;
-    unsigned int entryCount = 0;
-    std::vector<std::string> entryNames;
-    std::vector<unsigned char> entryBits;
-    std::unique_ptr<ec_pdo_entry_reg_t[]> entryRegs;
-  };
-  void readSlaves(_SCAN& scan);
-  void addSlave(_SCAN& scan, unsigned int index, const ec_slave_info_t& info);
-  static void buildRegistrationList(_SCAN& scan);
-  static void appendEntryBits(const CEthercatSlave& slave, std::vector<unsigned char>& bits);
-  static std::string entryName(const CSlaveENIObject& description, unsigned int entry);
-  void printRegistrationList() const;
+  bool isScanned() const { return m_reservation.master() != nullptr && m_registration.isBuilt(); }
+  SLAVE_LIST readSlaves();
+  std::unique_ptr<CEthercatSlave> makeSlave(unsigned int index, const ec_slave_info_t& info);
 
   // Activation
   bool allSlavesConfigured() const;
   bool activateOnce();
   bool activateOnNewReservation();
-  bool registerProcessData();
   bool imageIsMissing() const;
-  unsigned int measureImage() const;
-  unsigned char* readImageAddress() const;
   void setUpDistributedClocks();
   void resetCycleState();
   void reconfigureSlaves();
@@ -193,7 +169,6 @@ private:
 
   // Cycle
   void receiveFrame();
-  bool readWorkingCounter(bool& complete) const;
   void checkWorkingCounter();
   void checkSlaves();
   void runCallback(EXCHANGE_CALLBACK callback, void* userData, _CYCLE_STAMPS& stamps);
@@ -222,39 +197,19 @@ private:
   void reportSdo(const char* text) const;
   void moveToNextSdoId();
 
-  // Process data
-  void copyInputs();
-  void copyOutputs();
-  void arrangeProcessData();
-  unsigned int bytesInImage(const _PDO_ENTRY_INFO_OBJECT& object) const;
-  static std::string entryTypeName(const CSlaveENIObject& description, unsigned int entry);
-
   bool m_bExchangeMode = false;
   unsigned int m_uiExchangePeriod; // ns
   unsigned long long m_ullCycleCounter = 0;
   CMasterClock m_clock;
-  ec_domain_t* m_pDomain = nullptr;
-  unsigned char* m_pDomainData = nullptr;
-  unsigned int m_uiImageSize = 0; // bytes of the image that registered entries are known to reach
   std::unique_ptr<CMasterENIObject> m_pENIObject;
   CReservation m_reservation; // nothing that may fail is made behind it
-  std::vector<std::unique_ptr<CEthercatSlave>> m_vecSlaves;
-  unsigned int m_uiPdoEntryCount = 0;
-  std::vector<std::string> m_vecPdoEntryNames;
-  std::vector<unsigned char> m_vecPdoEntryBits; // one per row, as names
-  std::unique_ptr<ec_pdo_entry_reg_t[]>
-      m_pPdoEntryRegs; // m_uiPdoEntryCount rows and a zero row; null before a scan
-  std::vector<_PDO_ENTRY_INFO_OBJECT> m_vecPdoInfo; // by handle
-  unsigned int m_uiPdoInfoCount = 0; // the handle from which on the next free one is looked for
-  CHandleTable<_PDO_ENTRY_INFO_KEY, _PDO_ENTRY_INFO_OBJECT> m_pdoHandles{m_vecPdoInfo, m_uiPdoInfoCount};
-  std::vector<_SDO_INFO_OBJECT> m_vecSdoInfo; // by handle
-  unsigned int m_uiSdoInfoCount = 0;          // as for process data
-  CHandleTable<_SDO_INFO_KEY, _SDO_INFO_OBJECT> m_sdoHandles{m_vecSdoInfo, m_uiSdoInfoCount};
+  SLAVE_LIST m_vecSlaves;
+  CRegistrationList m_registration;
+  CDomain m_domain;
+  CPdoHandles m_pdoHandles;
+  CHandleTable<_SDO_INFO_KEY, _SDO_INFO_OBJECT> m_sdoHandles;
   CSdoCursor m_sdoCursor;
   CIssuedSdos m_issuedSdos;
-  CPdoBuffers m_inputs;
-  CPdoBuffers m_outputs;
-  bool m_bArrangementStale = false; // handles changed since the buffers were arranged
   LOG_FUNCTION m_pfnLog;
   CCommDiag m_commDiag;
   CBusWatch m_watch;

@@ -5,6 +5,7 @@
 
 #include <ecrt.h>
 #include <memory>
+#include <vector>
 
 class CEthercatMaster;
 
@@ -69,5 +70,7 @@ private:
   std::unique_ptr<_PDO_ENTRY_OFFSET[]> m_pPdoEntryOffsets;
   [[maybe_unused]] LOG_FUNCTION m_pfnLog; // kept with the slave; nothing here has a text for it yet
 };
+
+using SLAVE_LIST = std::vector<std::unique_ptr<CEthercatSlave>>;
 
 #endif

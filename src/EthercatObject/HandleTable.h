@@ -29,9 +29,8 @@ struct _HANDLE_USERS {
   }
 };
 
-// Bookkeeping of the handles in a table of its owner's: ids are handed out upward and not reused until
-// clear(); one key has one object, shared by its users. OBJECT offers isFree(), reset() and a member `users`,
-// and is moved without an exception.
+// Objects by handle: ids are handed out upward and not reused until clear(); one key has one object, shared
+// by its users. OBJECT offers isFree(), reset() and a member `users`, and is moved without an exception.
 template <class KEY, class OBJECT> class CHandleTable {
 public:
   // What the entry of one object needs of the heap, taken beforehand.
@@ -40,10 +39,6 @@ public:
     std::map<KEY, unsigned long> m_mapIdByKey;
     std::map<unsigned long, KEY> m_mapKeyById;
   };
-
-  // `objects` is indexed by id; no id below `nextId` is handed out.
-  CHandleTable(std::vector<OBJECT>& objects, unsigned int& nextId)
-      : m_vecObjects(objects), m_uiNextId(nextId) {}
 
   // The object with this key, and its id. Null when there is none; a key whose slot is free, left by a
   // renewal that failed, counts as unknown.
@@ -99,6 +94,8 @@ public:
 
   const KEY& keyOf(unsigned long id) const { return m_mapKeyById.at(id); }
   OBJECT* find(unsigned int id) { return id < m_vecObjects.size() ? &m_vecObjects[id] : nullptr; }
+  const OBJECT* find(unsigned int id) const { return id < m_vecObjects.size() ? &m_vecObjects[id] : nullptr; }
+  std::vector<OBJECT>& objects() { return m_vecObjects; }
 
   void clear() {
     m_vecObjects.clear();
@@ -108,8 +105,8 @@ public:
   }
 
 private:
-  std::vector<OBJECT>& m_vecObjects;
-  unsigned int& m_uiNextId;
+  std::vector<OBJECT> m_vecObjects; // by id
+  unsigned int m_uiNextId = 0;      // no id below is handed out
   std::map<KEY, unsigned long> m_mapIdByKey;
   std::map<unsigned long, KEY> m_mapKeyById;
 };

@@ -1,15 +1,7 @@
 // Configuration of the slaves, activation and deactivation.
 #include "EthercatObject/CEthercatMaster.h"
 
-#include <cstdint>
 #include <cstdio>
-
-namespace {
-
-// The lowest address that Linux maps for a program (vm.mmap_min_addr).
-constexpr std::uintptr_t FIRST_MAPPED_ADDRESS = 65536;
-
-} // namespace
 
 bool CEthercatMaster::configSlave(unsigned int slaveIndex) {
   if (slaveIndex >= m_vecSlaves.size()) {
@@ -32,7 +24,7 @@ bool CEthercatMaster::active() {
   if (wasActive) {
     reconfigureSlaves();
   }
-  if (m_reservation.master() == nullptr || m_pPdoEntryRegs == nullptr) {
+  if (!isScanned()) {
     return false;
   }
   if (m_vecSlaves.empty()) {
@@ -47,7 +39,7 @@ bool CEthercatMaster::active() {
     return false;
   }
   resetCycleState();
-  arrangeProcessData();
+  m_pdoHandles.arrange(m_domain.image());
   return m_reservation.isActive();
 }
 
@@ -81,8 +73,7 @@ bool CEthercatMaster::allSlavesConfigured() const {
 
 // False when the registration failed; whether the platform activated is told by the reservation.
 bool CEthercatMaster::activateOnce() {
-  m_pDomain = ecrt_master_create_domain(m_reservation.master());
-  if (m_pDomain == nullptr || !registerProcessData()) {
+  if (!m_domain.create(m_reservation.master()) || !m_registration.registerAt(m_domain.core())) {
     std::fputs("PDO entry registration failed!\n", stderr);
     return false;
   }
@@ -90,21 +81,13 @@ bool CEthercatMaster::activateOnce() {
     setUpDistributedClocks();
   }
   if (m_reservation.activate()) {
-    m_pDomainData = readImageAddress();
-    m_uiImageSize = measureImage();
+    m_domain.map(m_registration.measureImage(m_vecSlaves));
   }
   return true;
 }
 
-// Without an image the platform answers null plus the place of the domain, which is not 0 when a failed
-// activation has left another domain in front of it.
-unsigned char* CEthercatMaster::readImageAddress() const {
-  unsigned char* const address = ecrt_domain_data(m_pDomain);
-  return reinterpret_cast<std::uintptr_t>(address) < FIRST_MAPPED_ADDRESS ? nullptr : address;
-}
-
 bool CEthercatMaster::imageIsMissing() const {
-  return m_reservation.isActive() && m_uiImageSize > 0 && m_pDomainData == nullptr;
+  return m_reservation.isActive() && m_domain.isImageMissing();
 }
 
 // Patched releases of the platform map no process image on the second activation of one reservation, and
@@ -160,9 +143,9 @@ int CEthercatMaster::deactive() {
 }
 
 void CEthercatMaster::deactivatePlatform() {
-  m_pDomainData = nullptr;
+  m_domain.unmap();
   awaitSdoTransfers();
   m_reservation.deactivate();
   m_issuedSdos.clear();
-  m_pDomain = nullptr;
+  m_domain.drop();
 }

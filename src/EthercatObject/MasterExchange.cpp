@@ -35,7 +35,7 @@ void CEthercatMaster::exchange(EXCHANGE_CALLBACK callback, void* userData) {
   }
   _CYCLE_STAMPS stamps;
   stamp(stamps.total.start);
-  if (m_reservation.master() == nullptr || m_pPdoEntryRegs == nullptr) {
+  if (!isScanned()) {
     return;
   }
   // Where one phase follows another without work between them, one reading of the clock serves both.
@@ -49,7 +49,7 @@ void CEthercatMaster::exchange(EXCHANGE_CALLBACK callback, void* userData) {
   m_watch.checkLink(m_reservation.master());
   m_watch.checkMaster(m_reservation.master(), m_vecSlaves.size());
 
-  if (!m_vecSdoInfo.empty()) {
+  if (!m_sdoHandles.objects().empty()) {
     stamp(stamps.sdo.start);
     serviceSdoRequests();
     stamp(stamps.sdo.end);
@@ -57,10 +57,10 @@ void CEthercatMaster::exchange(EXCHANGE_CALLBACK callback, void* userData) {
 
   if (m_watch.isExchanging()) {
     if (!m_bExchangeMode) {
-      copyInputs();
+      m_pdoHandles.copyInputs(m_domain.image());
       runCallback(callback, userData, stamps);
     }
-    copyOutputs();
+    m_pdoHandles.copyOutputs(m_domain.image());
   }
 
   stamp(stamps.send.start);
@@ -78,26 +78,12 @@ void CEthercatMaster::exchange(EXCHANGE_CALLBACK callback, void* userData) {
 
 void CEthercatMaster::receiveFrame() {
   static_cast<void>(ecrt_master_receive(m_reservation.master()));
-  if (m_pDomain != nullptr) {
-    static_cast<void>(ecrt_domain_process(m_pDomain));
-  }
-}
-
-// False when there is no domain whose working counter could be read.
-bool CEthercatMaster::readWorkingCounter(bool& complete) const {
-  complete = false;
-  if (m_pDomain == nullptr) {
-    return false;
-  }
-  ec_domain_state_t state{};
-  static_cast<void>(ecrt_domain_state(m_pDomain, &state));
-  complete = state.wc_state == EC_WC_COMPLETE;
-  return true;
+  m_domain.process();
 }
 
 void CEthercatMaster::checkWorkingCounter() {
   bool complete = false;
-  if (m_watch.isExchanging() && readWorkingCounter(complete)) {
+  if (m_watch.isExchanging() && m_domain.readWorkingCounter(complete)) {
     m_watch.checkWorkingCounter(complete);
   }
 }
@@ -121,9 +107,7 @@ void CEthercatMaster::runCallback(EXCHANGE_CALLBACK callback, void* userData, _C
 }
 
 void CEthercatMaster::sendFrame() {
-  if (m_pDomain != nullptr) {
-    static_cast<void>(ecrt_domain_queue(m_pDomain));
-  }
+  m_domain.queue();
   syncDistributedClocks();
   static_cast<void>(ecrt_master_send(m_reservation.master()));
   updateMasterClock();
@@ -144,9 +128,9 @@ void CEthercatMaster::awaitFrame(EXCHANGE_CALLBACK callback, void* userData, _CY
       return;
     }
     bool complete = false;
-    const bool read = readWorkingCounter(complete);
+    const bool read = m_domain.readWorkingCounter(complete);
     if (complete) {
-      copyInputs();
+      m_pdoHandles.copyInputs(m_domain.image());
       stamp(stamps.receive.end);
       runCallback(callback, userData, stamps);
       return;

@@ -19,21 +19,16 @@ void CEthercatMaster::destroyMasterData() {
 }
 
 void CEthercatMaster::clearAllSlaveObject() {
-  m_pPdoEntryRegs.reset();
-  m_uiPdoEntryCount = 0;
-  m_uiImageSize = 0; // an image that is still mapped is that of the old slaves
+  m_registration.clear();
+  m_domain.forgetEntries();
   m_vecSlaves.clear();
-  m_vecPdoEntryNames.clear();
-  m_vecPdoEntryBits.clear();
   m_pdoHandles.clear();
-  m_inputs.clear();
-  m_outputs.clear();
   m_sdoHandles.clear();
   m_sdoCursor.reset();
 }
 
 unsigned int CEthercatMaster::getMasterState() const {
-  return m_reservation.master() == nullptr || m_pPdoEntryRegs == nullptr ? 0 : m_watch.alStates();
+  return isScanned() ? m_watch.alStates() : 0;
 }
 
 bool CEthercatMaster::setExchangeMode(bool exchangeMode) {

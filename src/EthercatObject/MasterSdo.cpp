@@ -105,13 +105,13 @@ bool CEthercatMaster::requestSdo(const _SDO_INFO_KEY& key, _SDO_INFO_OBJECT& obj
 
 // Deactivation has freed every request. What was armed starts over on the new ones.
 void CEthercatMaster::renewSdoRequests() {
-  for (size_t id = 0; id < m_vecSdoInfo.size(); ++id) {
-    if (m_vecSdoInfo[id].isFree()) {
+  for (size_t id = 0; id < m_sdoHandles.objects().size(); ++id) {
+    if (m_sdoHandles.objects()[id].isFree()) {
       continue;
     }
     const _SDO_INFO_KEY& key = m_sdoHandles.keyOf(id);
-    if (!requestSdo(key, m_vecSdoInfo[id])) {
-      m_vecSdoInfo[id].resetSdoInfo();
+    if (!requestSdo(key, m_sdoHandles.objects()[id])) {
+      m_sdoHandles.objects()[id].resetSdoInfo();
       std::fputs(key.complete ? "Failed to create complete SDO request.\n"
                               : "Failed to create SDO request.\n",
                  stderr);
@@ -120,7 +120,7 @@ void CEthercatMaster::renewSdoRequests() {
 }
 
 void CEthercatMaster::dropSdoRequests() {
-  for (_SDO_INFO_OBJECT& object : m_vecSdoInfo) {
+  for (_SDO_INFO_OBJECT& object : m_sdoHandles.objects()) {
     object.resetSdoInfo();
   }
 }

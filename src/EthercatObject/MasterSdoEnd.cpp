@@ -35,9 +35,7 @@ void CEthercatMaster::awaitSdoTransfers() {
                      std::max(m_uiExchangePeriod, SHORTEST_PERIOD_NS), PATIENCE_NS - spentNs)));
     sleepUntil(now);
     receiveFrame();
-    if (m_pDomain != nullptr) {
-      static_cast<void>(ecrt_domain_queue(m_pDomain));
-    }
+    m_domain.queue();
     static_cast<void>(ecrt_master_send(m_reservation.master()));
     if (!m_issuedSdos.isAnyBusy()) {
       return;

@@ -3,14 +3,15 @@
 #include "EthercatObject/CEthercatMaster.h"
 
 void CEthercatMaster::serviceSdoRequests() {
-  if (m_watch.alStates() < EC_AL_STATE_PREOP || m_vecSdoInfo.empty()) {
+  if (m_watch.alStates() < EC_AL_STATE_PREOP || m_sdoHandles.objects().empty()) {
     return;
   }
   const auto isArmed = [this](unsigned long request, bool read) {
-    return m_vecSdoInfo[request].request != nullptr && m_vecSdoInfo[request].isArmed(read);
+    return m_sdoHandles.objects()[request].request != nullptr &&
+           m_sdoHandles.objects()[request].isArmed(read);
   };
-  if (m_sdoCursor.findArmed(m_vecSdoInfo.size(), isArmed)) {
-    serviceSdo(m_vecSdoInfo[m_sdoCursor.request()], m_sdoCursor.isRead());
+  if (m_sdoCursor.findArmed(m_sdoHandles.objects().size(), isArmed)) {
+    serviceSdo(m_sdoHandles.objects()[m_sdoCursor.request()], m_sdoCursor.isRead());
   }
 }
 
@@ -63,5 +64,5 @@ void CEthercatMaster::reportSdo(const char* text) const {
 }
 
 void CEthercatMaster::moveToNextSdoId() {
-  m_sdoCursor.advance(m_vecSdoInfo.size());
+  m_sdoCursor.advance(m_sdoHandles.objects().size());
 }

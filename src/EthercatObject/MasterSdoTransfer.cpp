@@ -18,7 +18,7 @@ void clearDone(bool* done) {
 
 // The object on which a transfer may be armed in this direction; null, perhaps with a text, if none may.
 _SDO_INFO_OBJECT* CEthercatMaster::armable(unsigned int id, bool read, const void* data) {
-  if (m_reservation.master() == nullptr || m_pPdoEntryRegs == nullptr || data == nullptr) {
+  if (!isScanned() || data == nullptr) {
     return nullptr;
   }
   _SDO_INFO_OBJECT* const object = m_sdoHandles.find(id);
@@ -111,5 +111,5 @@ bool CEthercatMaster::rawSdoSend(unsigned int id, const void* data, unsigned int
 }
 
 bool CEthercatMaster::processSdoImmediately(unsigned int id) {
-  return id < m_vecSdoInfo.size() && m_sdoCursor.force(id);
+  return id < m_sdoHandles.objects().size() && m_sdoCursor.force(id);
 }
