@@ -16,6 +16,7 @@ struct _HANDLE_USERS {
   unsigned long readUsers = 0;
   unsigned long writeUsers = 0;
 
+  bool has(bool read) const { return (flags & (read ? HANDLE_READABLE : HANDLE_WRITABLE)) != 0; }
   void add(bool read) {
     ++(read ? readUsers : writeUsers);
     flags |= read ? HANDLE_READABLE : HANDLE_WRITABLE;

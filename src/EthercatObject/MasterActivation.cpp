@@ -3,6 +3,20 @@
 
 #include <cstdio>
 
+namespace {
+
+bool allConfigured(const SLAVE_LIST& slaves) {
+  for (const auto& slave : slaves) {
+    if (slave->getSlaveCore() == nullptr) {
+      std::printf("slave %d do not config\n", static_cast<int>(slave->getSlaveIndex() + 1));
+      return false;
+    }
+  }
+  return true;
+}
+
+} // namespace
+
 bool CEthercatMaster::configSlave(unsigned int slaveIndex) {
   if (slaveIndex >= m_vecSlaves.size()) {
     return false;
@@ -32,10 +46,10 @@ bool CEthercatMaster::active() {
     return false;
   }
   const bool usedReservation = m_reservation.isUsed();
-  if (!allSlavesConfigured() || !activateOnce()) {
+  if (!allConfigured(m_vecSlaves) || !activateOnce()) {
     return false;
   }
-  if (usedReservation && imageIsMissing() && !activateOnNewReservation()) {
+  if (usedReservation && m_domain.isImageMissing() && !activateOnNewReservation()) {
     return false;
   }
   resetCycleState();
@@ -51,24 +65,7 @@ void CEthercatMaster::reconfigureSlaves() {
       slave->configEthercatSlave();
     }
   }
-  renewSdoRequests();
-}
-
-void CEthercatMaster::dropConfigurations() {
-  for (const auto& slave : m_vecSlaves) {
-    slave->dropConfiguration();
-  }
-  dropSdoRequests();
-}
-
-bool CEthercatMaster::allSlavesConfigured() const {
-  for (const auto& slave : m_vecSlaves) {
-    if (slave->getSlaveCore() == nullptr) {
-      std::printf("slave %d do not config\n", static_cast<int>(slave->getSlaveIndex() + 1));
-      return false;
-    }
-  }
-  return true;
+  m_sdoRequests.renew([this](unsigned int slave) { return m_vecSlaves[slave]->getSlaveCore(); });
 }
 
 // False when the registration failed; whether the platform activated is told by the reservation.
@@ -86,10 +83,6 @@ bool CEthercatMaster::activateOnce() {
   return true;
 }
 
-bool CEthercatMaster::imageIsMissing() const {
-  return m_reservation.isActive() && m_domain.isImageMissing();
-}
-
 // Patched releases of the platform map no process image on the second activation of one reservation, and
 // nothing but the null image tells. A new reservation is as good as the first one. False when a text has said
 // what failed.
@@ -98,15 +91,18 @@ bool CEthercatMaster::activateOnNewReservation() {
   m_reservation.renew();
   if (m_reservation.master() != nullptr) {
     reconfigureSlaves();
-    if (!allSlavesConfigured() || !activateOnce()) {
+    if (!allConfigured(m_vecSlaves) || !activateOnce()) {
       return false;
     }
-    if (!imageIsMissing()) {
+    if (!m_domain.isImageMissing()) {
       return true;
     }
     deactivatePlatform();
   }
-  dropConfigurations();
+  for (const auto& slave : m_vecSlaves) {
+    slave->dropConfiguration();
+  }
+  m_sdoRequests.drop();
   std::fputs("Failed to map the process image after a re-activation.\n", stderr);
   return false;
 }
@@ -146,6 +142,6 @@ void CEthercatMaster::deactivatePlatform() {
   m_domain.unmap();
   awaitSdoTransfers();
   m_reservation.deactivate();
-  m_issuedSdos.clear();
+  m_sdoRequests.issued().clear();
   m_domain.drop();
 }

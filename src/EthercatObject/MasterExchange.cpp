@@ -28,52 +28,43 @@ _FRAME_WAIT frameWait(unsigned int periodNs) {
 
 } // namespace
 
+// One call: whose callback it runs, and when its phases were. Where one phase follows another without work
+// between them, one reading of the clock serves both.
+struct CEthercatMaster::_CYCLE {
+  EXCHANGE_CALLBACK callback;
+  void* userData;
+  _CYCLE_STAMPS stamps;
+
+  void runCallback() {
+    if (callback != nullptr) {
+      stamp(stamps.callback.start);
+      callback(userData);
+      stamp(stamps.callback.end);
+    }
+  }
+};
+
 void CEthercatMaster::exchange(EXCHANGE_CALLBACK callback, void* userData) {
   if (isRequestTerminate()) {
     std::fputs("you can't call exchange function because the driver is request terminate.\n", stdout);
     return;
   }
-  _CYCLE_STAMPS stamps;
-  stamp(stamps.total.start);
+  _CYCLE cycle{callback, userData, {}};
+  stamp(cycle.stamps.total.start);
   if (!isScanned()) {
     return;
   }
-  // Where one phase follows another without work between them, one reading of the clock serves both.
   if (!m_bExchangeMode) {
-    stamps.receive.start = stamps.total.start;
-    receiveFrame();
-    stamp(stamps.receive.end);
-    checkWorkingCounter();
+    receiveLastFrame(cycle);
   }
-  checkSlaves();
-  m_watch.checkLink(m_reservation.master());
-  m_watch.checkMaster(m_reservation.master(), m_vecSlaves.size());
-
-  if (!m_sdoHandles.objects().empty()) {
-    stamp(stamps.sdo.start);
-    serviceSdoRequests();
-    stamp(stamps.sdo.end);
-  }
-
-  if (m_watch.isExchanging()) {
-    if (!m_bExchangeMode) {
-      m_pdoHandles.copyInputs(m_domain.image());
-      runCallback(callback, userData, stamps);
-    }
-    m_pdoHandles.copyOutputs(m_domain.image());
-  }
-
-  stamp(stamps.send.start);
-  sendFrame();
-  stamp(stamps.send.end);
-  stamps.total.end = stamps.send.end;
-
+  checkBus();
+  serviceSdo(cycle);
+  moveProcessData(cycle);
+  sendFrame(cycle);
   if (m_bExchangeMode) {
-    awaitFrame(callback, userData, stamps);
-    stamp(stamps.total.end);
+    awaitFrame(cycle);
   }
-  m_commDiag.record(m_ullCycleCounter, stamps);
-  ++m_ullCycleCounter;
+  m_commDiag.record(m_ullCycleCounter++, cycle.stamps);
 }
 
 void CEthercatMaster::receiveFrame() {
@@ -81,67 +72,91 @@ void CEthercatMaster::receiveFrame() {
   m_domain.process();
 }
 
-void CEthercatMaster::checkWorkingCounter() {
+void CEthercatMaster::receiveLastFrame(_CYCLE& cycle) {
+  cycle.stamps.receive.start = cycle.stamps.total.start;
+  receiveFrame();
+  stamp(cycle.stamps.receive.end);
   bool complete = false;
   if (m_watch.isExchanging() && m_domain.readWorkingCounter(complete)) {
     m_watch.checkWorkingCounter(complete);
   }
 }
 
-void CEthercatMaster::checkSlaves() {
+void CEthercatMaster::checkBus() {
+  ec_master_t* const master = m_reservation.master();
   unsigned int index = 0;
   for (const auto& slave : m_vecSlaves) {
     if (slave->getSlaveCore() != nullptr) {
-      m_watch.checkSlave(m_reservation.master(), slave->getSlaveCore(), index);
+      m_watch.checkSlave(master, slave->getSlaveCore(), index);
     }
     ++index;
   }
+  m_watch.checkLink(master);
+  m_watch.checkMaster(master, m_vecSlaves.size());
 }
 
-void CEthercatMaster::runCallback(EXCHANGE_CALLBACK callback, void* userData, _CYCLE_STAMPS& stamps) {
-  if (callback != nullptr) {
-    stamp(stamps.callback.start);
-    callback(userData);
-    stamp(stamps.callback.end);
+void CEthercatMaster::serviceSdo(_CYCLE& cycle) {
+  if (m_sdoRequests.objects().empty()) {
+    return;
   }
+  stamp(cycle.stamps.sdo.start);
+  m_sdoService.step(m_watch.alStates(), m_sdoRequests.objects(), m_sdoRequests.issued());
+  stamp(cycle.stamps.sdo.end);
 }
 
-void CEthercatMaster::sendFrame() {
+void CEthercatMaster::moveProcessData(_CYCLE& cycle) {
+  if (!m_watch.isExchanging()) {
+    return;
+  }
+  if (!m_bExchangeMode) {
+    m_pdoHandles.copyInputs(m_domain.image());
+    cycle.runCallback();
+  }
+  m_pdoHandles.copyOutputs(m_domain.image());
+}
+
+void CEthercatMaster::sendFrame(_CYCLE& cycle) {
+  stamp(cycle.stamps.send.start);
   m_domain.queue();
   syncDistributedClocks();
   static_cast<void>(ecrt_master_send(m_reservation.master()));
   updateMasterClock();
+  stamp(cycle.stamps.send.end);
+  cycle.stamps.total.end = cycle.stamps.send.end;
 }
 
 // Exchange mode: polls for the frame just sent until it is complete or the budget of the period is used up.
-void CEthercatMaster::awaitFrame(EXCHANGE_CALLBACK callback, void* userData, _CYCLE_STAMPS& stamps) {
+void CEthercatMaster::awaitFrame(_CYCLE& cycle) {
   const _FRAME_WAIT wait = frameWait(m_uiExchangePeriod);
-  timespec wakeUp = stamps.send.end;
+  timespec wakeUp = cycle.stamps.send.end;
   advance(wakeUp, wait.firstNs);
-  stamps.receive.start = stamps.send.end;
-  for (unsigned int waited = wait.firstNs;;) {
+  cycle.stamps.receive.start = cycle.stamps.send.end;
+  bool complete = false;
+  bool read = false;
+  unsigned int waited = wait.firstNs;
+  do {
     sleepUntil(wakeUp);
     advance(wakeUp, POLL_INTERVAL_NS);
-    receiveFrame();
-    if (!m_watch.isExchanging()) {
-      stamp(stamps.receive.end);
-      return;
-    }
-    bool complete = false;
-    const bool read = m_domain.readWorkingCounter(complete);
-    if (complete) {
-      m_pdoHandles.copyInputs(m_domain.image());
-      stamp(stamps.receive.end);
-      runCallback(callback, userData, stamps);
-      return;
-    }
     waited += POLL_INTERVAL_NS;
-    if (waited > wait.budgetNs) {
-      stamp(stamps.receive.end);
-      if (read) {
-        m_watch.checkWorkingCounter(complete);
-      }
-      return;
-    }
+    receiveFrame();
+    read = m_watch.isExchanging() && m_domain.readWorkingCounter(complete);
+  } while (m_watch.isExchanging() && !complete && waited <= wait.budgetNs);
+  if (complete) {
+    m_pdoHandles.copyInputs(m_domain.image());
   }
+  stamp(cycle.stamps.receive.end);
+  if (complete) {
+    cycle.runCallback();
+  } else if (read) {
+    m_watch.checkWorkingCounter(complete);
+  }
+  stamp(cycle.stamps.total.end);
+}
+
+bool CEthercatMaster::getCommDiagInfo(unsigned int index, _ETHERCAT_COMM_DIAG_INFO* out) const {
+  return m_commDiag.get(index, out);
+}
+
+void CEthercatMaster::outputCommDiagInfo(const char* title, const _ETHERCAT_COMM_DIAG_INFO* info) const {
+  CCommDiag::print(title, info);
 }

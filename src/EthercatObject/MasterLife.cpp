@@ -1,10 +1,11 @@
-// Construction, destruction and the simple queries of a master.
+// Construction, destruction, switches, and single slaves through the device file.
 #include "EthercatObject/CEthercatMaster.h"
+#include "EthercatObject/Registers/EscRegisters.h"
 
 CEthercatMaster::CEthercatMaster(unsigned int deviceId, unsigned int period, bool enableDc,
                                  bool syncToReferenceClock, LOG_FUNCTION log)
-    : m_uiExchangePeriod(period), m_clock(period, enableDc, syncToReferenceClock),
-      m_pENIObject(std::make_unique<CMasterENIObject>(log)), m_reservation(deviceId), m_pfnLog(log),
+    : m_uiExchangePeriod(period), m_pfnLog(log), m_pENIObject(std::make_unique<CMasterENIObject>(log)),
+      m_reservation(deviceId), m_sdoService(log), m_clock(period, enableDc, syncToReferenceClock),
       m_watch(deviceId) {}
 
 CEthercatMaster::~CEthercatMaster() {
@@ -23,12 +24,13 @@ void CEthercatMaster::clearAllSlaveObject() {
   m_domain.forgetEntries();
   m_vecSlaves.clear();
   m_pdoHandles.clear();
-  m_sdoHandles.clear();
-  m_sdoCursor.reset();
+  m_sdoRequests.clear();
+  m_sdoService.reset();
 }
 
-unsigned int CEthercatMaster::getMasterState() const {
-  return isScanned() ? m_watch.alStates() : 0;
+bool CEthercatMaster::setErrorCallback(ERROR_CALLBACK callback, void* userData) {
+  m_watch.setErrorCallback(callback, userData);
+  return true;
 }
 
 bool CEthercatMaster::setExchangeMode(bool exchangeMode) {
@@ -39,60 +41,36 @@ bool CEthercatMaster::setExchangeMode(bool exchangeMode) {
   return true;
 }
 
+bool CEthercatMaster::setDcDebugEnable(bool enable) {
+  m_clock.setDebug(enable);
+  return true;
+}
+
+bool CEthercatMaster::resetErrorCode() {
+  m_watch.resetError();
+  return true;
+}
+
 bool CEthercatMaster::enableEoeFunction(unsigned int /*slave*/, bool /*enable*/) {
   return false;
 }
 
-namespace {
-
-void writeIfWanted(unsigned int* out, unsigned int value) {
-  if (out != nullptr) {
-    *out = value;
-  }
+bool CEthercatMaster::readEscReg(unsigned short slave, unsigned short address, unsigned char* data,
+                                 unsigned long size) {
+  return CEscRegisters(m_reservation.device()).read(slave, address, data, size);
 }
 
-} // namespace
-
-bool CEthercatMaster::getSlaveProductCode(unsigned int slave, unsigned int* productCode) const {
-  if (slave >= m_vecSlaves.size()) {
-    return false;
-  }
-  writeIfWanted(productCode, m_vecSlaves[slave]->getProductCode());
-  return true;
+bool CEthercatMaster::writeEscReg(unsigned short slave, unsigned short address, unsigned char* data,
+                                  unsigned long size) {
+  return CEscRegisters(m_reservation.device()).write(slave, address, data, size);
 }
 
-bool CEthercatMaster::getSlaveRevisionCode(unsigned int slave, unsigned int* revisionCode) const {
-  if (slave >= m_vecSlaves.size()) {
-    return false;
-  }
-  writeIfWanted(revisionCode, m_vecSlaves[slave]->getRevisionCode());
-  return true;
+bool CEthercatMaster::requestEscState(unsigned short slave, unsigned char state) {
+  return CEscRegisters(m_reservation.device()).requestState(slave, state);
 }
 
-CSlaveENIObject* CEthercatMaster::descriptionOf(unsigned int slave) const {
-  return slave < m_vecSlaves.size() ? m_vecSlaves[slave]->getENIObject() : nullptr;
-}
-
-bool CEthercatMaster::writeSlotValue(unsigned int slave, unsigned int (CSlaveENIObject::*getter)() const,
-                                     unsigned int* out) const {
-  const CSlaveENIObject* const description = descriptionOf(slave);
-  if (description == nullptr) {
-    return false;
-  }
-  writeIfWanted(out, (description->*getter)());
-  return true;
-}
-
-bool CEthercatMaster::getSlaveSlotNumber(unsigned int slave, unsigned int* slotNumber) const {
-  return writeSlotValue(slave, &CSlaveENIObject::getSlotNumber, slotNumber);
-}
-
-bool CEthercatMaster::getSlaveSlotIndexIncrement(unsigned int slave, unsigned int* increment) const {
-  return writeSlotValue(slave, &CSlaveENIObject::getSlotIndexIncrement, increment);
-}
-
-bool CEthercatMaster::getSlaveSlotPdoIncrement(unsigned int slave, unsigned int* increment) const {
-  return writeSlotValue(slave, &CSlaveENIObject::getSlotPdoIncrement, increment);
+bool CEthercatMaster::clearEscErrorRegs(unsigned short slave) {
+  return CEscRegisters(m_reservation.device()).clearErrors(slave);
 }
 
 void CEthercatMaster::clearAllEscErrorRegs() {

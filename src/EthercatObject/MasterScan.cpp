@@ -1,4 +1,5 @@
-// Bus scan: one slave object per slave found, and the registration list of all entries.
+// Bus scan: one slave object per slave found, the registration list of all entries, and what the application
+// asks of a slave.
 #include "EthercatObject/CEthercatMaster.h"
 
 #include <cstdio>
@@ -30,11 +31,13 @@ bool CEthercatMaster::scanEthercatSlave(unsigned int* slaveCount) {
 
 SLAVE_LIST CEthercatMaster::readSlaves() {
   SLAVE_LIST slaves;
-  ec_slave_info_t info{};
-  while (m_reservation.master() != nullptr && slaves.size() < MAX_SLAVES &&
-         ecrt_master_get_slave(m_reservation.master(), static_cast<uint16_t>(slaves.size()), &info) >= 0) {
-    slaves.push_back(makeSlave(static_cast<unsigned int>(slaves.size()), info));
-    info = {};
+  ec_master_t* const master = m_reservation.master();
+  for (unsigned int index = 0; master != nullptr && index < MAX_SLAVES; ++index) {
+    ec_slave_info_t info{};
+    if (ecrt_master_get_slave(master, static_cast<uint16_t>(index), &info) < 0) {
+      break;
+    }
+    slaves.push_back(makeSlave(index, info));
   }
   return slaves;
 }
@@ -65,4 +68,53 @@ void CEthercatMaster::dispConfiguration() const {
     }
   }
   std::fflush(stdout);
+}
+
+namespace {
+
+void writeIfWanted(unsigned int* out, unsigned int value) {
+  if (out != nullptr) {
+    *out = value;
+  }
+}
+
+// Also false for a slave without description.
+bool writeSlotValue(const SLAVE_LIST& slaves, unsigned int slave,
+                    unsigned int (CSlaveENIObject::*getter)() const, unsigned int* out) {
+  const CSlaveENIObject* const description = slave < slaves.size() ? slaves[slave]->getENIObject() : nullptr;
+  if (description == nullptr) {
+    return false;
+  }
+  writeIfWanted(out, (description->*getter)());
+  return true;
+}
+
+} // namespace
+
+bool CEthercatMaster::getSlaveProductCode(unsigned int slave, unsigned int* productCode) const {
+  if (slave >= m_vecSlaves.size()) {
+    return false;
+  }
+  writeIfWanted(productCode, m_vecSlaves[slave]->getProductCode());
+  return true;
+}
+
+bool CEthercatMaster::getSlaveRevisionCode(unsigned int slave, unsigned int* revisionCode) const {
+  if (slave >= m_vecSlaves.size()) {
+    return false;
+  }
+  writeIfWanted(revisionCode, m_vecSlaves[slave]->getRevisionCode());
+  return true;
+}
+
+bool CEthercatMaster::getSlaveSlotNumber(unsigned int slave, unsigned int* slotNumber) const {
+  return writeSlotValue(m_vecSlaves, slave, &CSlaveENIObject::getSlotNumber, slotNumber);
+}
+
+bool CEthercatMaster::getSlaveSlotIndexIncrement(unsigned int slave, unsigned int* increment) const {
+  return writeSlotValue(m_vecSlaves, slave, &CSlaveENIObject::getSlotIndexIncrement, increment);
+}
+
+bool CEthercatMaster::getSlaveSlotPdoIncrement(unsigned int slave, unsigned int* increment) const {
+  return writeSlotValue(m_vecSlaves, slave, &CSlaveENIObject::getSlotPdoIncrement, increment);
 }

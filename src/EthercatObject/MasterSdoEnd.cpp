@@ -19,7 +19,7 @@ constexpr unsigned int SHORTEST_PERIOD_NS = 100000; // should a master have been
 // their last value. The clocks get no time meanwhile: they run on by themselves, nothing is controlled or
 // shown any more, and the deactivation ends their synchronisation anyway.
 void CEthercatMaster::awaitSdoTransfers() {
-  if (!m_issuedSdos.isAnyBusy()) {
+  if (!m_sdoRequests.issued().isAnyBusy()) {
     return;
   }
   timespec now{};
@@ -37,7 +37,7 @@ void CEthercatMaster::awaitSdoTransfers() {
     receiveFrame();
     m_domain.queue();
     static_cast<void>(ecrt_master_send(m_reservation.master()));
-    if (!m_issuedSdos.isAnyBusy()) {
+    if (!m_sdoRequests.issued().isAnyBusy()) {
       return;
     }
     clock_gettime(CLOCK_MONOTONIC, &now);

@@ -11,6 +11,7 @@ class CDomain {
 public:
   // False when the platform refuses; there is no domain then.
   bool create(ec_master_t* master) {
+    m_image = {};
     m_pDomain = ecrt_master_create_domain(master);
     return m_pDomain != nullptr;
   }
@@ -25,6 +26,7 @@ public:
     const bool mapped = reinterpret_cast<std::uintptr_t>(address) >= FIRST_MAPPED_ADDRESS;
     m_image = {mapped ? address : nullptr, size};
   }
+  // Entries were registered, and yet the active master has no image.
   bool isImageMissing() const { return m_image.size > 0 && m_image.data == nullptr; }
   void unmap() { m_image.data = nullptr; }
   // An image that is still mapped is that of slaves that are gone.

@@ -69,7 +69,7 @@ void CPdoHandles::clear() {
 
 bool CPdoHandles::read(unsigned int id, double* value) const {
   const _PDO_ENTRY_INFO_OBJECT* const object = m_handles.find(id);
-  if (object == nullptr || (object->users.flags & HANDLE_READABLE) == 0) {
+  if (object == nullptr || value == nullptr || !object->users.has(true)) {
     return false;
   }
   CEthercatDataHelper::doubleFromBuffer(object->dataType, m_inputs.at(object->inputPosition), false, value,
@@ -79,7 +79,7 @@ bool CPdoHandles::read(unsigned int id, double* value) const {
 
 bool CPdoHandles::write(unsigned int id, double value) {
   const _PDO_ENTRY_INFO_OBJECT* const object = m_handles.find(id);
-  if (object == nullptr || (object->users.flags & HANDLE_WRITABLE) == 0) {
+  if (object == nullptr || !object->users.has(false)) {
     return false;
   }
   CEthercatDataHelper::doubleToBuffer(value, object->dataType, false, m_outputs.at(object->outputPosition),
@@ -114,8 +114,8 @@ void CPdoHandles::arrange(const _IMAGE& image) {
     }
     const auto size = static_cast<unsigned int>(object.size);
     const unsigned int inImage = bytesInImage(object, image);
-    const unsigned int input = (object.users.flags & HANDLE_READABLE) != 0 ? inImage : 0;
-    const unsigned int output = (object.users.flags & HANDLE_WRITABLE) != 0 ? inImage : 0;
+    const unsigned int input = object.users.has(true) ? inImage : 0;
+    const unsigned int output = object.users.has(false) ? inImage : 0;
     m_inputs.addItem({&object.inputPosition, size, input == 0 ? UINT_MAX : object.offset->offset, input});
     m_outputs.addItem({&object.outputPosition, size, output == 0 ? UINT_MAX : object.offset->offset, output});
   }

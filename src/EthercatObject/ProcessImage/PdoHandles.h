@@ -16,7 +16,7 @@ public:
   void destroy(unsigned int id, bool read);
   void clear();
 
-  // False for a handle that was not made in this direction.
+  // False for a handle that was not made in this direction, and for a null pointer.
   bool read(unsigned int id, double* value) const;
   bool write(unsigned int id, double value);
 

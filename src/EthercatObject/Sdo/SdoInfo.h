@@ -68,10 +68,7 @@ struct _SDO_INFO_OBJECT {
     }
     users.add(read);
   }
-  bool isArmed(bool read) const {
-    return read ? readPending && (users.flags & HANDLE_READABLE) != 0
-                : writePending && (users.flags & HANDLE_WRITABLE) != 0;
-  }
+  bool isArmed(bool read) const { return (read ? readPending : writePending) && users.has(read); }
   // Takes the pending transfer of a direction back; nothing of it reaches the application any more.
   void withdraw(bool read);
   // Ends the pending transfer of a direction: it counts as done.
