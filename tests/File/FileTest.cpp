@@ -1,4 +1,4 @@
-#include "DescriptionSupport.h"
+#include "ENIObject/DescriptionSupport.h"
 
 #include "File/File.h"
 

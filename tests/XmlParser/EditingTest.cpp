@@ -1,4 +1,4 @@
-#include "DescriptionSupport.h"
+#include "ENIObject/DescriptionSupport.h"
 #include "XmlParser/XmlFileHandle.h"
 #include "memory/Allocator.h"
 
