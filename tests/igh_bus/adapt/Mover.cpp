@@ -51,6 +51,10 @@ std::uint64_t toBits(const std::string& type, double value) {
   return bits;
 }
 
+std::size_t bitsOf(const std::string& type) {
+  return 8 * std::size_t{CEthercatDataHelper::getTypeSize(CEthercatDataHelper::getTypeByName(type.c_str()))};
+}
+
 // Neighbouring bits of a slave, and the same bits in the value of a handle.
 struct Bits {
   unsigned int slave;
@@ -153,6 +157,9 @@ void Bus::add(unsigned int slave, const maker::Device& device, const maker::Plac
               m_entries.size()};
     igh_master_create_pdo_info(0, slave, part.name.c_str(), !bits.output, &bits.handle);
     plain = plain && mask >> bits.at == ones(bits.count) && bits.count <= left;
+    // What the library knows keeps its type, and with it its sign.
+    if (bits.count == place.entry->bits && bits.count == bitsOf(place.entry->type))
+      plain = plain && part.type == place.entry->type;
     left -= std::min(left, bits.count);
     m_bits.push_back(bits);
   }
@@ -186,7 +193,8 @@ void Bus::move(std::mt19937& random) {
     const auto found = bits.output ? bitsAt(sim::bus().outputs(bits.slave), bits.bit, bits.count)
                                    : toBits(bits.type, value) >> bits.at & ones(bits.count);
     auto& right = m_entries[bits.entry].right;
-    right = right && found == bitsAt(bytesOf(bits), bits.bit, bits.count);
+    right = right && found == bitsAt(bytesOf(bits), bits.bit, bits.count) &&
+            value == toDouble(bits.type, toBits(bits.type, value)); // of that type's range
   }
 }
 

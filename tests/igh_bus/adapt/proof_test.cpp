@@ -141,12 +141,19 @@ TEST(AdaptProof, EveryBitOfEverySlaveGoesWhereItsNameSays) {
     lost += loss.what + '|';
   EXPECT_EQ(lost, "PDO 0x1A00 0x6000:01 INT|PDO 0x1A01 0x6010:02 BOOL|PDO 0x1A01 0x6010:03 BIT4|"
                   "PDO 0x1A02 0x6020:01 |");
-  std::string names;
-  for (const auto& entry : proof.of({0x1234, 4, 1})["entries"])
-    names += entry["name"].get<std::string>() + '|';
-  EXPECT_EQ(names, "Channel 1 Value|Channel 1 Status|Channel 1 0x6000:03|Channel 2 Value 0x6010:01|"
-                   "Channel 2 Low 0x6010:02|Channel 2 Status|Channel 2 Value 0x6020:01|"
-                   "Channel 2 Low 0x6020:02 .. Rest|");
+  const auto names = [&](std::uint32_t product) {
+    std::string text;
+    for (const auto& entry : proof.of({0x1234, product, 1})["entries"])
+      text += entry["name"].get<std::string>() + '|';
+    return text;
+  };
+  EXPECT_EQ(names(3), "Target|Control|Actual|Status|");
+  EXPECT_EQ(names(4), "Channel 1 Value|Channel 1 Status|Channel 1 0x6000:03|Channel 2 Value 0x6010:01|"
+                      "Channel 2 Low 0x6010:02|Channel 2 Status|Channel 2 Value 0x6020:01|"
+                      "Channel 2 Low 0x6020:02 .. Rest|");
+  EXPECT_THAT(names(5), testing::StartsWith("Outputs U32|Outputs I16|Outputs Mode|Outputs Long low|"
+                                            "Outputs Long high|Outputs Stamp low|Outputs Stamp high|"
+                                            "Outputs Frame[0]|Outputs Frame[1]|"));
   EXPECT_THAT(proof.after.clocks,
               testing::ElementsAre("ecrt_slave_config_dc(0:7, 0x0300, 200000, -5000, 0, 0)"));
 }
