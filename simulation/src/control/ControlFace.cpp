@@ -6,7 +6,7 @@ namespace ethercat_simulation {
 
 unsigned int ControlFace::addSlave(const Slave& slave) {
   m_master.topology().append(slave);
-  return static_cast<unsigned int>(m_master.topology().wireSize() - 1);
+  return static_cast<unsigned int>(m_master.topology().line().size() - 1);
 }
 
 std::uint8_t ControlFace::alState(unsigned int position) const {

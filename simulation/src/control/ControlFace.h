@@ -74,7 +74,7 @@ public:
   }
 
   // Looking.
-  std::size_t slaveCount() const override { return m_master.topology().wireSize(); }
+  std::size_t slaveCount() const override { return m_master.topology().line().size(); }
   std::uint8_t alState(unsigned int position) const override;
   bool reserved() const override { return m_master.reservation().held(); }
   bool active() const override { return m_master.reservation().active(); }

@@ -16,7 +16,7 @@ std::map<unsigned int, ControlFace>& faces() {
 }
 
 bool hasBus(Master& master) {
-  return master.reservation().held() || master.topology().wireSize() > 0;
+  return master.reservation().held() || master.topology().line().size() > 0;
 }
 
 } // namespace

@@ -157,7 +157,7 @@ void ecrt_master_application_time(ec_master_t* master, uint64_t app_time) {
 
 void ecrt_master_sync_reference_clock(ec_master_t* master) {
   const auto work = [](Master& held) {
-    if (held.topology().hasReferenceClock()) {
+    if (held.topology().line().hasReferenceClock()) {
       held.clock().queueReferenceSync();
     }
     return Nothing{};
@@ -167,7 +167,7 @@ void ecrt_master_sync_reference_clock(ec_master_t* master) {
 
 void ecrt_master_sync_slave_clocks(ec_master_t* master) {
   const auto work = [](Master& held) {
-    if (held.topology().hasReferenceClock()) {
+    if (held.topology().line().hasReferenceClock()) {
       held.clock().queueRead();
     }
     return Nothing{};
@@ -177,7 +177,7 @@ void ecrt_master_sync_slave_clocks(ec_master_t* master) {
 
 int ecrt_master_reference_clock_time(ec_master_t* master, uint32_t* time) {
   const auto work = [&](Master& held) {
-    return held.topology().hasReferenceClock() ? held.clock().referenceTime(*time) : -ENXIO;
+    return held.topology().line().hasReferenceClock() ? held.clock().referenceTime(*time) : -ENXIO;
   };
   return invoke<Master>(Call::referenceClockTime, master, BAD_HANDLE_RESULT, work, NoArguments());
 }

@@ -22,7 +22,7 @@ int blocking(Master& master, std::uint16_t position, const SdoPlace& place, std:
     return -EPROTONOSUPPORT;
   }
   master.slaves().waitForBus(32 * MILLISECOND);
-  if (!unit->responding() || !unit->hasMailbox() || !master.topology().link()) {
+  if (!unit->responding() || !unit->hasMailbox() || !master.topology().line().link()) {
     return -EIO;
   }
   const SdoFault fault = unit->dictionary().fault(place);

@@ -22,7 +22,7 @@ EscRegisters::Live SlaveAccess::liveRegisters(const SlaveUnit& unit, std::size_t
           unit.alCode(),
           unit.identity().distributedClocks,
           m_clock.referenceTime(),
-          position + 1 < m_topology.reachedSize()};
+          position + 1 < m_topology.line().reachedSize()};
 }
 
 SlaveUnit* SlaveAccess::find(std::size_t position, std::uint16_t address, std::size_t size,
@@ -33,7 +33,7 @@ SlaveUnit* SlaveAccess::find(std::size_t position, std::uint16_t address, std::s
     return nullptr;
   }
   *error = EIO;
-  if (!unit->responding() || !m_topology.link() || !EscRegisters::holds(address, size)) {
+  if (!unit->responding() || !m_topology.line().link() || !EscRegisters::holds(address, size)) {
     return nullptr;
   }
   *error = 0;

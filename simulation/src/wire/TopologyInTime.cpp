@@ -19,7 +19,7 @@ Moment Topology::lap() const {
 }
 
 void Topology::stepInTime(bool answered, Moment now) {
-  if (!m_seenLink) {
+  if (!m_sight.up()) {
     loseLink(now);
     return;
   }
@@ -62,12 +62,11 @@ void Topology::loseLink(Moment now) {
 void Topology::loseFrames(Moment now) {
   if (m_silentSince == 0) {
     m_silentSince = now;
-  } else if (!m_scanning && m_states != 0 && now - m_silentSince >= lap() + TO_GIVE_UP) {
+  } else if (!m_scanning && m_look.states() != 0 && now - m_silentSince >= lap() + TO_GIVE_UP) {
     dropList();
     m_rescan = true;
     m_noticeAt = now;
-    m_responding = 0;
-    m_states = 0;
+    m_look.forget();
   }
 }
 
@@ -82,69 +81,30 @@ void Topology::noticeChange(Moment now) {
   startScan();
 }
 
-void Topology::look(Moment now) {
-  m_lookedAt = now;
-  m_lookBy = 0;
-  broadcast();
-}
-
 void Topology::lookIfDue(Moment now) {
-  const Moment pause = m_turn == nullptr ? lap() : m_list.size() > 1 ? LONGEST_TURN : ONE_STEP;
-  const bool early = m_lookBy != 0 && now >= m_lookBy;
-  if (!m_rescan && (early || now - m_lookedAt >= pause)) {
+  const Moment pause = !m_climb.isUnderWay() ? lap() : m_list.size() > 1 ? LONGEST_TURN : ONE_STEP;
+  if (!m_rescan && m_look.isDue(now, pause)) {
     look(now);
   }
 }
 
 void Topology::moveSlaves(Moment now) {
-  if (m_settled) {
-    return;
-  }
-  const bool climbing = m_turn != nullptr;
-  bool working = false;
-  for (SlaveUnit* unit : m_list) {
-    if (!unit->underWay()) {
-      const bool waits = unit->takesTurn() && m_turn != nullptr;
-      if (!unit->hasCourse()) {
-        continue;
-      }
-      working = true;
-      if (waits) {
-        continue;
-      }
-      m_turn = unit->takesTurn() ? unit : m_turn;
-      unit->begin(now);
-    }
-    working = true;
-    if (!unit->advance(now) && m_turn == unit) {
-      m_turn = nullptr;
-    }
-  }
-  m_settled = !working;
-  if (climbing && m_turn == nullptr) {
-    m_lookBy = now + ONE_STEP;
+  if (m_climb.move(m_list.slaves(), now)) {
+    m_look.hurry(now + ONE_STEP);
   }
 }
 
-// After a start on slaves that the application has just left, these still are in OP, and exchange.
 bool Topology::settlePending(Moment now) {
-  if (m_settleAt == 0) {
-    return false;
+  const Climb::Settling settling = m_climb.settle(m_list.slaves(), now);
+  if (settling == Climb::Settling::done) {
+    look(now);
+    wake();
   }
-  if (now < m_settleAt) {
-    return true;
-  }
-  m_settleAt = 0;
-  for (SlaveUnit* unit : m_list) {
-    unit->settle();
-  }
-  look(now);
-  wake();
-  return false;
+  return settling == Climb::Settling::pending;
 }
 
 void Topology::catchUp() {
-  if (m_inTime && m_drive != Drive::running && m_link) {
+  if (m_inTime && m_drive != Drive::running && m_line.link()) {
     const Moment now = m_time.now();
     settlePending(now);
     moveSlaves(now);
@@ -154,10 +114,7 @@ void Topology::catchUp() {
 bool Topology::anyAnswers() {
   if (!m_answersKnown) {
     m_answersKnown = true;
-    m_answers = false;
-    for (std::size_t i = 0; i < m_reached && !m_answers; ++i) {
-      m_answers = m_wire[i]->responding();
-    }
+    m_answers = m_line.anyAnswers();
   }
   return m_answers;
 }
