@@ -7,7 +7,8 @@
 #include <ecrt.h>
 #pragma GCC visibility pop
 
-#include <ethercat_simulation/Simulation.h>
+#include <cstddef>
+#include <cstdint>
 
 namespace ethercat_simulation {
 

@@ -2,8 +2,11 @@
 #ifndef ETHERCAT_SIMULATION_BUS_FILE_H
 #define ETHERCAT_SIMULATION_BUS_FILE_H
 
-#include <ethercat_simulation/Simulation.h>
+#include <ethercat_simulation/Fault.h>
+#include <ethercat_simulation/Slave.h>
+#include <ethercat_simulation/Timing.h>
 
+#include <chrono>
 #include <optional>
 
 namespace ethercat_simulation {

@@ -4,7 +4,8 @@
 
 #include "busfile/JsonFile.h"
 
-#include <ethercat_simulation/Simulation.h>
+#include <ethercat_simulation/Fault.h>
+#include <ethercat_simulation/Slave.h>
 
 namespace ethercat_simulation {
 

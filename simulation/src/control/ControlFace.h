@@ -4,6 +4,8 @@
 
 #include "master/Master.h"
 
+#include <ethercat_simulation/Bus.h>
+
 namespace ethercat_simulation {
 
 class ControlFace final : public Bus {

@@ -3,6 +3,8 @@
 #include "control/ControlFace.h"
 #include "interface/Registry.h"
 
+#include <ethercat_simulation/Simulation.h>
+
 #include <map>
 
 namespace ethercat_simulation {

@@ -3,7 +3,7 @@
 #ifndef ETHERCAT_SIMULATION_DRIVE_MOTION_H
 #define ETHERCAT_SIMULATION_DRIVE_MOTION_H
 
-#include <ethercat_simulation/Simulation.h>
+#include <ethercat_simulation/Slave.h>
 
 namespace ethercat_simulation {
 

@@ -3,7 +3,7 @@
 #ifndef ETHERCAT_SIMULATION_DRIVE_OBJECTS_H
 #define ETHERCAT_SIMULATION_DRIVE_OBJECTS_H
 
-#include <ethercat_simulation/Simulation.h>
+#include <ethercat_simulation/Slave.h>
 
 #include <algorithm>
 #include <cstring>

@@ -5,6 +5,8 @@
 
 #include "faults/BusFaults.h"
 
+#include <ethercat_simulation/Fault.h>
+
 namespace ethercat_simulation {
 
 // Registers that count errors.

@@ -3,7 +3,7 @@
 #ifndef ETHERCAT_SIMULATION_RECORDER_H
 #define ETHERCAT_SIMULATION_RECORDER_H
 
-#include "base/Interface.h"
+#include <ethercat_simulation/Calls.h>
 
 #include <array>
 #include <deque>

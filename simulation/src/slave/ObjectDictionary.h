@@ -4,6 +4,9 @@
 
 #include "base/Interface.h"
 
+#include <ethercat_simulation/Fault.h>
+#include <ethercat_simulation/Slave.h>
+
 namespace ethercat_simulation {
 
 // What a transfer is about.

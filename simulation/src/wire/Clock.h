@@ -4,7 +4,7 @@
 
 #include "wire/Travel.h"
 
-#include <ethercat_simulation/Simulation.h>
+#include <ethercat_simulation/Timing.h>
 
 #include <random>
 

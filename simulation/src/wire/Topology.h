@@ -7,6 +7,8 @@
 #include "wire/LinkSight.h"
 #include "wire/SlaveList.h"
 
+#include <ethercat_simulation/Timing.h>
+
 namespace ethercat_simulation {
 
 class Topology {
