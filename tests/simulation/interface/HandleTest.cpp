@@ -1,8 +1,8 @@
 #include "Bench.h"
 
 #include <fcntl.h>
-#include <fstream>
 #include <sys/ioctl.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -13,7 +13,6 @@ namespace {
 using HandleTest = Bench;
 
 TEST_F(HandleTest, AMasterIsHeldOnceAndOneWithoutBusDoesNotExist) {
-  EXPECT_EQ(ecrt_version_magic(), 0x01050AU);
   ::testing::internal::CaptureStderr();
   EXPECT_EQ(ecrt_request_master(3), nullptr);
   bus();
@@ -23,13 +22,8 @@ TEST_F(HandleTest, AMasterIsHeldOnceAndOneWithoutBusDoesNotExist) {
             "Failed to open master 3: there is no simulated bus of this index.\n"
             "Failed to reserve master 0: Device or resource busy\n");
   // A handle in a mapping would count as locked in a process that locks its memory.
-  std::ifstream mappings("/proc/self/maps");
-  const auto address = reinterpret_cast<std::uintptr_t>(master);
-  std::string rest;
-  for (std::uintptr_t first = 0, last = 0; mappings >> std::hex >> first; std::getline(mappings, rest)) {
-    mappings.ignore() >> last;
-    EXPECT_TRUE(address < first || address >= last) << rest;
-  }
+  auto* page = reinterpret_cast<std::uint8_t*>(master) - reinterpret_cast<std::uintptr_t>(master) % 4096;
+  EXPECT_TRUE(::msync(page, 1, MS_ASYNC) < 0 && errno == ENOMEM);
   ecrt_release_master(master);
   EXPECT_FALSE(bus().reserved());
   EXPECT_NE(ecrt_request_master(0), nullptr);
@@ -81,13 +75,22 @@ TEST_F(HandleTest, CallsAtTheWrongTimeAreCounted) {
 TEST_F(HandleTest, OnlyDeviceFilesOfMastersAreServed) {
   const auto openError = [](const char* path) { return ::open(path, O_RDWR) < 0 ? errno : 0; };
   EXPECT_EQ(openError("/dev/EtherCAT0"), ENOENT);
-  bus();
+  bus().addSlave(twoWay());
   const int device = ::open("/dev/EtherCAT0", O_RDWR);
   std::uint32_t module[2] = {};
   EXPECT_EQ(::ioctl(device, 0x8008A400UL, module), 0);
   EXPECT_THAT(module, ::testing::ElementsAre(36, 1));
   EXPECT_EQ(::ioctl(device, 0x8008A4FFUL, module), -1);
   EXPECT_EQ(errno, ENOTTY);
+  bus().setResponding(0, false);
+  struct {
+    std::uint16_t position;
+    std::uint8_t emergency;
+    std::uint16_t address;
+    std::uint64_t size;
+    std::uint32_t* data;
+  } write{0, 1, 0, 2, module};
+  EXPECT_EQ(::ioctl(device, 0x4018A413UL, &write), 0) << "nobody looks after an emergency";
   bus().failNext(sim::Call::deviceOpen, -EACCES);
   EXPECT_EQ(openError("/dev/EtherCAT0"), EACCES);
   EXPECT_EQ(openError("/dev/EtherCAT00"), ENOENT);
@@ -103,25 +106,6 @@ TEST_F(HandleTest, OnlyDeviceFilesOfMastersAreServed) {
   EXPECT_EQ(bus().openDeviceFiles(), 1);
   EXPECT_EQ(::close(device), 0);
   EXPECT_EQ(bus().openDeviceFiles(), 0);
-}
-
-TEST_F(HandleTest, RegistersOfASilentSlaveAreNotReadAndAnEmergencyIsNotLookedAfter) {
-  struct Record {
-    std::uint16_t position;
-    std::uint8_t emergency;
-    std::uint16_t address;
-    std::uint64_t size;
-    std::uint8_t* data;
-  };
-  request({twoWay()});
-  bus().setResponding(0, false);
-  const int device = ::open("/dev/EtherCAT0", O_RDWR);
-  std::uint8_t bytes[2] = {};
-  const auto call = [&](unsigned long code, Record record) { return ::ioctl(device, code, &record); };
-  EXPECT_EQ(call(0xC018A412UL, {0, 0, 0, 2, bytes}), -1);
-  EXPECT_EQ(errno, EIO);
-  EXPECT_EQ(call(0x4018A413UL, {0, 1, 0, 2, bytes}), 0);
-  ::close(device);
 }
 
 } // namespace

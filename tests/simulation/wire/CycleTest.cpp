@@ -47,28 +47,13 @@ TEST_F(CycleTest, AFrameBringsInputsAndTheEchoOfOutputsAndIsCountedSinceTheLastQ
   EXPECT_EQ(counter(), 3U) << "queued twice is sent once";
   receive();
   EXPECT_EQ(counter(), 3U) << "nothing new: the old result";
-  bus().dropFrames(1);
-  send();
-  receive();
-  EXPECT_EQ(completeness(), EC_WC_ZERO);
   EXPECT_EQ(bus().misuse().total(), 0U);
 }
 
-TEST_F(CycleTest, ASyncManagerOfNoBytesIsCycledWithTheOthers) {
-  sim::Slave slave = twoWay();
-  slave.defaultMapping[0].pdos = {{0x1600, {{0x7000, 1, 0}}}};
-  request({slave});
-  map(0);
-  EXPECT_EQ(ecrt_domain_size(domain), 2U);
-  ASSERT_EQ(ecrt_master_activate(master), 0);
-  bus().setInputs(0, {0x11, 0x22});
-  exchange(20);
-  EXPECT_EQ(ecrt_domain_data(domain)[1], 0x22);
-  EXPECT_EQ(counter(), 3U);
-}
-
 TEST_F(CycleTest, WorkingCountersWeighDirectionsPerDatagramAndMissALostSlave) {
-  request({twoWay(), outputOnly(), inputOnly()});
+  sim::Slave third = inputOnly(); // with outputs of no bytes
+  third.defaultMapping.push_back({2, sim::Direction::output, {{0x1600, {{0x7000, 1, 0}}}}});
+  request({twoWay(), outputOnly(), third});
   ec_domain_t* outputs = ecrt_master_create_domain(master);
   ec_domain_t* inputs = ecrt_master_create_domain(master);
   map(0);
@@ -95,7 +80,7 @@ TEST_F(CycleTest, WorkingCountersWeighDirectionsPerDatagramAndMissALostSlave) {
     }
   };
   cycle(20);
-  EXPECT_THAT(seen, ::testing::ElementsAre(3 + 2 + 1, 2, 1));
+  EXPECT_THAT(seen, ::testing::ElementsAre(3 + 2 + 3, 2, 1));
   EXPECT_EQ(completeness(), EC_WC_COMPLETE);
   const std::uint8_t before = *ecrt_domain_data(inputs);
   cycle(3);
@@ -105,7 +90,7 @@ TEST_F(CycleTest, WorkingCountersWeighDirectionsPerDatagramAndMissALostSlave) {
   EXPECT_EQ(*ecrt_domain_data(outputs), 0x44) << "LWR is not copied back";
   bus().setResponding(1, false);
   cycle(2);
-  EXPECT_THAT(seen, ::testing::ElementsAre(4, 1, 1));
+  EXPECT_THAT(seen, ::testing::ElementsAre(6, 1, 1));
   EXPECT_EQ(completeness(), EC_WC_INCOMPLETE);
   EXPECT_EQ(masterState().slaves_responding, 3U);
 }
