@@ -13,6 +13,7 @@ namespace {
 using HandleTest = Bench;
 
 TEST_F(HandleTest, AMasterIsHeldOnceAndOneWithoutBusDoesNotExist) {
+  EXPECT_EQ(ecrt_version_magic(), 0x01050AU);
   ::testing::internal::CaptureStderr();
   EXPECT_EQ(ecrt_request_master(3), nullptr);
   bus();
