@@ -29,31 +29,29 @@ std::map<DeviceKey, const Device*> byKey(const std::vector<Device>& devices) {
   return map;
 }
 
-// Why an entry is out of reach, in words that several share.
-std::string reasonFor(const Plan& plan, const std::string& name) {
-  for (const auto& layout : plan.layout) {
-    for (const auto& item : layout.items) {
-      if (item.name != name)
-        continue;
-      if (!item.free)
-        return "the master writes the entries of its PDO into the slave (CoE with PdoConfig, not fixed), so "
-               "they must stay as the slave knows them, and the library converts none of this kind there";
-      if (layout.assigned)
-        return "it shares a byte with another PDO, and the master assigns the PDOs one by one";
-      return "it lies in no whole byte of its own";
-    }
-  }
-  return plan.clockWished ? "no operation mode switches them on" : "--mode none";
+// Why it is out of reach, in words that several share.
+std::string reasonFor(const Plan& plan, const Missing& missing) {
+  if (!missing.item)
+    return plan.clockWished ? "no operation mode switches them on" : "--mode none";
+  if (!missing.item->free)
+    return "the master writes the entries of its PDO into the slave (CoE with PdoConfig, not fixed), so they "
+           "must stay as the slave knows them, and the library converts none of this kind there";
+  if (missing.layout->assigned)
+    return "it shares a byte with another PDO, and the master assigns the PDOs one by one";
+  return "it lies in no whole byte of its own";
 }
 
-void explain(Plan& plan, const std::vector<std::string>& missing) {
+void explain(Plan& plan, const std::vector<Missing>& missing) {
   std::map<std::string, std::string> byReason;
-  for (const auto& name : missing) {
-    auto& names = byReason[reasonFor(plan, name)];
-    names += (names.empty() ? "\"" : ", \"") + name + '"';
+  for (const auto& one : missing) {
+    auto& names = byReason[reasonFor(plan, one)];
+    names += names.empty() ? "\"" : ", \"";
+    names += (one.item ? one.item->name : "distributed clocks") + '"';
   }
-  for (const auto& [reason, names] : byReason)
-    plan.reasons.push_back(names + ": " + reason);
+  for (const auto& [reason, names] : byReason) {
+    plan.reasons.push_back(names);
+    plan.reasons.back() += ": " + reason;
+  }
 }
 
 void judgeWritten(Plan& plan, const Device* device) {
@@ -62,7 +60,7 @@ void judgeWritten(Plan& plan, const Device* device) {
   const auto different = difference(plan, *device);
   if (!different.empty())
     refuse(plan, different);
-  std::vector<std::string> missing;
+  std::vector<Missing> missing;
   plan.after = judge(plan, device, &missing);
   explain(plan, missing);
 }
@@ -145,7 +143,7 @@ void storePart(const Sources& sources, Adaptation& adaptation, const Part& part,
     throw Failure(usageError, path + " cannot be written");
   buildDocument(document, sources.files[part.vendorFile], plans);
   document.store();
-  const auto report = Descriptions().load(path);
+  const auto report = Descriptions().load(path, false);
   checkMessages(report);
   const auto loaded = byKey(report.devices);
   for (const auto number : part.plans)

@@ -59,7 +59,7 @@ void copy(Document& document, const _XmlNode& from, _XmlNode* parent, int depth)
 
 } // namespace
 
-std::vector<Device> loadedBefore(const Sources& sources) {
+std::vector<Device> loadedBefore(const Sources& sources, bool withMarkup) {
   Descriptions descriptions;
   std::vector<Device> devices;
   for (const auto& file : sources.files) {
@@ -70,7 +70,7 @@ std::vector<Device> loadedBefore(const Sources& sources) {
     document.create(scratch.path());
     copy(document, *file.document->root(), nullptr, 0);
     document.store();
-    auto report = descriptions.load(scratch.path());
+    auto report = descriptions.load(scratch.path(), withMarkup);
     std::move(report.devices.begin(), report.devices.end(), std::back_inserter(devices));
   }
   return devices;

@@ -41,6 +41,7 @@ public:
       items[first].free ? fitFree(first, last) : keepAll(first, last);
       first = last;
     }
+    openWindows();
     return std::move(m_target);
   }
 
@@ -65,6 +66,8 @@ private:
   void cutItem(std::size_t i);
   void join(unsigned int start, unsigned int end, std::size_t first, std::size_t last);
   void nameJoined(TargetEntry& entry) const;
+  void openWindows();
+  void openWindow(TargetEntry& entry, unsigned int end) const;
   void add(TargetEntry entry, std::size_t pdoNumber) {
     // Where the library would put PDOs in another order, one PDO holds them all.
     m_target.pdos[m_layout.ascending ? pdoNumber : 0].entries.push_back(std::move(entry));
@@ -269,6 +272,70 @@ void Fitter::nameJoined(TargetEntry& entry) const {
   entry.name = onePdo ? commonStart(names) : "";
   if (entry.name.empty())
     entry.name = first.name + " .. " + last.name;
+}
+
+bool converts(const TargetEntry& entry) {
+  const auto is = [&](Nature::Kind kind) { return entry.type == libraryType(kind, entry.bits); };
+  return !entry.type.empty() && entry.start % BYTE == 0 &&
+         (is(Nature::UNSIGNED) || is(Nature::SIGNED) || is(Nature::REAL));
+}
+
+// Entries that must stay: the first in a byte is given a type that takes the rest of its bytes along, as long
+// as nothing there has a value of its own.
+void Fitter::openWindows() {
+  std::vector<TargetEntry*> entries;
+  unsigned int end = 0; // of what is moved at all: behind the last entry nothing is
+  for (auto& pdo : m_target.pdos) {
+    for (auto& entry : pdo.entries) {
+      entries.push_back(&entry);
+      end = entry.gap() ? end : (entry.start + entry.bits + BYTE - 1) / BYTE * BYTE;
+    }
+  }
+  std::vector<unsigned int> ends(entries.size()); // where the next value of its own begins
+  for (std::size_t i = entries.size(); i-- > 0;) {
+    ends[i] = end;
+    end = converts(*entries[i]) ? entries[i]->start : end;
+  }
+  unsigned int open = 0; // up to which bit a window reaches
+  for (std::size_t i = 0; i < entries.size(); ++i) {
+    auto& entry = *entries[i];
+    if (entry.gap() || converts(entry) || entry.start % BYTE != 0 || entry.start < open)
+      continue;
+    openWindow(entry, ends[i]);
+    open = entry.start + entry.window;
+  }
+}
+
+// As narrow as it can be without cutting an entry, before `end`.
+void Fitter::openWindow(TargetEntry& entry, unsigned int end) const {
+  const auto& items = m_layout.items;
+  const auto first = std::lower_bound(items.begin(), items.end(), entry.start,
+                                      [](const Item& one, unsigned int start) { return one.start < start; });
+  const auto cut = [&](unsigned int bit) {
+    auto one = first;
+    while (one != items.end() && one->end() <= bit)
+      ++one;
+    return one != items.end() && !one->entry.gap() && one->start < bit;
+  };
+  for (const unsigned int width : {8U, 16U, 32U}) {
+    if (width < entry.bits || entry.start + width > end)
+      continue;
+    entry.window = width;
+    if (!cut(entry.start + width))
+      break;
+  }
+  if (entry.window == 0)
+    return;
+  entry.type = libraryType(Nature::UNSIGNED, entry.window);
+  entry.whole = false;
+  entry.pieces.clear();
+  for (auto one = first; one != items.end() && one->start < entry.start + entry.window; ++one) {
+    const auto count = std::min(one->end(), entry.start + entry.window) - one->start;
+    if (!one->entry.gap() && count != 0)
+      entry.pieces.push_back(
+          {static_cast<std::size_t>(one - items.begin()), 0, one->start - entry.start, count});
+  }
+  nameJoined(entry);
 }
 
 } // namespace

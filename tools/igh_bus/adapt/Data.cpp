@@ -49,9 +49,7 @@ Json entriesJson(const Plan& plan) {
                     {"object", objectText(entry.index, entry.subindex)},
                     {"bit_offset", entry.start},
                     {"bit_length", entry.bits}};
-        const bool itself = entry.pieces.size() == 1 && entry.pieces[0].count == entry.bits &&
-                            layout.items[entry.pieces[0].item].entry.bits == entry.bits;
-        if (!itself)
+        if (!isItself(layout, entry))
           one["bits"] = bitsJson(layout, entry);
         entries.push_back(std::move(one));
       }

@@ -10,6 +10,8 @@ namespace igh_bus::adapt {
 namespace {
 
 constexpr unsigned int MOST_SLOTS = 255; // the objects that list modules have no more
+constexpr std::size_t MOST_ENTRIES =
+    1U << 16U; // that can have objects of their own; a small file can name far more
 
 // A place for one module: an instance of a slot element.
 struct Position {
@@ -112,6 +114,7 @@ PlacedModules placeModules(const Sources& sources, const SourceDevice& device, c
   checkWishes(device, wishes, positions.size());
   std::uint32_t indexOffset = 0;
   std::uint32_t pdoOffset = 0;
+  std::size_t entries = 0;
   for (unsigned int number = 1; number <= positions.size(); ++number) {
     const auto& position = positions[number - 1];
     const auto chosen = pick(position, number, wishes);
@@ -124,6 +127,9 @@ PlacedModules placeModules(const Sources& sources, const SourceDevice& device, c
       placed.changes.insert(placed.changes.end(), module->numbers.begin(), module->numbers.end());
       types.add(module->node);
       for (auto pdo : module->pdos) {
+        entries += pdo.entries.size();
+        if (entries > MOST_ENTRIES)
+          throw Failure(usageError, "the slots of \"" + device.typeName + "\" expand too far");
         shift(pdo, number, indexOffset, pdoOffset);
         placed.pdos.push_back(std::move(pdo));
       }

@@ -38,11 +38,13 @@ bool isWordCharacter(char c) {
 
 std::vector<std::string> uniqueNames(const std::vector<Named>& entries) {
   std::vector<std::string> names;
-  for (const auto& entry : entries)
-    names.push_back(entry.name);
   std::vector<bool> settled;
-  for (const auto& entry : entries)
+  names.reserve(entries.size());
+  settled.reserve(entries.size());
+  for (const auto& entry : entries) {
+    names.push_back(entry.name);
     settled.push_back(entry.settled);
+  }
   eachRepeated(names, settled, [&](std::size_t i) {
     if (!names[i].empty() && !entries[i].pdo.empty())
       names[i] = entries[i].pdo + " " + names[i];

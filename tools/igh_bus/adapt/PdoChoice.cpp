@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cctype>
 #include <set>
+#include <unordered_map>
 
 namespace igh_bus::adapt {
 namespace {
@@ -42,6 +43,7 @@ public:
     checkWishes();
     for (const bool output : {true, false})
       chooseDirection(output);
+    noteDirections();
     for (auto& pdo : m_offered) {
       if (m_taken.count(&pdo) == 0)
         continue;
@@ -64,8 +66,11 @@ private:
   void takeRanked(bool output, int rank);
   void takeFirst(bool output);
   void take(const SourcePdo& pdo);
+  void insert(const SourcePdo& pdo);
   const SourcePdo* rivalOf(const SourcePdo& pdo) const;
+  std::optional<unsigned int> describedAs(bool output) const;
   unsigned int syncManagerOf(bool output) const;
+  void noteDirections();
   void place(SourcePdo& pdo);
   void tellRest();
   void tell(const SourcePdo& pdo, const std::string& from, const std::string& to, const std::string& why) {
@@ -81,7 +86,10 @@ private:
   const SourceMode* m_mode;
   const Wishes& m_wishes;
   std::set<const SourcePdo*> m_taken;
+  std::unordered_map<std::uint16_t, const SourcePdo*> m_byIndex;   // of the taken ones
+  std::unordered_map<std::uint16_t, const SourcePdo*> m_excluders; // by what they exclude
   std::set<const SourcePdo*> m_told;
+  std::map<unsigned int, unsigned int> m_directions; // of each sync manager: 1 output, 2 input
   PdoChoice m_choice;
 };
 
@@ -93,8 +101,10 @@ void Chooser::checkWishes() const {
                                        m_device.typeName.c_str()));
   }
   for (const auto& one : m_offered) {
+    if (!wished(one))
+      continue;
     for (const auto& other : m_offered) {
-      if (&one < &other && wished(one) && wished(other) && exclude(one, other))
+      if (&one < &other && wished(other) && exclude(one, other))
         throw Failure(usageError, format("--pdo: 0x%04X and 0x%04X exclude each other", unsigned{one.index},
                                          unsigned{other.index}));
     }
@@ -112,18 +122,30 @@ std::optional<unsigned int> Chooser::listed(const SourcePdo& pdo) const {
 }
 
 const SourcePdo* Chooser::rivalOf(const SourcePdo& pdo) const {
-  for (const auto& other : m_offered) {
-    const bool same = &other != &pdo && other.index == pdo.index && m_device.pdoAssign;
-    if (m_taken.count(&other) != 0 && (same || exclude(pdo, other)))
-      return &other;
+  const auto in = [](const auto& map, std::uint16_t index) -> const SourcePdo* {
+    const auto found = map.find(index);
+    return found == map.end() ? nullptr : found->second;
+  };
+  for (const auto& exclude : pdo.excludes) {
+    if (const auto* rival = in(m_byIndex, exclude.first))
+      return rival;
   }
-  return nullptr;
+  const auto* excluder = in(m_excluders, pdo.index);
+  const auto* twin = m_device.pdoAssign ? in(m_byIndex, pdo.index) : nullptr;
+  return excluder ? excluder : twin;
+}
+
+void Chooser::insert(const SourcePdo& pdo) {
+  m_taken.insert(&pdo);
+  m_byIndex.try_emplace(pdo.index, &pdo);
+  for (const auto& exclude : pdo.excludes)
+    m_excluders.try_emplace(exclude.first, &pdo);
 }
 
 void Chooser::take(const SourcePdo& pdo) {
   const auto* rival = rivalOf(pdo);
   if (!rival) {
-    m_taken.insert(&pdo);
+    insert(pdo);
     return;
   }
   m_told.insert(&pdo);
@@ -184,7 +206,7 @@ void Chooser::takeFirst(bool output) {
   if (!first)
     return;
   const auto& chosen = peaceful ? *peaceful : *first;
-  m_taken.insert(&chosen);
+  insert(chosen);
   tell(chosen, "no sync manager", format("SM %u", syncManagerOf(output)),
        peaceful ? "no PDO of its direction has one; the first that excludes nothing"
                 : "no PDO of its direction has one, and all exclude others; the first");
@@ -209,37 +231,53 @@ void Chooser::chooseDirection(bool output) {
     takeFirst(output);
 }
 
-// What the description calls so, else what other PDOs of the direction have, else the usual one.
-unsigned int Chooser::syncManagerOf(bool output) const {
+std::optional<unsigned int> Chooser::describedAs(bool output) const {
   for (unsigned int i = 0; i < m_device.syncManagers.size(); ++i) {
     if (meansDirection(m_device.syncManagers[i], output))
       return i;
   }
+  return std::nullopt;
+}
+
+// That of other PDOs of the direction, else the one which is described so, else the usual one.
+unsigned int Chooser::syncManagerOf(bool output) const {
   for (const auto& pdo : m_offered) {
     if (pdo.output == output && pdo.syncManager)
       return *pdo.syncManager;
   }
+  const auto described = describedAs(output);
+  if (described)
+    return *described;
   if (m_device.coe || m_device.syncManagers.size() > 2)
     return output ? 2 : 3;
   return output || !anyTaken(true) ? 0 : 1;
 }
 
+void Chooser::noteDirections() {
+  for (const auto* pdo : m_taken) {
+    if (pdo->syncManager)
+      m_directions[*pdo->syncManager] |= pdo->output ? 1U : 2U;
+  }
+}
+
 // A sync manager has one direction: the library drops the PDOs of the other.
 void Chooser::place(SourcePdo& pdo) {
-  const bool given = pdo.syncManager.has_value();
-  const unsigned int own = syncManagerOf(pdo.output);
-  if (!given) {
-    pdo.syncManager = own;
+  constexpr unsigned int BOTH = 3;
+  if (!pdo.syncManager) {
+    pdo.syncManager = syncManagerOf(pdo.output);
     return;
   }
   const unsigned int syncManager = *pdo.syncManager;
-  const bool taken = std::any_of(m_taken.begin(), m_taken.end(), [&](const SourcePdo* other) {
-    return other->output != pdo.output && other->syncManager == syncManager;
-  });
-  if (syncManager <= LAST_SYNC_MANAGER && !(taken && own != syncManager))
+  const bool shared = m_directions[syncManager] == BOTH;
+  if (syncManager <= LAST_SYNC_MANAGER && !shared)
+    return;
+  const auto usual =
+      syncManager > LAST_SYNC_MANAGER ? (pdo.output ? 2U : 3U) : syncManager + (pdo.output ? 0U : 1U);
+  const auto own = describedAs(pdo.output).value_or(usual);
+  if (own == syncManager)
     return;
   tell(pdo, format("SM %u", syncManager), format("SM %u", own),
-       taken ? "PDOs of the other direction have that sync manager" : "no slave has that sync manager");
+       shared ? "PDOs of the other direction have that sync manager" : "no slave has that sync manager");
   pdo.syncManager = own;
 }
 

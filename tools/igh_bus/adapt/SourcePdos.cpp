@@ -6,7 +6,10 @@
 namespace igh_bus::adapt {
 namespace {
 
-SourceEntry readEntry(const _XmlNode* node, NumberReader& numbers, const std::string& pdo) {
+constexpr unsigned int MOST_BITS = 1486 * 8; // that a sync manager can have in one frame
+
+SourceEntry readEntry(const _XmlNode* node, Changes& changes, const std::string& pdo) {
+  NumberReader numbers(changes);
   SourceEntry entry;
   const auto* index = firstChild(node, "Index");
   entry.name = childText(node, "Name");
@@ -16,6 +19,12 @@ SourceEntry readEntry(const _XmlNode* node, NumberReader& numbers, const std::st
   entry.subindex = static_cast<std::uint8_t>(numbers.read(childText(node, "SubIndex"), where + "SubIndex"));
   entry.bits = numbers.read(childText(node, "BitLen"), where + "BitLen");
   entry.ofSlot = flagOf(index, "DependOnSlot");
+  if (entry.bits > MOST_BITS) {
+    changes.push_back({"number", where + "BitLen", std::to_string(entry.bits),
+                       std::to_string(entry.bits & 0xFFU),
+                       "no frame holds so many bits; the library reads it so"});
+    entry.bits &= 0xFFU;
+  }
   return entry;
 }
 
@@ -38,7 +47,7 @@ SourcePdo readPdo(const _XmlNode* node, bool output, Changes& changes) {
                               flagOf(exclude, "DependOnSlot"));
   const std::string place = format("PDO 0x%04X", unsigned{pdo.index});
   for (const auto* entry : xml_file_children(node, "Entry"))
-    pdo.entries.push_back(readEntry(entry, numbers, place));
+    pdo.entries.push_back(readEntry(entry, changes, place));
   return pdo;
 }
 

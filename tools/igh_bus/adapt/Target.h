@@ -20,12 +20,19 @@ struct TargetEntry {
   std::uint16_t index = 0;
   std::uint8_t subindex = 0;
   unsigned int bits = 0;
-  unsigned int start = 0; // bit in the sync manager
+  unsigned int start = 0;  // bit in the sync manager
+  unsigned int window = 0; // bits that its type moves, when these are more than its own
   bool free = true;
   bool whole = false;        // stands for exactly one item
   std::vector<Piece> pieces; // none for gaps
   bool gap() const { return index == 0; }
 };
+
+// Stands for one item of the slave, bit for bit, and nothing else.
+inline bool isItself(const SmLayout& layout, const TargetEntry& entry) {
+  return entry.window == 0 && entry.pieces.size() == 1 && entry.pieces[0].count == entry.bits &&
+         layout.items[entry.pieces[0].item].entry.bits == entry.bits;
+}
 
 struct TargetPdo {
   std::uint16_t index = 0;

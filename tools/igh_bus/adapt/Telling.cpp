@@ -40,8 +40,9 @@ void tellJoined(const SmLayout& layout, const TargetEntry& entry, Changes& chang
       to += format(" from bit %u", piece.sourceBit);
   }
   changes.push_back({"bits", objectText(entry.index, entry.subindex), from, to,
-                     entry.pieces[0].count == entry.bits ? "too wide for one value of the library"
-                                                         : "the library moves whole bytes"});
+                     entry.window != 0 ? "the entries stay; the first moves the whole bytes"
+                     : entry.pieces[0].count == entry.bits ? "too wide for one value of the library"
+                                                           : "the library moves whole bytes"});
 }
 
 void tellNames(const std::vector<SmLayout>& layouts, Changes& changes) {
@@ -87,8 +88,7 @@ void tellEntries(Plan& plan, const TypeTable& types) {
         if (entry.gap())
           continue;
         const auto& item = layout.items[entry.pieces[0].item];
-        if (entry.pieces.size() == 1 && entry.pieces[0].count == item.entry.bits &&
-            entry.bits == item.entry.bits)
+        if (isItself(layout, entry))
           tellKept(item, entry, types, plan.changes);
         else
           tellJoined(layout, entry, plan.changes);

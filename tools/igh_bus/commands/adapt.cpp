@@ -1,5 +1,6 @@
 // igh_bus adapt: from the makers' files one of which the library uses everything.
 #include "adapt/Before.h"
+#include "adapt/Header.h"
 #include "adapt/Output.h"
 #include "adapt/ScratchFile.h"
 #include "adapt/Slaves.h"
@@ -131,10 +132,37 @@ std::vector<std::string> inputsOf(const Sources& sources) {
   return paths;
 }
 
-// All are complete and looked at before the first gets its name.
+// Outputs of one run, which get their names when all are complete.
+class Outputs {
+public:
+  explicit Outputs(std::vector<std::string> inputs) : m_inputs(std::move(inputs)) {}
+
+  Output& add(const std::string& path) {
+    checkOutput(path, m_inputs);
+    for (const auto& output : m_outputs) {
+      if (output.path() == path)
+        throw Failure(usageError, path + ": two outputs have this name");
+    }
+    m_outputs.emplace_back(path);
+    return m_outputs.back();
+  }
+  std::vector<std::string> publish() {
+    std::vector<std::string> paths;
+    for (auto& output : m_outputs) {
+      output.publish();
+      paths.push_back(output.path());
+    }
+    return paths;
+  }
+
+private:
+  std::vector<std::string> m_inputs;
+  std::vector<Output> m_outputs;
+};
+
+// Lets the library read every part, in the place where it will be or in none.
 std::vector<std::string> writeParts(const AdaptOptions& options, const Sources& sources,
-                                    Adaptation& adaptation) {
-  std::vector<Output> outputs;
+                                    Adaptation& adaptation, Outputs& outputs) {
   std::vector<std::string> paths;
   for (const auto& part : adaptation.parts) {
     if (options.output.empty() || options.dryRun) {
@@ -142,49 +170,66 @@ std::vector<std::string> writeParts(const AdaptOptions& options, const Sources& 
       storePart(sources, adaptation, part, scratch.path());
       continue;
     }
-    paths.push_back(pathOfPart(options.output, sources, part, outputs.empty()));
-    checkOutput(paths.back(), inputsOf(sources));
-    outputs.emplace_back(paths.back());
-    storePart(sources, adaptation, part, outputs.back().beside());
+    paths.push_back(pathOfPart(options.output, sources, part, paths.empty()));
+    storePart(sources, adaptation, part, outputs.add(paths.back()).beside());
   }
-  for (auto& output : outputs)
-    output.publish();
   return paths;
+}
+
+std::string jsonText(const Sources& sources, const Adaptation& adaptation,
+                     const std::vector<std::string>& files) {
+  return adaptationData(sources, adaptation, files)
+             .dump(1, ' ', false, nlohmann::json::error_handler_t::replace) +
+         "\n";
+}
+
+void writeFurther(const AdaptOptions& options, const Sources& sources, const Adaptation& adaptation,
+                  const std::vector<std::string>& files, Outputs& outputs) {
+  if (!options.header.empty() && !options.dryRun)
+    outputs.add(options.header).write(headerText(adaptation, options.header));
+  if (options.reportFolder.empty() || options.dryRun)
+    return;
+  std::error_code error;
+  std::filesystem::create_directories(options.reportFolder, error);
+  if (error)
+    throw Failure(usageError, options.reportFolder + " cannot be made: " + error.message());
+  outputs.add(options.reportFolder + "/adapt.txt").write(adaptationText(adaptation));
+  outputs.add(options.reportFolder + "/adapt.json").write(jsonText(sources, adaptation, files));
 }
 
 void checkOptions(const AdaptOptions& options) {
   if (options.output.empty() && !options.dryRun && !options.json)
     throw Failure(usageError, "give the file to write with -o, or --dry-run");
-  if (!options.output.empty())
-    checkOutput(options.output, options.descriptions);
+  for (const auto& path : {options.output, options.header}) {
+    if (!path.empty())
+      checkOutput(path, options.descriptions);
+  }
 }
 
 void print(const AdaptOptions& options, const Sources& sources, const Adaptation& adaptation,
-           const std::vector<std::string>& files) {
+           const std::vector<std::string>& files, const std::vector<std::string>& written) {
   if (options.json) {
-    std::printf("%s\n", adaptationData(sources, adaptation, files)
-                            .dump(1, ' ', false, nlohmann::json::error_handler_t::replace)
-                            .c_str());
+    std::fputs(jsonText(sources, adaptation, files).c_str(), stdout);
     return;
   }
   std::fputs(adaptationText(adaptation).c_str(), stdout);
-  for (const auto& file : files)
+  for (const auto& file : written)
     std::printf("Written: %s\n", file.c_str());
   if (files.size() > 1)
-    std::printf("A description file names one vendor: give all of them to --eni.\n");
+    std::printf("A description file names one vendor: give all %zu to --eni.\n", files.size());
 }
 
 Status adaptFiles(const AdaptOptions& options) {
   checkOptions(options);
   const auto sources = readSources(options.descriptions);
-  if (!options.output.empty())
-    checkOutput(options.output, inputsOf(sources));
-  const auto before = loadedBefore(sources);
+  const auto before = loadedBefore(sources, !options.all); // a simulated bus is made of the markup too
   std::vector<std::string> notes;
   auto adaptation = adaptDevices(sources, requestsOf(options, sources, before, notes), before);
   adaptation.notes.insert(adaptation.notes.begin(), notes.begin(), notes.end());
-  const auto files = writeParts(options, sources, adaptation);
-  print(options, sources, adaptation, files);
+  Outputs outputs(inputsOf(sources));
+  const auto files = writeParts(options, sources, adaptation, outputs);
+  writeFurther(options, sources, adaptation, files, outputs);
+  print(options, sources, adaptation, files, outputs.publish());
   return success;
 }
 
@@ -199,8 +244,12 @@ void addAdaptCommand(CLI::App& app, Action& action) {
   command
       ->add_option("-o,--output", options->output, "The file to write; further vendors get files beside it")
       ->type_name("MACHINE.xml");
+  command->add_option("--header", options->header, "A C header with the names, and the masks of bits")
+      ->type_name("MACHINE.h");
+  command->add_option("--report", options->reportFolder, "A folder for what was done, as text and as JSON")
+      ->type_name("DIR");
   command->add_flag("--json", options->json, "Say what was done as JSON");
-  command->add_flag("--all", options->all, "Every device of the files, without a bus");
+  command->add_flag("--all", options->all, "Every device of the files, without a bus")->excludes("--bus");
   command->add_flag("--dry-run", options->dryRun, "Write nothing");
   command
       ->add_option("--revision", options->revision,

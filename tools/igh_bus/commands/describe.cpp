@@ -1,4 +1,5 @@
 // igh_bus describe: what the loader makes of each description file.
+#include "adapt/Hint.h"
 #include "commands/commands.h"
 #include "descriptions/Complaints.h"
 #include "descriptions/Descriptions.h"
@@ -128,6 +129,9 @@ Status describe(const std::vector<std::string>& paths) {
       printDevice(device);
     printMessages(report.messages);
     printPlainWords(report);
+    const auto hint = adapt::adaptHint({path});
+    if (!hint.empty())
+      std::printf("  %s\n", hint.c_str());
     std::printf("\n");
   }
   return status;

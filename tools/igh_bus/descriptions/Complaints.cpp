@@ -1,5 +1,6 @@
 #include "descriptions/Complaints.h"
 
+#include "descriptions/Reach.h"
 #include "text/Text.h"
 
 #include <algorithm>
@@ -28,24 +29,30 @@ void collect(std::vector<Complaint>& complaints, const Device& device, const std
     complaints.push_back(std::move(complaint));
 }
 
-void checkTypes(std::vector<Complaint>& complaints, const Device& device) {
+void checkTypes(std::vector<Complaint>& complaints, const Device& device, const Reach& reach) {
+  const auto reached = [&](const SyncManager& syncManager, const Entry& entry) {
+    return reach.covers(syncManager.index, entry.bitOffset, entry.bitOffset + entry.bitLength);
+  };
   collect(complaints, device, "type not convertible: a handle can be made, but no value moves",
-          [](const SyncManager&, const Entry& entry) {
-            return convertedBytes(entry.type) != 0 ? "" : entry.type.empty() ? "no type" : entry.type;
+          [&](const SyncManager& syncManager, const Entry& entry) {
+            return convertedBytes(entry.type) != 0 || reached(syncManager, entry) ? ""
+                   : entry.type.empty()                                           ? "no type"
+                                                                                  : entry.type;
           });
   collect(complaints, device, "entry off a byte boundary: whole bytes move, from the byte that it starts in",
-          [](const SyncManager&, const Entry& entry) {
-            return entry.bitOffset % 8 == 0
+          [&](const SyncManager& syncManager, const Entry& entry) {
+            return entry.bitOffset % 8 == 0 || reached(syncManager, entry)
                        ? ""
                        : format("starts at bit %u of byte %u", entry.bitOffset % 8, entry.bitOffset / 8);
           });
   collect(complaints, device,
           "wider than its bit length: reading and writing it takes neighbouring bits along",
-          [](const SyncManager&, const Entry& entry) {
+          [&](const SyncManager&, const Entry& entry) {
             const unsigned int bits = convertedBytes(entry.type) * 8;
-            return bits <= entry.bitLength ? ""
-                                           : format("%s moves %u bits, the entry has %u", entry.type.c_str(),
-                                                    bits, unsigned{entry.bitLength});
+            return bits <= entry.bitLength || reach.isWindow(entry)
+                       ? ""
+                       : format("%s moves %u bits, the entry has %u", entry.type.c_str(), bits,
+                                unsigned{entry.bitLength});
           });
   collect(complaints, device, "narrower than its bit length: the upper bits of the entry are out of reach",
           [](const SyncManager&, const Entry& entry) {
@@ -90,10 +97,10 @@ void checkClock(std::vector<Complaint>& complaints, const Device& device) {
                                   [](const auto& one) { return one.second.assignActivate != 0; });
   if (named ? mode->second.assignActivate != 0 : !active)
     return;
-  complaints.push_back({std::string(named ? "clock mode \"DC\" with assign-activate 0"
-                                          : "no clock mode named \"DC\"") +
-                            ": the device runs without distributed clocks",
-                        {}});
+  complaints.push_back(
+      {std::string(named ? "clock mode \"DC\" with assign-activate 0" : "no clock mode named \"DC\"") +
+           ": the device runs without distributed clocks",
+       {}});
 }
 
 void checkLeftOut(std::vector<Complaint>& complaints, const Device& device) {
@@ -143,7 +150,7 @@ std::vector<Complaint> complaintsAbout(const Device& device) {
   if (device.entryCount() + device.unreadCount() == 0)
     complaints.push_back({"no process data: there is nothing to read or write", {}});
   checkIndexes(complaints, device);
-  checkTypes(complaints, device);
+  checkTypes(complaints, device, Reach(device));
   checkNames(complaints, device);
   if (device.entryCount() != 0)
     checkClock(complaints, device);

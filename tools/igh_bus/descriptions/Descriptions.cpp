@@ -160,7 +160,7 @@ Device deviceOf(CSlaveENIObject& description, DeviceMarkup markup) {
 
 Descriptions::Descriptions() : m_store(capture) {}
 
-FileReport Descriptions::load(const std::string& path) {
+FileReport Descriptions::load(const std::string& path, bool withMarkup) {
   FileReport report;
   LogLines lines;
   const StdoutSilencer silence; // the XML layer prints its failures; the reason says the same
@@ -174,7 +174,7 @@ FileReport Descriptions::load(const std::string& path) {
     report.reason = path + ": " + failureReason(path, xmlErrors.first(), lines);
     return report;
   }
-  auto markup = readMarkup(path, report.vendorId);
+  auto markup = withMarkup ? readMarkup(path, report.vendorId) : FileMarkup();
   report.hidden = std::move(markup.hidden);
   for (const auto& key : announcedDevices(lines)) {
     auto* description = m_store.findSlaveENIObject(key.vendorId, key.productCode, key.revision);

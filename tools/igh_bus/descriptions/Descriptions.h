@@ -33,7 +33,8 @@ public:
 
   // Adds one file. As in the library, modules of earlier files serve it, and the first description of a
   // device wins. Not to be called from two threads: the loader's log function has no context.
-  FileReport load(const std::string& path);
+  // Without markup it is read only once; then hidden devices are not told.
+  FileReport load(const std::string& path, bool withMarkup = true);
 
 private:
   CMasterENIObject m_store;
