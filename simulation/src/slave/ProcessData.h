@@ -18,6 +18,18 @@ struct Fmmu {
   std::size_t size;
 };
 
+// The same as the slave knows it.
+struct FmmuPlace {
+  unsigned int domain;
+  unsigned int syncManager;
+  std::size_t offset;
+  std::size_t size;
+  bool operator==(const FmmuPlace& other) const {
+    return domain == other.domain && syncManager == other.syncManager && offset == other.offset &&
+           size == other.size;
+  }
+};
+
 class ProcessData {
 public:
   // Activation: makes room for the bytes of every sync manager.
