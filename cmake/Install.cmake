@@ -1,5 +1,5 @@
 # Libraries, headers, CMake package and pkg-config file. Components: runtime, simulation (the stand-in for the real
-# master, where the library is built on it), dev, tools.
+# master, where the library is built on it), dev, python, tools.
 include(CMakePackageConfigHelpers)
 
 # The installed file finds the libraries beside it from its own place, so that a prefix can be moved; under /usr the loader
@@ -56,6 +56,10 @@ cmake_path(APPEND pc_libdir "\${prefix}" ${CMAKE_INSTALL_LIBDIR})
 cmake_path(APPEND pc_includedir "\${prefix}" ${CMAKE_INSTALL_INCLUDEDIR})
 configure_file(${CMAKE_CURRENT_LIST_DIR}/igh_master.pc.in ${PROJECT_BINARY_DIR}/igh_master.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/igh_master.pc DESTINATION ${pkgconfig_dir} COMPONENT dev)
+
+# Debian's place for packages, and below another prefix the same. From there it finds a library that the loader does not.
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/python/igh_master DESTINATION lib/python3/dist-packages COMPONENT python
+  PATTERN __pycache__ EXCLUDE)
 
 install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT dev)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT dev)

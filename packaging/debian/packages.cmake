@@ -2,7 +2,7 @@
 set(IGH_MASTER_MAINTAINER "The igh_master authors <igh-master@example.org>" CACHE STRING "Maintainer of the Debian packages")
 
 set(deb_version ${PROJECT_VERSION})
-set(CPACK_COMPONENTS_ALL runtime dev)
+set(CPACK_COMPONENTS_ALL runtime dev python)
 set(simulation_depends "")
 set(deb_platform "It drives the bus through the IgH EtherCAT Master.")
 if(TARGET ethercat_simulation)
@@ -59,6 +59,13 @@ describe(TOOLS igh-master-tools "EtherCAT buses from the command line"
   "igh_bus looks into device-description files, lists and runs EtherCAT buses,\nand reaches objects and registers of their slaves.")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS ${runtime_depends})
+
+describe(PYTHON python3-igh-master "EtherCAT buses from Python 3"
+  "The Python package igh_master: buses of libigh_master.so for commissioning,\ntests and trying things out.")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "${runtime_depends}, python3 (>= 3.11)")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_LIST_DIR}/python/postinst ${CMAKE_CURRENT_LIST_DIR}/python/prerm)
 
 # What Debian wants in every package is added behind the installation.
 set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/stage.cmake)

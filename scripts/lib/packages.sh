@@ -1,7 +1,7 @@
 # Sourced by the scripts: the Debian packages that the project needs, and how to get those that are missing.
 
 build_packages=(g++ cmake ninja-build pkg-config libxml2-dev libcli11-dev nlohmann-json3-dev python3)
-test_packages=(libgtest-dev libgmock-dev libbenchmark-dev chromium)
+test_packages=(libgtest-dev libgmock-dev libbenchmark-dev chromium python3-pytest python3-pip python3-setuptools python3-wheel)
 package_packages=(abigail-tools dpkg-dev file lintian man-db)
 check_packages=(clang clang-format clang-tidy)
 fuzz_packages=(clang libclang-rt-14-dev llvm)

@@ -49,7 +49,8 @@ consumers() {
     $(PKG_CONFIG_PATH="$prefix/$LIBDIR/pkgconfig" pkg-config --cflags --libs igh_master) || complain "pkg-config for $prefix"
 
   local program
-  for program in "$built/cmake/minimal" "$built/plain" "$built/pkg-config"; do
+  export PYTHONPATH=$prefix/lib/python3/dist-packages
+  for program in "$built/cmake/minimal" "$built/plain" "$built/pkg-config" "$SOURCE/examples/python/run_machine.py"; do
     (runs_the_machine "$program"; exit "$failed") &
     pids+=($!)
   done

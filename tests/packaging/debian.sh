@@ -4,7 +4,7 @@ need cpack dpkg-deb dpkg-shlibdeps file pkg-config
 
 (cd "$BUILD" && cpack -G DEB -B "$work/debs" >"$work/log" 2>&1) || { cat "$work/log"; exit 1; }
 root=$work/root
-for package in libigh-master1 libethercat-simulation1 libigh-master-dev igh-master-tools; do
+for package in libigh-master1 libethercat-simulation1 libigh-master-dev igh-master-tools python3-igh-master; do
   deb=$(echo "$work/debs/${package}"_*.deb)
   [ -f "$deb" ] || { complain "no package $package"; continue; }
   dpkg-deb -x "$deb" "$root"
@@ -15,6 +15,7 @@ for package in libigh-master1 libethercat-simulation1 libigh-master-dev igh-mast
   libigh-master1) wanted=("libethercat-simulation1 (= $version)" libxml2 libc6) ;;
   libethercat-simulation1) wanted=(libstdc++6 libc6) ;;
   libigh-master-dev) wanted=("libigh-master1 (= $version)" "libethercat-simulation1 (= $version)") ;;
+  python3-igh-master) wanted=("libigh-master1 (= $version)" python3) ;;
   igh-master-tools) wanted=("libigh-master1 (= $version)" libstdc++6) ;;
   esac
   for want in "${wanted[@]}"; do

@@ -1,0 +1,56 @@
+"""What the library prints, caught at the file descriptors: it writes with C's own streams."""
+import contextlib
+import ctypes
+import logging
+import os
+import threading
+from typing import Iterator
+
+logger = logging.getLogger("igh_master")
+_libc = ctypes.CDLL(None)
+streams = threading.RLock()  # there is one pair for the whole process
+
+
+class Printed:
+    """Standard output and error of a call, without surrounding blanks."""
+    out = ""
+    err = ""
+
+
+class _Away:
+    """A file descriptor that leads to memory until end()."""
+
+    def __init__(self, descriptor: int) -> None:
+        self._descriptor = descriptor
+        self._kept = os.dup(descriptor)
+        self._memory = os.memfd_create("igh_master")
+        os.dup2(self._memory, descriptor)
+
+    def end(self) -> str:
+        os.dup2(self._kept, self._descriptor)
+        os.close(self._kept)
+        with open(self._memory, "rb") as memory:
+            memory.seek(0)
+            return memory.read().decode(errors="replace").strip()
+
+
+@contextlib.contextmanager
+def captured(output: bool = True) -> Iterator[Printed]:
+    """Gives the texts behind the block; without `output` those of standard error alone. One thread at a time; what
+    others print meanwhile is caught as well."""
+    printed = Printed()
+    with streams:
+        _libc.fflush(None)
+        out, err = _Away(1) if output else None, _Away(2)
+        try:
+            yield printed
+        finally:
+            _libc.fflush(None)
+            printed.out, printed.err = out.end() if out else "", err.end()
+
+
+def log(printed: Printed) -> None:
+    for line in printed.out.splitlines():
+        logger.info("%s", line)
+    for line in printed.err.splitlines():
+        logger.warning("%s", line)
