@@ -7,15 +7,11 @@
 #include "text/Text.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <set>
 
 namespace igh_bus::adapt {
 namespace {
-
-[[noreturn]] void refuse(const Plan& plan, const std::string& reason) {
-  throw Failure(usageError, format("\"%s\" revision 0x%08X: ", plan.name().c_str(), plan.key.revision) +
-                                reason + "; nothing is written");
-}
 
 const Device* findLoaded(const std::map<DeviceKey, const Device*>& devices, const DeviceKey& key) {
   const auto found = devices.find(key);
@@ -33,6 +29,8 @@ std::map<DeviceKey, const Device*> byKey(const std::vector<Device>& devices) {
 std::string reasonFor(const Plan& plan, const Missing& missing) {
   if (!missing.item)
     return plan.clockWished ? "no operation mode switches them on" : "--mode none";
+  if (missing.item->entry.bits == 0)
+    return "the description gives it no length";
   if (!missing.item->free)
     return "the master writes the entries of its PDO into the slave (CoE with PdoConfig, not fixed), so they "
            "must stay as the slave knows them, and the library converts none of this kind there";
@@ -54,15 +52,15 @@ void explain(Plan& plan, const std::vector<Missing>& missing) {
   }
 }
 
-void judgeWritten(Plan& plan, const Device* device) {
-  if (!device)
-    refuse(plan, "the library does not find it in what was made");
-  const auto different = difference(plan, *device);
-  if (!different.empty())
-    refuse(plan, different);
+// Why it must not be written; empty when it may be.
+std::string judgeWritten(Plan& plan, const Device* device) {
+  const auto wrong = device ? difference(plan, *device) : "the library does not find it in what was made";
+  if (!wrong.empty())
+    return wrong;
   std::vector<Missing> missing;
   plan.after = judge(plan, device, &missing);
   explain(plan, missing);
+  return {};
 }
 
 void checkMessages(const FileReport& report) {
@@ -74,6 +72,21 @@ void checkMessages(const FileReport& report) {
       throw Failure(usageError,
                     "the library complains of what was made: " + message.text + "; nothing is written");
   }
+}
+
+// What the library reads of what was made.
+std::vector<Device> store(const SourceFile& vendor, const std::vector<const Plan*>& plans,
+                          const std::string& path) {
+  std::error_code error;
+  std::filesystem::resize_file(path, 0, error);
+  Document document;
+  if (error || !document.create(path))
+    throw Failure(usageError, path + " cannot be written");
+  buildDocument(document, vendor, plans);
+  document.store();
+  auto report = Descriptions().load(path, false);
+  checkMessages(report);
+  return std::move(report.devices);
 }
 
 } // namespace
@@ -134,20 +147,29 @@ Adaptation adaptDevices(const Sources& sources, const std::vector<Request>& requ
   return adaptation;
 }
 
-void storePart(const Sources& sources, Adaptation& adaptation, const Part& part, const std::string& path) {
-  std::vector<const Plan*> plans;
-  for (const auto number : part.plans)
-    plans.push_back(&adaptation.plans[number]);
-  Document document;
-  if (!document.create(path))
-    throw Failure(usageError, path + " cannot be written");
-  buildDocument(document, sources.files[part.vendorFile], plans);
-  document.store();
-  const auto report = Descriptions().load(path, false);
-  checkMessages(report);
-  const auto loaded = byKey(report.devices);
-  for (const auto number : part.plans)
-    judgeWritten(adaptation.plans[number], findLoaded(loaded, adaptation.plans[number].key));
+void storePart(const Sources& sources, Adaptation& adaptation, const Part& part, const std::string& path,
+               bool leaveOut) {
+  auto numbers = part.plans;
+  for (bool stored = false; !stored;) {
+    std::vector<const Plan*> plans;
+    for (const auto number : numbers)
+      plans.push_back(&adaptation.plans[number]);
+    const auto devices = store(sources.files[part.vendorFile], plans, path);
+    const auto loaded = byKey(devices);
+    const auto wrong = std::stable_partition(numbers.begin(), numbers.end(), [&](std::size_t number) {
+      auto& plan = adaptation.plans[number];
+      plan.reasons.clear();
+      const auto reason = judgeWritten(plan, findLoaded(loaded, plan.key));
+      if (!reason.empty() && !leaveOut)
+        throw Failure(usageError, format("\"%s\" revision 0x%08X: %s; nothing is written",
+                                         plan.name().c_str(), plan.key.revision, reason.c_str()));
+      if (!reason.empty())
+        plan.reasons.push_back("left out: " + reason);
+      return reason.empty();
+    });
+    stored = wrong == numbers.end();
+    numbers.erase(wrong, numbers.end());
+  }
 }
 
 } // namespace igh_bus::adapt

@@ -49,9 +49,11 @@ Adaptation adaptDevices(const Sources& sources, const std::vector<Request>& requ
                         const std::vector<Device>& before);
 
 // Builds one part, stores it at `path`, a file of length 0, and lets the library read it: fills the plans'
-// judgements and reasons. Throws Failure(usageError) when a bit were somewhere else than in the slave, or the
-// library had something to complain of.
-void storePart(const Sources& sources, Adaptation& adaptation, const Part& part, const std::string& path);
+// judgements and reasons. A device of which a bit were somewhere else than in the slave is not written: it is
+// left out with that reason when `leaveOut`. Throws Failure(usageError) otherwise, and when the library has
+// something to complain of.
+void storePart(const Sources& sources, Adaptation& adaptation, const Part& part, const std::string& path,
+               bool leaveOut);
 
 } // namespace igh_bus::adapt
 

@@ -10,7 +10,8 @@ namespace {
 
 constexpr unsigned int BYTE = 8;
 constexpr unsigned int WIDEST = 32;   // bits of a joined entry
-constexpr unsigned int LONGEST = 248; // bits of a gap: lengths have eight bits
+constexpr unsigned int MOST = 255;    // bits of any entry: lengths have eight bits
+constexpr unsigned int LONGEST = 248; // of these in whole bytes
 
 // Items that begin and end with a byte, and none of them does both unless it is alone.
 struct Atom {
@@ -64,7 +65,11 @@ private:
   bool mergeable(const Atom& one, const Atom& next) const;
   unsigned int reach(std::size_t first, std::size_t& last) const;
   void cutItem(std::size_t i);
-  void join(unsigned int start, unsigned int end, std::size_t first, std::size_t last);
+  void join(unsigned int start, unsigned int end);
+  void fitUneven(std::size_t first, std::size_t last);
+  void fragment(unsigned int start, unsigned int end);
+  std::size_t itemAt(unsigned int bit) const;
+  std::vector<Piece> piecesOf(unsigned int start, unsigned int stop) const;
   void nameJoined(TargetEntry& entry) const;
   void openWindows();
   void openWindow(TargetEntry& entry, unsigned int end) const;
@@ -102,6 +107,10 @@ void Fitter::keep(std::size_t i) {
     addGap(one.start, one.end(), one.pdoNumber, one.free);
     return;
   }
+  if (one.entry.bits > MOST) {
+    cutItem(i);
+    return;
+  }
   TargetEntry entry;
   entry.name = one.name;
   entry.index = one.entry.index;
@@ -112,7 +121,7 @@ void Fitter::keep(std::size_t i) {
   entry.whole = true;
   entry.pieces = {{i, 0, 0, one.entry.bits}};
   const auto type = libraryType(m_types.natureOf(one.entry.type).kind, one.entry.bits);
-  entry.type = type.empty() ? one.entry.type : type;
+  entry.type = !type.empty() ? type : one.entry.bits != 0 ? one.entry.type : "";
   add(std::move(entry), one.pdoNumber);
 }
 
@@ -134,17 +143,84 @@ void Fitter::fitFree(std::size_t first, std::size_t last) {
     const auto& one = item(first);
     Atom atom{};
     const bool aligned = one.start % BYTE == 0 && one.entry.bits != 0;
-    const bool asItIs = aligned && one.entry.bits % BYTE == 0 && (one.entry.gap() || convertible(one));
-    const auto next = aligned && !asItIs ? atomFrom(first, last, atom) : first;
-    if (next == first) {
+    if (one.entry.bits == 0 ||
+        (aligned && one.entry.bits % BYTE == 0 && (one.entry.gap() || convertible(one)))) {
       flush();
       keep(first++);
       continue;
     }
-    m_atoms.push_back(atom);
-    first = next;
+    const auto next = aligned ? atomFrom(first, last, atom) : first;
+    if (next != first) {
+      m_atoms.push_back(atom);
+      first = next;
+      continue;
+    }
+    flush();
+    std::size_t end = first + 1; // up to where whole bytes end again
+    while (end < last && item(end - 1).end() % BYTE != 0)
+      ++end;
+    fitUneven(first, end);
+    first = end;
   }
   flush();
+}
+
+// Items that do not fill whole bytes: those between the first byte's begin and the last one's end are joined,
+// and what is left on both sides shares a byte with somebody else.
+void Fitter::fitUneven(std::size_t first, std::size_t last) {
+  const auto start = item(first).start;
+  const auto end = item(last - 1).end();
+  const auto firstByte = (start + BYTE - 1) / BYTE * BYTE;
+  const auto behind = last == m_layout.items.size() ? (end + BYTE - 1) / BYTE * BYTE : end / BYTE * BYTE;
+  if (behind <= firstByte) {
+    keepAll(first, last);
+    return;
+  }
+  fragment(start, firstByte);
+  join(firstByte, behind);
+  fragment(behind, end);
+}
+
+void Fitter::fragment(unsigned int start, unsigned int end) {
+  for (auto i = itemAt(start); i < m_layout.items.size() && item(i).start < end; ++i) {
+    const auto& one = item(i);
+    if (one.start >= start && one.end() <= end) {
+      keep(i);
+      continue;
+    }
+    TargetEntry entry;
+    entry.start = std::max(start, one.start);
+    entry.bits = std::min(end, one.end()) - entry.start;
+    if (one.entry.gap()) {
+      addGap(entry.start, entry.start + entry.bits, one.pdoNumber, true);
+      continue;
+    }
+    entry.name = one.name + (one.start < start ? " high" : " low");
+    entry.index = one.entry.index;
+    entry.subindex = one.entry.subindex;
+    entry.pieces = piecesOf(entry.start, entry.start + entry.bits);
+    add(std::move(entry), one.pdoNumber);
+  }
+}
+
+// The first item that ends behind this bit.
+std::size_t Fitter::itemAt(unsigned int bit) const {
+  const auto& items = m_layout.items;
+  const auto found =
+      std::partition_point(items.begin(), items.end(), [&](const Item& one) { return one.end() <= bit; });
+  return static_cast<std::size_t>(found - items.begin());
+}
+
+// Gaps left out; bits are counted from `start`.
+std::vector<Piece> Fitter::piecesOf(unsigned int start, unsigned int stop) const {
+  std::vector<Piece> pieces;
+  for (auto i = itemAt(start); i < m_layout.items.size() && item(i).start < stop; ++i) {
+    const auto from = std::max(start, item(i).start);
+    const auto to = std::min(stop, item(i).end());
+    if (from < to && !item(i).entry.gap())
+      pieces.push_back({i, from - item(i).start, from - start, to - from});
+  }
+  return pieces;
 }
 
 // Bits of one object, or bits of which each is an object of its own.
@@ -187,7 +263,7 @@ void Fitter::flush() {
       cutItem(atom.first);
     } else {
       const auto bits = reach(i, last);
-      join(atom.start, atom.start + bits, atom.first, m_atoms[last - 1].last);
+      join(atom.start, atom.start + bits);
     }
     i = last;
   }
@@ -202,7 +278,8 @@ void Fitter::cutItem(std::size_t i) {
       !libraryType(nature.kind, nature.elementBits).empty() && one.entry.bits % nature.elementBits == 0;
   std::vector<unsigned int> widths;
   for (unsigned int done = 0; done < one.entry.bits; done += widths.back())
-    widths.push_back(elements ? nature.elementBits : widthFor(one.entry.bits - done));
+    widths.push_back(elements ? nature.elementBits
+                              : std::min(widthFor(one.entry.bits - done), one.entry.bits - done));
   const bool halves = !elements && widths.size() == 2;
   unsigned int done = 0;
   for (std::size_t part = 0; part < widths.size(); ++part) {
@@ -224,34 +301,24 @@ void Fitter::cutItem(std::size_t i) {
 }
 
 // The items in entries as wide as possible.
-void Fitter::join(unsigned int start, unsigned int end, std::size_t first, std::size_t last) {
+void Fitter::join(unsigned int start, unsigned int end) {
   for (unsigned int bit = start; bit < end;) {
     TargetEntry entry;
     entry.start = bit;
     entry.bits = widthFor(end - bit);
-    const unsigned int stop = bit + entry.bits;
-    std::size_t home = first; // of the first bit
-    for (auto i = first; i < last; ++i) {
-      const auto& one = item(i);
-      const unsigned int from = std::max(bit, one.start);
-      const unsigned int to = std::min(stop, one.end());
-      if (one.start <= bit)
-        home = i;
-      if (from >= to || one.entry.gap())
-        continue;
-      entry.pieces.push_back({i, from - one.start, from - bit, to - from});
-    }
+    entry.pieces = piecesOf(bit, bit + entry.bits);
+    const auto home = item(itemAt(bit)).pdoNumber;
+    bit += entry.bits;
     if (entry.pieces.empty()) {
-      addGap(bit, std::min(stop, item(last - 1).end()), item(home).pdoNumber, true);
-    } else {
-      const auto& one = item(entry.pieces[0].item);
-      entry.type = libraryType(Nature::UNSIGNED, entry.bits);
-      entry.index = one.entry.index;
-      entry.subindex = one.entry.subindex;
-      nameJoined(entry);
-      add(std::move(entry), item(home).pdoNumber);
+      addGap(entry.start, std::min(bit, m_layout.bits()), home, true);
+      continue;
     }
-    bit = stop;
+    const auto& one = item(entry.pieces[0].item);
+    entry.type = libraryType(Nature::UNSIGNED, entry.bits);
+    entry.index = one.entry.index;
+    entry.subindex = one.entry.subindex;
+    nameJoined(entry);
+    add(std::move(entry), home);
   }
 }
 
@@ -299,7 +366,7 @@ void Fitter::openWindows() {
   unsigned int open = 0; // up to which bit a window reaches
   for (std::size_t i = 0; i < entries.size(); ++i) {
     auto& entry = *entries[i];
-    if (entry.gap() || converts(entry) || entry.start % BYTE != 0 || entry.start < open)
+    if (entry.gap() || entry.bits == 0 || converts(entry) || entry.start % BYTE != 0 || entry.start < open)
       continue;
     openWindow(entry, ends[i]);
     open = entry.start + entry.window;
@@ -308,14 +375,9 @@ void Fitter::openWindows() {
 
 // As narrow as it can be without cutting an entry, before `end`.
 void Fitter::openWindow(TargetEntry& entry, unsigned int end) const {
-  const auto& items = m_layout.items;
-  const auto first = std::lower_bound(items.begin(), items.end(), entry.start,
-                                      [](const Item& one, unsigned int start) { return one.start < start; });
   const auto cut = [&](unsigned int bit) {
-    auto one = first;
-    while (one != items.end() && one->end() <= bit)
-      ++one;
-    return one != items.end() && !one->entry.gap() && one->start < bit;
+    const auto i = itemAt(bit);
+    return i < m_layout.items.size() && !item(i).entry.gap() && item(i).start < bit;
   };
   for (const unsigned int width : {8U, 16U, 32U}) {
     if (width < entry.bits || entry.start + width > end)
@@ -328,13 +390,7 @@ void Fitter::openWindow(TargetEntry& entry, unsigned int end) const {
     return;
   entry.type = libraryType(Nature::UNSIGNED, entry.window);
   entry.whole = false;
-  entry.pieces.clear();
-  for (auto one = first; one != items.end() && one->start < entry.start + entry.window; ++one) {
-    const auto count = std::min(one->end(), entry.start + entry.window) - one->start;
-    if (!one->entry.gap() && count != 0)
-      entry.pieces.push_back(
-          {static_cast<std::size_t>(one - items.begin()), 0, one->start - entry.start, count});
-  }
+  entry.pieces = piecesOf(entry.start, entry.start + entry.window);
   nameJoined(entry);
 }
 

@@ -39,7 +39,7 @@ Json entriesJson(const Plan& plan) {
     const auto& layout = plan.layout[sm];
     for (const auto& pdo : plan.target[sm].pdos) {
       for (const auto& entry : pdo.entries) {
-        if (entry.gap())
+        if (entry.gap() || isFragment(entry))
           continue;
         Json one = {{"name", entry.name},
                     {"type", entry.type},

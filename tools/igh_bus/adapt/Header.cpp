@@ -60,7 +60,7 @@ public:
     for (std::size_t sm = 0; sm < plan.target.size(); ++sm) {
       for (const auto& pdo : plan.target[sm].pdos) {
         for (const auto& entry : pdo.entries) {
-          if (!entry.gap())
+          if (!entry.gap() && !isFragment(entry))
             addEntry(plan.layout[sm], entry, prefix);
         }
       }

@@ -14,7 +14,7 @@ Summary summaryOf(const std::vector<std::string>& paths) {
   auto adaptation = adaptDevices(sources, requestAll(sources, notes), loadedBefore(sources, false));
   for (const auto& part : adaptation.parts) {
     const ScratchFile scratch;
-    storePart(sources, adaptation, part, scratch.path());
+    storePart(sources, adaptation, part, scratch.path(), true);
   }
   return adaptation.summary();
 }

@@ -3,8 +3,8 @@
 #include "adapt/Names.h"
 #include "text/Text.h"
 
+#include <algorithm>
 #include <set>
-#include <unordered_map>
 
 namespace igh_bus::adapt {
 namespace {
@@ -100,33 +100,65 @@ private:
   std::set<Object> m_used;
 };
 
-// One PDO index stands in one sync manager only, for the master.
-void separatePdos(Plan& plan) {
-  std::set<std::uint16_t> used;
-  for (const auto& layout : plan.layout) {
-    for (const auto& pdo : layout.pdos)
-      used.insert(pdo.index);
-  }
-  std::unordered_map<std::uint16_t, unsigned int> homes;
-  for (std::size_t sm = 0; sm < plan.target.size(); ++sm) {
-    for (auto& pdo : plan.target[sm].pdos) {
-      if (homes.try_emplace(pdo.index, plan.target[sm].index).first->second == plan.target[sm].index)
-        continue;
-      if (plan.layout[sm].assigned || plan.source->masterWrites(plan.layout[sm].pdos[0])) {
-        plan.open.push_back(format("PDO 0x%04X stands in two sync managers: the master takes one of them",
-                                   unsigned{pdo.index}));
-        continue;
-      }
-      const auto from = pdo.index;
-      while (!used.insert(++pdo.index).second) {
-      }
-      homes.emplace(pdo.index, plan.target[sm].index);
-      plan.changes.push_back({"pdo", format("SM %u", plan.target[sm].index), format("0x%04X", unsigned{from}),
-                              format("0x%04X", unsigned{pdo.index}),
-                              "another sync manager has a PDO of that index, and the master takes one only"});
-    }
+// All entries into the first PDO: the library would put a PDO of another index elsewhere.
+void gather(TargetSm& sm) {
+  for (std::size_t i = 1; i < sm.pdos.size(); ++i) {
+    auto& from = sm.pdos[i].entries;
+    std::move(from.begin(), from.end(), std::back_inserter(sm.pdos[0].entries));
+    from.clear();
   }
 }
+
+// One PDO index stands in one sync manager only, for the master.
+class PdoIndices {
+public:
+  explicit PdoIndices(Plan& plan) : m_plan(plan) {
+    for (const auto& layout : plan.layout) {
+      for (const auto& pdo : layout.pdos)
+        m_used.insert(pdo.index);
+    }
+  }
+
+  void separate() {
+    for (std::size_t sm = 0; sm < m_plan.target.size(); ++sm) {
+      auto& target = m_plan.target[sm];
+      if (std::any_of(target.pdos.begin(), target.pdos.end(),
+                      [&](const TargetPdo& pdo) { return isTaken(pdo); }))
+        renumber(m_plan.layout[sm], target);
+      for (const auto& pdo : target.pdos) {
+        if (!pdo.entries.empty())
+          m_taken.insert(pdo.index);
+      }
+    }
+  }
+
+private:
+  bool isTaken(const TargetPdo& pdo) const { return !pdo.entries.empty() && m_taken.count(pdo.index) != 0; }
+
+  void renumber(const SmLayout& layout, TargetSm& target) {
+    const bool written = std::any_of(layout.pdos.begin(), layout.pdos.end(),
+                                     [&](const SourcePdo& pdo) { return m_plan.source->masterWrites(pdo); });
+    if (layout.assigned || written) {
+      m_plan.open.push_back(
+          format("SM %u has a PDO index that another sync manager has too: the master takes one "
+                 "of them",
+                 target.index));
+      return;
+    }
+    gather(target);
+    auto& pdo = target.pdos[0];
+    const auto from = pdo.index;
+    while (!m_used.insert(pdo.index).second)
+      ++pdo.index;
+    m_plan.changes.push_back({"pdo", format("SM %u", target.index), format("0x%04X", unsigned{from}),
+                              format("0x%04X", unsigned{pdo.index}),
+                              "another sync manager has a PDO of that index, and the master takes one only"});
+  }
+
+  Plan& m_plan;
+  std::set<std::uint16_t> m_used;  // by the slave
+  std::set<std::uint16_t> m_taken; // by sync managers before
+};
 
 } // namespace
 
@@ -134,7 +166,7 @@ void identify(Plan& plan) {
   nameEntries(plan);
   nameGaps(plan);
   Objects(plan).makeUnique();
-  separatePdos(plan);
+  PdoIndices(plan).separate();
 }
 
 } // namespace igh_bus::adapt

@@ -8,6 +8,8 @@
 namespace igh_bus::adapt {
 namespace {
 
+constexpr unsigned int MOST_MAPPED = 255; // bits: a mapping has eight bits for the length
+
 bool strictlyAscending(const std::vector<SourcePdo>& pdos) {
   return std::adjacent_find(pdos.begin(), pdos.end(), [](const SourcePdo& one, const SourcePdo& next) {
            return one.index >= next.index;
@@ -32,11 +34,14 @@ void order(SmLayout& layout, const SourceDevice& device, std::vector<std::string
   layout.ascending = strictlyAscending(layout.pdos);
 }
 
-void spread(SmLayout& layout, const SourceDevice& device) {
+void spread(SmLayout& layout, const SourceDevice& device, std::vector<std::string>& open) {
   unsigned int bit = 0;
   for (std::size_t number = 0; number < layout.pdos.size(); ++number) {
     const auto& pdo = layout.pdos[number];
     for (const auto& entry : pdo.entries) {
+      if (entry.bits > MOST_MAPPED && device.masterWrites(pdo))
+        open.push_back(format("PDO 0x%04X: an entry of %u bits can be in no mapping that the master writes",
+                              unsigned{pdo.index}, entry.bits));
       layout.items.push_back({entry, "", pdo.index, pdo.name, number, bit, !device.masterWrites(pdo)});
       bit += entry.bits;
     }
@@ -74,7 +79,7 @@ std::vector<SmLayout> layoutOf(const SourceDevice& device, const std::vector<Sou
   std::vector<SmLayout> layouts;
   for (auto& [index, layout] : bySyncManager) {
     order(layout, device, open);
-    spread(layout, device);
+    spread(layout, device, open);
     layouts.push_back(std::move(layout));
   }
   nameItems(layouts);

@@ -34,6 +34,11 @@ inline bool isItself(const SmLayout& layout, const TargetEntry& entry) {
          layout.items[entry.pieces[0].item].entry.bits == entry.bits;
 }
 
+// A part of an item that lies in no byte of its own: it takes its room, and nothing more can be done with it.
+inline bool isFragment(const TargetEntry& entry) {
+  return !entry.gap() && entry.type.empty() && !entry.whole;
+}
+
 struct TargetPdo {
   std::uint16_t index = 0;
   std::string name;

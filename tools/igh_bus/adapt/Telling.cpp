@@ -85,7 +85,7 @@ void tellEntries(Plan& plan, const TypeTable& types) {
     const auto& layout = plan.layout[sm];
     for (const auto& pdo : plan.target[sm].pdos) {
       for (const auto& entry : pdo.entries) {
-        if (entry.gap())
+        if (entry.gap() || isFragment(entry))
           continue;
         const auto& item = layout.items[entry.pieces[0].item];
         if (isItself(layout, entry))

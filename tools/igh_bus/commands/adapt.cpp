@@ -167,11 +167,11 @@ std::vector<std::string> writeParts(const AdaptOptions& options, const Sources& 
   for (const auto& part : adaptation.parts) {
     if (options.output.empty() || options.dryRun) {
       const ScratchFile scratch;
-      storePart(sources, adaptation, part, scratch.path());
+      storePart(sources, adaptation, part, scratch.path(), options.all);
       continue;
     }
     paths.push_back(pathOfPart(options.output, sources, part, paths.empty()));
-    storePart(sources, adaptation, part, outputs.add(paths.back()).beside());
+    storePart(sources, adaptation, part, outputs.add(paths.back()).beside(), options.all);
   }
   return paths;
 }
