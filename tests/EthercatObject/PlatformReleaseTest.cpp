@@ -1,20 +1,16 @@
 // What stands in for the members and calls that stock releases of the master lack.
 #include "EthercatObject/PlatformRelease.h"
 
-#include <ethercat_simulation/Simulation.h>
-#include <gtest/gtest.h>
+#include "EthercatObject/Platform.h"
+
+using namespace runtime_test;
 
 namespace {
 
 struct Stock {}; // a record without any of them
 
-TEST(PlatformRelease, MembersAreUsedWhereTheyAreAndReplacedWhereTheyAreNot) {
-  using ethercat_simulation::bus;
-  ethercat_simulation::reset();
-  bus().addSlave({});
-  bus().addSlave({});
+TEST_F(Platform, MembersAreUsedWhereTheyAreAndReplacedWhereTheyAreNot) {
   bus().setErrorFlag(1, true);
-  ec_master_t* const master = ecrt_request_master(0);
   ec_master_state_t state{};
   ec_slave_config_state_t configuration{};
   EXPECT_FALSE(isScanBusy(state, 0));
@@ -30,8 +26,6 @@ TEST(PlatformRelease, MembersAreUsedWhereTheyAreAndReplacedWhereTheyAreNot) {
   EXPECT_FALSE(hasErrorFlag(Stock(), master, 2, 0)) << "no such slave";
   Stock stock;
   EXPECT_EQ(createCompleteSdoRequest(&stock, 0x1018, 4, 0), nullptr);
-  ecrt_release_master(master);
-  ethercat_simulation::reset();
 }
 
 } // namespace

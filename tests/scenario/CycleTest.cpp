@@ -104,19 +104,3 @@ TEST_F(Scenario, TerminateStopsTheCycleUntilTheNextActivation) {
   EXPECT_EQ(lastCycle().time, 0U); // the records start afresh too
   cycleUntil(8);
 }
-
-TEST_F(Scenario, TimingRecordsPrintByteForByte) {
-  start({byteIo});
-  _ETHERCAT_COMM_DIAG_INFO shown{1234567890123, 10, -1, 12, 13, 14};
-  EXPECT_TRUE(igh_master_get_comm_diag_info(0, 3, &shown)); // no such record: nothing is written
-  EXPECT_TRUE(igh_master_get_comm_diag_info(0, COMM_DIAG_MIN, nullptr));
-  const std::string body =
-      "    Time = 1234567890123\n    TxPDO received cost(us) = 10\n    SDO cost(us) = -1\n"
-      "    RxPDO sent cost(us) = 12\n    User callback cost(us) = 13\n"
-      "    Total exchange cost(us) = 14\n";
-  expectPrint("\nSlowest:\n" + body + "\nCommunication detail:\n" + body, "", [&] {
-    EXPECT_TRUE(igh_master_output_comm_diag_info(0, "Slowest", &shown));
-    EXPECT_TRUE(igh_master_output_comm_diag_info(0, nullptr, &shown));
-    EXPECT_TRUE(igh_master_output_comm_diag_info(0, "Nothing", nullptr));
-  });
-}

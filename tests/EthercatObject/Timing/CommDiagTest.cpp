@@ -46,4 +46,21 @@ TEST_F(CommDiag, CostsTruncateTowardsZeroAndWrapAtThirtyTwoBits) {
   EXPECT_EQ(get(COMM_DIAG_LAST).totalExchangeCostUs, 4295000000LL - 4294967296LL);
 }
 
+TEST_F(CommDiag, RecordsPrintByteForByte) {
+  const _ETHERCAT_COMM_DIAG_INFO shown{1234567890123, 10, -1, 12, 13, 14};
+  const std::string body =
+      "    Time = 1234567890123\n    TxPDO received cost(us) = 10\n    SDO cost(us) = -1\n"
+      "    RxPDO sent cost(us) = 12\n    User callback cost(us) = 13\n"
+      "    Total exchange cost(us) = 14\n";
+  testing::internal::CaptureStdout();
+  CCommDiag::print("Slowest", &shown);
+  CCommDiag::print(nullptr, &shown);
+  CCommDiag::print("Nothing", nullptr);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(),
+            "\nSlowest:\n" + body + "\nCommunication detail:\n" + body);
+  _ETHERCAT_COMM_DIAG_INFO none = shown;
+  EXPECT_FALSE(diag.get(3, &none) || diag.get(COMM_DIAG_MIN, nullptr)); // no such record: nothing is written
+  EXPECT_EQ(none.time, shown.time);
+}
+
 } // namespace
