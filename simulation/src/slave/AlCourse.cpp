@@ -60,8 +60,7 @@ AlCourse::Kind AlCourse::next() const {
     return Kind::recover;
   }
   const std::uint8_t target = m_state.target();
-  const bool climbs = target >= STATE_SAFEOP && target != STATE_BOOT;
-  if (climbs && (m_state.restarts() || m_state.value() != target)) {
+  if (target >= STATE_SAFEOP && (m_state.restarts() || m_state.value() != target)) {
     return Kind::climb;
   }
   return m_state.value() == target ? Kind::none : Kind::change;

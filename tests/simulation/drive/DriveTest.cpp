@@ -185,7 +185,6 @@ TEST_F(DriveTest, FaultsBrakeAndAreResetByARisingEdge) {
   ASSERT_EQ(command(SWITCH_ON), SWITCHED_ON);
   bus().setAlError(0, 4, 0x0011);
   EXPECT_EQ(command(SWITCH_ON), DISABLED);
-  EXPECT_EQ(bus().misuse().total(), 0U);
 }
 
 } // namespace

@@ -104,6 +104,7 @@ TEST_F(FaultScheduleTest, ChancesRepeatThemselvesWithTheirSeed) {
     return cycles;
   };
   EXPECT_FALSE(bus().addFault({})) << "never begins";
+  EXPECT_FALSE(bus().addFault({sim::FaultKind::silentSlave, 1})) << "no slave there";
   EXPECT_THAT(losses({sim::FaultKind::lostFrame, 0, 90, 0, 2}, 1),
               ::testing::ElementsAre(90, 91, 180, 181, 270, 271, 360, 361));
   const sim::Fault lost{sim::FaultKind::lostFrame, 0, 0, 0.1};

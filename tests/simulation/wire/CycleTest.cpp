@@ -47,7 +47,6 @@ TEST_F(CycleTest, AFrameBringsInputsAndTheEchoOfOutputsAndIsCountedSinceTheLastQ
   EXPECT_EQ(counter(), 3U) << "queued twice is sent once";
   receive();
   EXPECT_EQ(counter(), 3U) << "nothing new: the old result";
-  EXPECT_EQ(bus().misuse().total(), 0U);
 }
 
 TEST_F(CycleTest, WorkingCountersWeighDirectionsPerDatagramAndMissALostSlave) {

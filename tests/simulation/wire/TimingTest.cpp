@@ -87,6 +87,12 @@ TEST_F(TimingTest, AfterAStartOnTheSameSlavesTheFirstStatesAreOldOnes) {
   EXPECT_EQ(course(1200), again);
   ecrt_master_deactivate(master);
   EXPECT_EQ(masterState().al_states, 8U);
+  domain = ecrt_master_create_domain(master);
+  add(domain, 0, 1, 0x7000, 1);
+  EXPECT_EQ(ecrt_master_activate(master), 0);
+  exchange(2);
+  EXPECT_EQ(counter(), 0U) << "other registrations are not answered";
+  ecrt_master_deactivate(master);
   bus().passTime(std::chrono::milliseconds(150));
   EXPECT_EQ(masterState().al_states, 2U);
 }
@@ -161,6 +167,8 @@ TEST_F(TimingTest, WithFastTimingTheSameHappensWithinAFewCycles) {
   EXPECT_EQ(course(30), "1:10Ls0 #01, 2:10Ls+ #01, 6:10L+");
   bus().setWireBroken(0, true);
   bus().addSlave(twoWay()); // behind one that no frame reaches
+  bus().setPowered(0, false);
+  bus().setPowered(0, true);
   exchange(8);
   EXPECT_EQ(masterState().slaves_responding, 1U);
   EXPECT_EQ(bus().misuse().total(), 0U);
