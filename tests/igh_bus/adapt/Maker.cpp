@@ -135,6 +135,9 @@ Device deviceOf(std::uint32_t vendor, const _XmlNode* node, const ModuleNodes& k
     device.clocked = device.clocked || number(word->value) != 0;
   plug(device, node, known, modules);
   addPdos(device, node);
+  const auto isOutput = [](const Pdo& pdo) { return pdo.output; };
+  const bool sends = std::any_of(device.pdos.begin(), device.pdos.end(), isOutput);
+  device.managers = device.hasCoe ? std::array{3U, 2U} : std::array{sends ? 1U : 0U, 0U};
   for (const auto& pdo : device.pdos)
     if (pdo.manager >= 0)
       device.managers[pdo.output] = static_cast<unsigned int>(pdo.manager);
@@ -208,10 +211,12 @@ Assignment ownAssignment(const Device& device) {
   chooseWhere([](const Pdo& pdo) { return pdo.mandatory; });
   chooseWhere([](const Pdo& pdo) { return pdo.manager >= 0; });
   // Where nobody can tell it, it has something.
-  chooseWhere([&](const Pdo& pdo) {
-    return !device.assignable && std::none_of(chosen.begin(), chosen.end(),
-                                              [&](const Pdo* other) { return other->output == pdo.output; });
-  });
+  for (const bool peaceful : {true, false})
+    chooseWhere([&](const Pdo& pdo) {
+      return !device.assignable && pdo.excludes.empty() == peaceful &&
+             std::none_of(chosen.begin(), chosen.end(),
+                          [&](const Pdo* other) { return other->output == pdo.output; });
+    });
   Assignment assignment;
   for (const auto& pdo : device.pdos)
     if (chosen.count(&pdo) != 0)

@@ -158,7 +158,8 @@ void Bus::add(unsigned int slave, const maker::Device& device, const maker::Plac
     igh_master_create_pdo_info(0, slave, part.name.c_str(), !bits.output, &bits.handle);
     plain = plain && mask >> bits.at == ones(bits.count) && bits.count <= left;
     // What the library knows keeps its type, and with it its sign.
-    if (bits.count == place.entry->bits && bits.count == bitsOf(place.entry->type))
+    if (bits.count == place.entry->bits && bits.count == bitsOf(place.entry->type) &&
+        bits.count == bitsOf(part.type))
       plain = plain && part.type == place.entry->type;
     left -= std::min(left, bits.count);
     m_bits.push_back(bits);

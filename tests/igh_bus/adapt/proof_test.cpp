@@ -47,14 +47,21 @@ struct Adapted {
 
   void read(const json& device) {
     const auto key = keyOf(device);
-    for (const auto& change : device["changes"])
+    std::map<std::string, json> origins; // of entries that got an object of their own
+    for (const auto& change : device["changes"]) {
+      const auto where = change["where"].get<std::string>();
+      if (change["what"] == "object")
+        origins[where.substr(1, where.size() - 2)] = change["from"];
       if (change["what"] == "module") {
         auto& plugged = modules[key];
-        plugged.resize(std::stoul(change["where"].get<std::string>().substr(5)));
+        plugged.resize(std::stoul(where.substr(5)));
         plugged.back() = numberAt(change, "to");
       }
+    }
     for (const auto& entry : device["entries"]) {
-      const json itself = json::array({{{"object", entry["object"]}, {"from_bit", 0}}});
+      const auto origin = origins.find(entry["name"].get<std::string>());
+      const auto& object = origin == origins.end() ? entry["object"] : origin->second;
+      const json itself = json::array({{{"object", object}, {"from_bit", 0}}});
       for (const auto& bits : entry.value("bits", itself)) {
         auto& all = parts[placeText(key, entry["direction"] == "output", bits["object"])];
         if (bits["from_bit"] == 0)
