@@ -32,7 +32,11 @@ maker::Key keyOf(const json& device) {
 struct Adapted {
   json data;
   maker::Modules modules;
-  std::map<std::string, std::vector<mover::Parts>> parts; // by device, direction and object of the slave
+  struct Item {
+    mover::Parts parts;
+    std::size_t bits = 0; // that they hold
+  };
+  std::map<std::string, std::vector<Item>> items; // by device, direction and object of the slave
 
   explicit Adapted(const Files& files) {
     std::string line = "adapt --all --json -o '" + scratch("adapted.xml") + "' --eni";
@@ -61,15 +65,21 @@ struct Adapted {
     for (const auto& entry : device["entries"]) {
       const auto origin = origins.find(entry["name"].get<std::string>());
       const auto& object = origin == origins.end() ? entry["object"] : origin->second;
-      const json itself = json::array({{{"object", object}, {"from_bit", 0}}});
-      for (const auto& bits : entry.value("bits", itself)) {
-        auto& all = parts[placeText(key, entry["direction"] == "output", bits["object"])];
-        if (bits["from_bit"] == 0)
+      const json itself = {{"object", object}, {"from_bit", 0}, {"count", entry["bit_length"]}};
+      for (const auto& bits : entry.value("bits", json::array({itself}))) {
+        auto& all = items[placeText(key, entry["direction"] == "output", bits["object"])];
+        const auto from = bits["from_bit"].get<std::size_t>();
+        if (from == 0 || all.empty())
           all.emplace_back();
+        auto& item = all.back();
         mover::Part part{entry["name"], entry["type"]};
         if (bits.contains("mask"))
           part.mask = numberAt(bits, "mask");
-        all.back().push_back(part);
+        if (from == item.bits)
+          item.parts.push_back(part);
+        else
+          item.parts.clear(); // bits in between are out of reach
+        item.bits = from + bits["count"].get<std::size_t>();
       }
     }
   }
@@ -83,9 +93,10 @@ struct Adapted {
     return [this, asked = std::map<std::string, std::size_t>()](const maker::Device& device,
                                                                 const maker::Place& place) mutable {
       const auto text = placeText(device.key, place.pdo->output, place.text());
-      const auto found = parts.find(text);
+      const auto found = items.find(text);
       const auto number = asked[text]++;
-      return found == parts.end() || number >= found->second.size() ? mover::Parts() : found->second[number];
+      return found == items.end() || number >= found->second.size() ? mover::Parts()
+                                                                    : found->second[number].parts;
     };
   }
 };
