@@ -30,6 +30,9 @@ offers "a.xml folder" run --period 2ms --eni a.xml ""
 offers "a.xml folder" describe ""
 offers "b.json folder" scan --eni a.xml --bus ""
 offers "folder" run --report ""
+offers "--output" adapt --eni a.xml --ou
+offers "a.xml folder" adapt --eni a.xml -o ""
+offers "any" adapt --revision an
 offers "UDINT UINT USINT" sdo read 0 0x6041 --type U
 offers "" run --cycles ""
 offers "" nonsense ""

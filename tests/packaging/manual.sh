@@ -22,7 +22,7 @@ plain "$manual/igh_bus.1" "$work/program"
 check_command() {
   local help word found=0
   help=$("$igh_bus" "$@" --help)
-  for word in $(grep -oE '^  (-h,)?--[a-z-]+' <<<"$help" | sed 's/.*--/--/'); do
+  for word in $(grep -oE '^  (-[a-z],)?--[a-z-]+' <<<"$help" | sed 's/.*--/--/'); do
     found=1
     in_page "$work/program" "$word" "igh_bus $*"
   done
