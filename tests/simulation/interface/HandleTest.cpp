@@ -59,20 +59,6 @@ TEST_F(HandleTest, DeadAndForeignHandlesAreCountedAndHarmless) {
   EXPECT_EQ(bus().misuse().deadHandle, 1U);
 }
 
-TEST_F(HandleTest, CallsAtTheWrongTimeAreCounted) {
-  request({twoWay()});
-  ecrt_master_send(master);
-  EXPECT_EQ(ecrt_domain_data(domain), nullptr);
-  EXPECT_EQ(bus().misuse().outOfOrder, 2U);
-  EXPECT_EQ(ecrt_master_activate(master), 0);
-  EXPECT_EQ(ecrt_master_activate(master), 0);
-  EXPECT_EQ(add(domain, 0, 1, 0x7000, 1), 0);
-  exchange(3);
-  EXPECT_EQ(bus().misuse().outOfOrder, 4U);
-  EXPECT_EQ(bus().misuse().lines.back(),
-            "ecrt_domain_reg_pdo_entry_list was called while the master was active.");
-}
-
 TEST_F(HandleTest, OnlyDeviceFilesOfMastersAreServed) {
   const auto openError = [](const char* path) { return ::open(path, O_RDWR) < 0 ? errno : 0; };
   EXPECT_EQ(openError("/dev/EtherCAT0"), ENOENT);
