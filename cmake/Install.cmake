@@ -19,7 +19,8 @@ function(install_library target component)
 endfunction()
 
 install_library(igh_master runtime)
-install(FILES ${PROJECT_SOURCE_DIR}/include/igh_master.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT dev)
+install(FILES ${PROJECT_SOURCE_DIR}/include/igh_master.h ${PROJECT_SOURCE_DIR}/include/igh_master.hpp
+  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT dev)
 
 set(platform_note "")
 if(TARGET ethercat_simulation)

@@ -7,7 +7,7 @@ import contextlib
 import os
 import threading
 from ctypes import POINTER, byref, c_int32, c_uint8, c_uint32, c_uint64, cast, create_string_buffer
-from typing import Any, Callable, Counter, Dict, Iterator, List, Optional, Set, Union
+from typing import Any, Callable, Counter, Dict, Iterator, List, Optional, Set, Tuple, Union
 
 from ._library import WHOLE_MASTER, DiagInfo, ErrorCallback, ExchangeCallback, library
 from ._output import Printed, captured, log, logger, streams
@@ -50,7 +50,8 @@ class Master:
         self._callback: Optional[Callable[[], None]] = None
         self._raised: Optional[BaseException] = None
         self._slaves: List[Slave] = []
-        self._requests: Set[SdoRequest] = set()
+        self._requests: Set[SdoRequest] = set()  # the library may write to their buffers
+        self._used: Dict[Tuple[int, int, int, bool], SdoRequest] = {}  # by sdo_read and sdo_write
         self._reservation = ""
         self._cycling = Cycling(self.exchange, period)
         # Kept for as long as the library may call them.
@@ -273,23 +274,29 @@ class Master:
     # ---- Objects
 
     def sdo_request(self, slave: int, index: int, sub: int = 0, type: Type = Type.RAW, count: int = 1,
-                    **options: bool) -> SdoRequest:
-        """A request for an object: `count` elements of `type`, of Type.RAW bytes. complete=True: the whole object;
-        reads=False, writes=False: not used in this direction."""
-        return SdoRequest(self, slave, index, sub, type, count, **options)
+                    complete: bool = False) -> SdoRequest:
+        """A request for an object: `count` elements of `type`, of Type.RAW bytes; `complete` for the whole object."""
+        return SdoRequest(self, slave, index, sub, type, count, complete)
+
+    def _request(self, place: Tuple[int, int, int, bool], type: Type, count: int) -> SdoRequest:
+        """One for each object, because the IgH master keeps what it has made until the deactivation."""
+        request = self._used.get(place)
+        if request is None or not request.valid or request.layout != (type, count):
+            if request is not None:
+                request.close()
+            request = self._used[place] = SdoRequest(self, *place[:3], type, count, place[3])
+        return request
 
     def sdo_read(self, slave: int, index: int, sub: int = 0, type: Type = Type.RAW, count: int = 1, *,
                  complete: bool = False, timeout: float = 2.0) -> Any:
         """Reads an object of a slave, cycling meanwhile: a number, a list of `count`, or of Type.RAW `count` bytes."""
-        with self.sdo_request(slave, index, sub, type, count, complete=complete, writes=False) as request:
-            return request.read(timeout)
+        return self._request((slave, index, sub, complete), type, count).read(timeout)
 
     def sdo_write(self, slave: int, index: int, sub: int, value: Value, type: Type = Type.RAW, *,
                   complete: bool = False, timeout: float = 2.0) -> None:
         """Writes bytes, a number or several to an object of a slave, cycling meanwhile."""
         count = len(value) if not isinstance(value, (int, float)) else 1
-        with self.sdo_request(slave, index, sub, type, count, complete=complete, reads=False) as request:
-            request.write(value, timeout)
+        self._request((slave, index, sub, complete), type, count).write(value, timeout)
 
     # ---- Registers. Without start() an active bus is cycled meanwhile, because the calls wait for that.
 

@@ -16,22 +16,24 @@ Value = Union[int, float, bytes, Sequence[int], Sequence[float]]
 
 class SdoRequest:
     """One object of a slave, to be read or written as often as one likes: `start_read()` or `start_write(value)`,
-    exchange until `done`, then `value`. `read()` and `write(value)` do all of it. It can be made before activation.
+    exchange until `done`, then `value`. `read()` and `write(value)` do all of it. The IgH master wants requests to be
+    made before activation; it takes later ones as well.
 
     All users of one object must name the same size; the object is transferred as bytes and converted here, so that
     LINT and ULINT work as well. Python's own struct.error tells of a value that does not fit its type.
     """
 
     def __init__(self, master: Master, slave: int, index: int, sub: int, type: Type = Type.RAW, count: int = 1,
-                 complete: bool = False, reads: bool = True, writes: bool = True) -> None:
+                 complete: bool = False) -> None:
         self._master, self._scan = master, master.scans
+        self.layout = (type, count)
         self._text = f"slave {slave}, object 0x{index:04X}:{sub:02X}"
         self._type, self._count = type, count
         self._format = f"<{count}{type.format}"
         self._size = struct.calcsize(self._format)
         self._data = create_string_buffer(max(self._size, 1))
         self._done = c_bool(True)
-        self._directions = [read for read, wanted in ((True, reads), (False, writes)) if wanted]
+        self._directions = [True, False]
         handle = c_uint32()
         for read in self._directions:
             hint = f"{self._text}: the master refused a request"
@@ -53,13 +55,19 @@ class SdoRequest:
     def close(self) -> None:
         """Withdraws what is pending and gives the request back."""
         directions, self._directions = self._directions, []
-        self._master._requests.discard(self)
+        if self._done.value:  # else another user of the object may keep the library at it: the buffers stay
+            self._master._requests.discard(self)
         if self._scan == self._master.scans and not self._master.closed:
             for read in directions:
                 self._master._set_up("destroy_sdo_request", self._handle, read)
 
+    @property
+    def valid(self) -> bool:
+        """Neither closed, nor void since the bus was scanned again."""
+        return bool(self._directions) and self._scan == self._master.scans
+
     def _start(self, name: str) -> None:
-        if not self._directions or self._scan != self._master.scans:
+        if not self.valid:
             raise EthercatError(f"{self._text}: closed, or void since the bus was scanned again")
         self._master._set_up(name, self._handle, self._data, self._size, byref(self._done),
                              hint=f"{self._text}: a transfer is pending already")
@@ -88,14 +96,17 @@ class SdoRequest:
         return values[0] if self._count == 1 or self._type is Type.RAW else list(values)
 
     def _finish(self, timeout: float) -> None:
-        with captured(output=False) as printed:
-            reached = self._master._until(lambda: self.done, timeout)
-        if reached:
-            log(printed)
-            return
-        self.close()  # or it would go on, and hold up all others
-        why = printed.err.rpartition("\n")[2] or "a slave that refuses is asked again and again; `igh_bus sdo` tells why"
-        raise EthercatError(f"{self._text}: no answer within {timeout:g} s ({why})")
+        reached = False
+        try:
+            with captured(output=False) as printed:
+                reached = self._master._until(lambda: self.done, timeout)
+        finally:
+            if not reached:
+                self.close()  # or it would go on, and hold up all others
+        if not reached:
+            why = printed.err.rpartition("\n")[2] or "a slave that refuses is asked again and again; `igh_bus sdo` tells why"
+            raise EthercatError(f"{self._text}: no answer within {timeout:g} s ({why})")
+        log(printed)
 
     def read(self, timeout: float = 2.0) -> Any:
         """Reads, cycling meanwhile. What takes longer than `timeout` seconds is withdrawn, and the request closed."""
