@@ -50,7 +50,7 @@ consumers() {
 
   local program
   export PYTHONPATH=$prefix/lib/python3/dist-packages
-  for program in "$built/cmake/minimal.c" "$built/cmake/minimal.cpp" "$built/plain" "$built/pkg-config" "$SOURCE/examples/python/run_machine.py"; do
+  for program in "$built/cmake/minimal" "$built/plain" "$built/pkg-config" "$SOURCE/examples/python/run_machine.py"; do
     (runs_the_machine "$program"; exit "$failed") &
     pids+=($!)
   done

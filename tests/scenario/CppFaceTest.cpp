@@ -1,146 +1,87 @@
 // igh_master.hpp: who owns what, and for how long.
-#include "Fixture.h"
+#include "SdoFixture.h"
 
 #include <igh_master.hpp>
 
 namespace {
 
 using namespace scenario;
-using igh_master::Input;
-using igh_master::Master;
-using igh_master::Output;
-using igh_master::SdoRequest;
-using std::chrono::milliseconds;
+using namespace igh_master;
+using Pair = std::array<std::int16_t, 2>;
+constexpr std::chrono::milliseconds PERIOD(1);
+static_assert(!std::is_copy_constructible_v<Master> && !std::is_copy_assignable_v<Input<>> &&
+              !std::is_copy_constructible_v<Output<int>> && !std::is_copy_constructible_v<SdoRequest<Pair>>);
 
-template <class T>
-constexpr bool OWNS = std::is_nothrow_move_constructible_v<T>&& std::is_nothrow_move_assignable_v<T> &&
-                      !std::is_copy_constructible_v<T> && !std::is_copy_assignable_v<T>;
-static_assert(OWNS<Master> && OWNS<Input<>> && OWNS<Output<int>> && OWNS<SdoRequest<std::uint64_t>>);
-
-class CppFaceTest : public Scenario {
+class CppFaceTest : public SdoTest {
 protected:
-  CppFaceTest() {
-    const Device device{0x10,
-                        {{"Out", "DINT"}, {"Wide", "LREAL"}},
-                        {{"In", "DINT"}, {"Far", "LREAL"}},
-                        "",
-                        true,
-                        {{0x4000, 0, {0xFE, 0xFF, 5, 0}}, {0x4001, 0, {1, 0, 2, 0}}}};
-    build({device});
-    quietly([&] { igh_master_uninitialize(0); });
-    master = Master::open(0, milliseconds(1));
-    EXPECT_TRUE(describe({device}));
-    quietly([&] { EXPECT_TRUE(master->scan() == 1U && master->configure()); });
-  }
-  ~CppFaceTest() override {
-    quietly([&] { master.reset(); });
-  }
-  void toOp() {
-    EXPECT_TRUE(master->activate());
-    cycleUntil(igh_master::OP);
-  }
-  void exchange(int count) {
-    while (count-- > 0)
-      master->exchange();
+  CppFaceTest() : master((bus().addSlave(slaveOf(drive)), Master::open(0, PERIOD))) {
+    EXPECT_TRUE(describe({drive}));
+    quietly([this] { EXPECT_TRUE(master->scan() == 1U && master->configure()); });
   }
   std::optional<Master> master;
 };
 
-TEST_F(CppFaceTest, ValuesHaveTheirTypes) {
+TEST_F(CppFaceTest, ValuesCallbacksAndRequests) {
   auto out = master->output<int>(0, "Out");
-  auto wide = master->output(0, "Wide");
-  auto narrow = master->input<std::uint8_t>(0, "In");
-  auto exact = master->input<std::int64_t>(0, "Far");
-  EXPECT_FALSE(master->input(0, "Nothing") || master->output(1, "Out"));
-  toOp();
-  constexpr double MAX = 9223372036854775807.0;
-  for (const auto& [sent, received, sentWide, receivedWide] : {std::tuple{200, 200, -7.9, std::int64_t{-7}},
-                                                               {256, 255, MAX, INT64_MAX},
-                                                               {-1, 0, -2 * MAX, INT64_MIN},
-                                                               {0, 0, std::nan(""), std::int64_t{0}}}) {
-    *out = sent;
-    wide->set(sentWide);
-    exchange(3);
-    EXPECT_EQ(narrow->get(), received);
-    EXPECT_EQ(*exact, receivedWide);
-  }
+  auto narrow = master->input<std::int8_t>(0, "In");
+  auto request = master->sdoRequest<Pair>(0, 0x4000, 0);
+  auto shared = master->sdoRequest<Pair>(0, 0x4000, 0);
+  auto alone = master->sdoRequest<std::uint16_t>(0, 0x2000, 1);
+  EXPECT_FALSE(master->input(0, "No") || master->output(1, "Out") || master->sdoRequest<int>(1, 0x4000, 0));
+  EXPECT_TRUE(master->activate());
+  cycleUntil(OP);
+  *out = 200;
+  std::string told;
+  auto handler = [&](ErrorSlave slave, int code) { told += (slave ? "0/" : "*/") + std::to_string(code); };
+  master->onError(handler);
+  bus().dropFrames(1);
+  for (int i = 0; i < 4; bus().setErrorFlag(0, ++i == 3))
+    master->exchange([&told] { told += "."; });
+  EXPECT_EQ(told, ".*/1..0/3.");
+  EXPECT_EQ(narrow->get(), 127);
+  for (const auto& [value, held] :
+       {std::pair{1e19, INT64_MAX}, {-1e19, INT64_MIN}, {std::nan(""), 0L}, {-7.9, -7L}})
+    EXPECT_EQ(detail::convert<std::int64_t>(value), held);
+
+  EXPECT_TRUE(request->read() && !request->done() && !request->read());
+  SdoRequest<Pair> moved = std::move(*request);
+  cycle(20);
+  EXPECT_TRUE(moved.done() && moved.value() == (Pair{-2, 5}) && moved.write({7, -8}) && !moved.done());
+  cycle(20);
+  EXPECT_EQ(bus().objectValue(0, 0x4000, 0), (Bytes{7, 0, 0xF8, 0xFF}));
+  EXPECT_TRUE(moved.read() && alone->read());
+  alone.reset();                                 // is withdrawn
+  { SdoRequest<Pair> ended = std::move(moved); } // goes on for the other user: nothing writes to what is gone
+  cycle(20);
+  EXPECT_TRUE(shared->read());
+  cycle(20);
+  EXPECT_TRUE(shared->done() && shared->value() == (Pair{7, -8}));
 }
 
 TEST_F(CppFaceTest, OwnersGiveBackOnceAndOnlyWhatIsTheirs) {
+  EXPECT_FALSE(Master::open(0, PERIOD)) << "there is one";
   double value = 0;
   auto first = master->input(0, "In");
   auto second = master->input(0, "In");
   const std::uint32_t id = first->id();
-  EXPECT_EQ(second->id(), id);
   Input<> moved = std::move(*first);
   first.reset();
   moved = std::move(*second);
   EXPECT_TRUE(igh_master_pdo_recv(0, id, &value));
   { Input<> last = std::move(moved); }
   EXPECT_FALSE(igh_master_pdo_recv(0, id, &value));
-
   auto old = master->input(0, "In");
-  quietly([&] { EXPECT_TRUE(master->scan() && master->configure()); });
+  quietly([this] { EXPECT_TRUE(master->scan()); });
   auto young = master->input(0, "In");
-  EXPECT_TRUE(!old->valid() && young->valid());
   old.reset(); // has the number of the young one
   EXPECT_TRUE(igh_master_pdo_recv(0, young->id(), &value));
-  quietly([&] {
-    master = std::nullopt;
-    EXPECT_FALSE(Master::open(0, milliseconds(5000)) || Master::open(0, milliseconds(-1)));
-    master = Master::open(0, milliseconds(2), {false, true, true});
-    EXPECT_FALSE(Master::open(0, milliseconds(1)));
+  master = Master(std::move(*master));
+  EXPECT_TRUE(young->valid() && bus().reserved());
+  quietly([this] {
+    master.reset();
+    EXPECT_FALSE(Master::open(0, 5000 * PERIOD) || Master::open(0, -PERIOD));
   });
-  EXPECT_TRUE(!young->valid() && master->period() == milliseconds(2) && bus().reserved());
-  Master other = std::move(*master);
-  master = std::move(other);
-  EXPECT_TRUE(bus().reserved());
-}
-
-TEST_F(CppFaceTest, CallbacksAreObjects) {
-  toOp();
-  std::string told;
-  auto handler = [&](igh_master::ErrorSlave slave, ETHERCAT_ERROR_CODE code) {
-    told += (slave ? std::to_string(*slave) : "*") + "/" + std::to_string(code) + " ";
-  };
-  master->onError(handler);
-  bus().dropFrames(1);
-  bus().setErrorFlag(0, true);
-  int calls = 0;
-  for (int i = 0; i < 2; ++i)
-    master->exchange([&calls] { ++calls; });
-  EXPECT_EQ(calls, 2);
-  EXPECT_THAT(told, testing::HasSubstr("*/1 "));
-  EXPECT_THAT(told, testing::HasSubstr("0/3 "));
-  EXPECT_EQ(master->timing(COMM_DIAG_LAST).time, lastCycle().time);
-  EXPECT_EQ(master->readRegister<std::uint16_t>(0, 0x0000),
-            bus().registers(0, 0, 2)[0] | bus().registers(0, 0, 2)[1] << 8);
-}
-
-TEST_F(CppFaceTest, RequestsKeepTheirBuffersInPlace) {
-  using Pair = std::array<std::int16_t, 2>;
-  auto request = master->sdoRequest<Pair>(0, 0x4000, 0);
-  auto shared = master->sdoRequest<Pair>(0, 0x4000, 0);
-  auto alone = master->sdoRequest<Pair>(0, 0x4001, 0);
-  EXPECT_FALSE(master->sdoRequest<Pair>(1, 0x4000, 0));
-  toOp();
-  EXPECT_TRUE(request->read() && !request->done() && !request->read());
-  SdoRequest<Pair> moved = std::move(*request);
-  exchange(20);
-  EXPECT_TRUE(moved.done() && moved.value() == (Pair{-2, 5}));
-  EXPECT_TRUE(moved.write({7, -8}) && !moved.done());
-  exchange(20);
-  EXPECT_TRUE(moved.done());
-  request = std::move(moved);
-  EXPECT_EQ(bus().objectValue(0, 0x4000, 0), (Bytes{7, 0, 0xF8, 0xFF}));
-  for (auto* left : {&request, &alone}) {
-    EXPECT_TRUE((*left)->read());
-    left->reset(); // withdrawn, or going on for the other user: nothing writes to what is gone
-  }
-  exchange(20);
-  EXPECT_TRUE(shared->read());
-  exchange(20);
-  EXPECT_TRUE(shared->done() && shared->value() == (Pair{7, -8}));
+  EXPECT_FALSE(young->valid() || bus().reserved());
 }
 
 } // namespace

@@ -1,0 +1,124 @@
+"""The package on the example machine, with fast timing and two faults, in both modes of the exchange."""
+import ctypes
+import json
+import os
+import pathlib
+import re
+import subprocess
+import sys
+
+import pytest
+
+from igh_master import AlState, BusError, ErrorCode, EthercatError, Input, Master, Output, Slave, Type, _library
+from igh_master.master import _close_all as close_all
+
+SOURCE = pathlib.Path(__file__).parents[2]
+DESCRIPTIONS = [str(SOURCE / "examples/machine" / name) for name in ("terminals.xml", "modular_head.xml", "servo_drive.xml")]
+DRIVE = 5
+fails = lambda text, call, kind=EthercatError: pytest.raises(kind, call).match(text)
+
+
+@pytest.fixture(name="m", params=[False, True])
+def open_master(request, tmp_path, monkeypatch):
+    machine = json.loads((SOURCE / "examples/machine/machine.json").read_text())["masters"][0]
+    machine.update(timing="fast", faults=[
+        {"kind": "lost_frame", "at": 200, "for": 3}, {"kind": "sdo_abort", "every": 1, "slave": DRIVE, "index": "0x2001"}])
+    machine["slaves"][DRIVE]["objects"] += [{"index": "0x2000", "bytes": "8877665544332211"}, {"index": "0x2001", "bytes": "01"}]
+    (tmp_path / "bus.json").write_text(json.dumps({"masters": [machine]}))
+    monkeypatch.setenv("ETHERCAT_SIMULATION_BUS", str(tmp_path / "bus.json"))
+    ctypes.CDLL(os.environ["SIMULATION"])["_ZN19ethercat_simulation5resetEv"]()
+    yield Master(0, exchange_mode=request.param)
+    close_all()
+
+
+def test_types_are_those_of_the_header():
+    header = (SOURCE / "include/igh_master.h").read_text()
+    own = {"_ETHERCAT_COMM_DIAG_INFO": _library.DiagInfo, "ETHERCAT_DATA_TYPE": ctypes.c_int,
+           "igh_master_error_callback": _library.ErrorCallback, "igh_master_exchange_callback": _library.ExchangeCallback}
+    of = lambda name: (own.get(name) or getattr(ctypes, "c_" + name.replace("*", "_p").removesuffix("_t"), None)
+                       or ctypes.POINTER(of(name[:-1])))
+    for name, arguments in re.findall(r"^IGH_MASTER_API \w+ igh_master_(\w+)\(uint16_t id,?([^)]*)\);", header, re.M):
+        expected = [of(kind) for kind in re.findall(r"(?:const )?(\S+) \w+(?:,|$)", arguments)]
+        assert [getattr(kind, "kind", kind) for kind in _library.FUNCTIONS[name]] == expected, name
+
+
+def test_values_callbacks_and_errors(m):
+    kind = type("Axis", (Slave,), {"target": Output("Target position"), "actual": Input("Position actual value")})
+    m.load(*DESCRIPTIONS)
+    axis, seen = kind(m, m.scan()[DRIVE].position), []
+    m.activate()
+    axis.target = -70000.5
+    fails("slave 5, entry 'Position actual value': no exchange .* has brought it yet", lambda: axis.actual)
+    m.wait_for(AlState.OP)
+    m.cycle(3)
+    assert (axis.actual, axis.target, m[DRIVE]["Position actual value"]) == (-70001, -70000.5, -70001)
+    assert (len(m), axis.revision, m[4].slots) == (8, 0x20001, (3, 16, 1)) and "Target position" in m.listing
+
+    def callback():
+        seen.append(axis.actual)
+        for use in (m.exchange, m.scan, m.close):
+            fails("inside an exchange", use)
+        raise ZeroDivisionError
+
+    fails("", lambda: m.exchange(callback), ZeroDivisionError)
+    m.on_error = seen.append
+    m.cycle(200)
+    lost = BusError(None, ErrorCode.WORKING_COUNTER)
+    assert m.errors == {lost: 3} and seen == [-70001, lost, lost, lost] and m.last_error == ErrorCode.WORKING_COUNTER
+    assert m.timings.fastest.total_us <= m.timings.slowest.total_us and m.timings.last.cycle >= 204
+    m.scan()
+    fails("scanned again", lambda: axis.actual)
+    fails("scanned again", lambda: setattr(axis, "target", 1))
+
+
+def test_failures_carry_the_words_of_the_library(m, tmp_path):
+    bits = tmp_path / "bits.xml"
+    bits.write_text(open(DESCRIPTIONS[2]).read().replace("<DataType>SINT", "<DataType>BYTE", 1))
+    for text, call in [("/nowhere.xml: Open file error", lambda: m.load("/nowhere.xml")),
+                       (r"scan\(\) first", m.activate), ("is not active", m.cycle), ("open already", Master),
+                       ("there is no slave 8", lambda: m.load(bits) or m.scan() and Slave(m, 8)),
+                       ("entry 'Nothing': the description has no such", lambda: m[DRIVE]["Nothing"]),
+                       ("'Modes of operation': its type", lambda: m[DRIVE].entry("Modes of operation", True)),
+                       ("0x6041:00: the master refused a request: Failed", lambda: m.sdo_request(DRIVE, 0x6041)),
+                       ("slave = 9, state = 2, errno = Invalid argument", lambda: m.request_state(9, 2)),
+                       ("period should between", lambda: Master(1, 5.0)),
+                       ("device file of master 7 is not open", lambda: Master(7).register_read(0, 0)),
+                       ("Failed to open master 8: there is no simulated", lambda: Master(8).scan())]:
+        fails(text, call)
+    fails("90209 is not in the range 0 to 65535", lambda: m.sdo_request(DRIVE, 0x16061), ctypes.ArgumentError)
+    m.close()
+    fails("is closed", lambda: m.state)
+
+
+def test_objects_registers_and_the_background(m):
+    m.load(*DESCRIPTIONS)
+    m.scan()
+    m.configure()
+    early = m.sdo_request(DRIVE, 0x2000, 0, Type.LINT)
+    m.activate()
+    early.start_read()
+    fails("not done", lambda: early.value)
+    assert m.register_read(DRIVE, 0, 2) == b"\x04\x03"  # cycles, without which nothing answers
+    m.start()
+    m.wait_for(AlState.OP)
+    m.cycle(20)
+    assert early.value == 0x1122334455667788
+    early.close()
+    for value, count, type in [([0x55667788, -1], 2, Type.DINT), (-1.5, 1, Type.LREAL), (b"ab345678", 8, Type.RAW)]:
+        m[DRIVE].sdo_write(0x2000, 0, value, type)
+        assert m[DRIVE].sdo_read(0x2000, 0, type, count) == value
+    assert m.sdo_read(DRIVE, 0x1018, 0, count=18, complete=True)[2:4] == b"\x0b\x0b"
+    fails(r"0x2000:00: no answer .*\(Received 8 bytes do not fit", lambda: m.sdo_read(DRIVE, 0x2000, timeout=0.05))
+    fails("no answer within 0.05 s", lambda: m.sdo_write(DRIVE, 0x2001, 0, 7, Type.USINT, timeout=0.05))
+    assert m.sdo_read(DRIVE, 0x6060, 0, Type.USINT) == 8  # the failed ones hold up nobody
+    m.register_clear(DRIVE, 0x310)
+    m.request_state(DRIVE, AlState.PREOP)
+    m.wait_for(AlState.OP | AlState.PREOP)
+    m.request_terminate()
+    fails("its end was requested", lambda: m.cycle(1000))
+    m.close()
+    # The kernel does not survive the end of a process in the middle of a transfer.
+    program = f"""import logging, igh_master; logging.basicConfig(level=logging.INFO); m = igh_master.Master()
+m.bring_up(*{DESCRIPTIONS}); m.sdo_request({DRIVE}, 0x2000, 0, count=8).start_read(); m.start()"""
+    printed = subprocess.run([sys.executable, "-c", program], check=True, capture_output=True, text=True).stderr
+    assert printed.endswith("INFO:igh_master:ecrt_master_deactivate\nINFO:igh_master:ecrt_release_master\n")
