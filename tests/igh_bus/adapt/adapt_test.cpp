@@ -39,7 +39,7 @@ std::string pdo(const std::string& line) {
     for (int i = 0; i < 4; ++i)
       words >> parts[i];
     std::getline(words >> std::ws, parts[4]);
-    static const char* const NAMES[] = {"Index", "SubIndex", "BitLen", "DataType", "Name"};
+    static constexpr const char* NAMES[] = {"Index", "SubIndex", "BitLen", "DataType", "Name"};
     std::string xml;
     for (int i = 0; i < 5; ++i)
       xml += parts[i] == "-" ? "" : element(NAMES[i], parts[i]);
@@ -94,7 +94,7 @@ Json adapted(const std::string& xml, const std::string& options, std::string& de
 
 // "# title, options" begins a trap, "!" behind the title when something stays out of reach; "=" is what is
 // written, ">" what is told; the other lines are PDOs and XML.
-const char* const TRAPS = R"(
+constexpr const char* TRAPS = R"(
 # names
 Tx Sm="3" #x1A00 P1: #x6000 1 8 USINT V | #x6000 2 8 USINT U | 0 0 8
 Tx Sm="3" #x1A01 P1: #x6010 1 8 USINT V | #x6010 2 8 USINT | 0 0 8
@@ -239,11 +239,11 @@ TEST(Adapt, SettlesWhatMakersLeaveOpenAndTellsIt) {
   }
 }
 
-const std::string MODULAR = R"(<Mailbox><CoE/></Mailbox><Slots SlotPdoIncrement="1" SlotIndexIncrement="#x10">
+const std::string modular = R"(<Mailbox><CoE/></Mailbox><Slots SlotPdoIncrement="1" SlotIndexIncrement="#x10">
 <Slot MinInstances="1" MaxInstances="2"><ModuleIdent>#x20</ModuleIdent><ModuleIdent Default="1">#x21</ModuleIdent></Slot>
 <Slot SlotPdoIncrement="4" SlotIndexIncrement="#x40"><ModuleIdent>#x20</ModuleIdent></Slot>
 <Slot MinInstances="0"><ModuleIdent>#x22</ModuleIdent></Slot></Slots>)";
-const std::string MODULES = R"(<Module><Type ModuleIdent="#x20">AI</Type><TxPdo Sm="3">
+const std::string moduleList = R"(<Module><Type ModuleIdent="#x20">AI</Type><TxPdo Sm="3">
 <Index DependOnSlot="1">#x1A00</Index><Entry><Index DependOnSlot="true">#x6000</Index><SubIndex>1</SubIndex><BitLen>8</BitLen>
 <Name>V</Name><DataType>USINT</DataType></Entry></TxPdo></Module><Module><Type ModuleIdent="#x21">AS</Type><TxPdo Sm="3">
 <Index DependOnSlot="1">#x1A00</Index><Entry><Index DependOnSlot="1">#x6000</Index><SubIndex>1</SubIndex><BitLen>8</BitLen>
@@ -251,10 +251,10 @@ const std::string MODULES = R"(<Module><Type ModuleIdent="#x20">AI</Type><TxPdo 
 
 // Slots that repeat and have increments of their own, and modules in a file that the first one names.
 TEST(Adapt, PlacesTheModulesOfSlots) {
-  const auto modules = scratch(
-      "modules.xml", element("EtherCATModule", "<Vendor><Id>9</Id></Vendor>" + element("Modules", MODULES)));
+  const auto modules = scratch("modules.xml", element("EtherCATModule", "<Vendor><Id>9</Id></Vendor>" +
+                                                                            element("Modules", moduleList)));
   const auto reference = element("InfoReference", "elsewhere\\" + modules.substr(modules.rfind('/') + 1));
-  auto xml = file(device(MODULAR));
+  auto xml = file(device(modular));
   xml.insert(xml.find("<Vendor>"), reference);
   std::string description;
   const auto standard = adapted(xml, "", description)["devices"][0];
@@ -285,8 +285,8 @@ TEST(Adapt, ServesTheSlavesOfABus) {
   const auto input = scratch(
       "maker.xml",
       file(revision("2", "Old") + revision("4", "a/*b?\"\\ \xC3\xA9", "<HideType RevisionNo=\"4\"/>") +
-               revision("9", "New") + device(MODULAR, "ProductCode=\"#x8\" RevisionNo=\"1\""),
-           MODULES));
+               revision("9", "New") + device(modular, "ProductCode=\"#x8\" RevisionNo=\"1\""),
+           moduleList));
   const std::string inputs =
       R"(, "sync_managers": [{"index": 3, "direction": "input", "pdos": [{"index": 6656, "entries": )"
       R"([{"index": 24576, "subindex": 1, "bit_length": 1}]}]}])";
@@ -326,30 +326,31 @@ TEST(Adapt, ServesTheSlavesOfABus) {
   const auto any = Json::parse(ighBus(base + "--json --revision any").out);
   EXPECT_EQ(any["devices"][0]["described_revision"], "0x00000004");
   const auto before = readFile(output);
-  for (const auto& [reason, line] : std::initializer_list<std::pair<std::string, std::string>>{
-           {"slave 0 \"\" (vendor 0x00000009, product 0x00000007, revision 0x00000005) is not described: "
-            "described are "
-            "revisions 0x00000002, 0x00000004, 0x00000009 (see --revision); nor are 1 more slaves",
-            base + "--revision exact -o " + output},
-           {"share one description", base + "--mode 0=none -o " + output},
-           {"there are 0 to 2", base + "--mode 3=none -o " + output},
-           {"has the modes none", base + "--mode 0=DC --mode 1=DC -o " + output},
-           {"has no such PDO", base + "--pdo 0=0x1A05 --pdo 1=0x1A05 -o " + output},
-           {"no module of that ident", base + "--module 2:1=0x99 -o " + output},
-           {"has 4 slots", base + "--module 2:5=0x20 -o " + output},
-           {"SLAVE:SLOT", base + "--module 2=0x20 -o " + output},
-           {"--revision", base + "--revision newest -o " + output},
-           {"with -o", base},
-           {"is one of the inputs", base + "-o " + input},
-           {"is one of the inputs", base + "-o " + output + " --header " + input},
-           {"is a directory", base + "-o /tmp"},
-           {"No such file", base + "-o /nowhere/machine.xml"},
-           {"two outputs", base + "-o " + output + " --header " + output},
-           {"not a regular file", base + "-o /dev/null"},
-           {"cannot be made", base + "-o " + output + " --report " + input},
-           {"No such file", "adapt --all --eni /nowhere.xml -o " + output},
-           {"line 1", "adapt --all --eni " + bus + " -o " + output},
-           {"excludes", base + "--all -o " + output}}) {
+  const std::pair<std::string, std::string> refusals[] = {
+      {"slave 0 \"\" (vendor 0x00000009, product 0x00000007, revision 0x00000005) is not described: "
+       "described are "
+       "revisions 0x00000002, 0x00000004, 0x00000009 (see --revision); nor are 1 more slaves",
+       base + "--revision exact -o " + output},
+      {"share one description", base + "--mode 0=none -o " + output},
+      {"there are 0 to 2", base + "--mode 3=none -o " + output},
+      {"has the modes none", base + "--mode 0=DC --mode 1=DC -o " + output},
+      {"has no such PDO", base + "--pdo 0=0x1A05 --pdo 1=0x1A05 -o " + output},
+      {"no module of that ident", base + "--module 2:1=0x99 -o " + output},
+      {"has 4 slots", base + "--module 2:5=0x20 -o " + output},
+      {"SLAVE:SLOT", base + "--module 2=0x20 -o " + output},
+      {"--revision", base + "--revision newest -o " + output},
+      {"with -o", base},
+      {"is one of the inputs", base + "-o " + input},
+      {"is one of the inputs", base + "-o " + output + " --header " + input},
+      {"is a directory", base + "-o /tmp"},
+      {"No such file", base + "-o /nowhere/machine.xml"},
+      {"two outputs", base + "-o " + output + " --header " + output},
+      {"not a regular file", base + "-o /dev/null"},
+      {"cannot be made", base + "-o " + output + " --report " + input},
+      {"No such file", "adapt --all --eni /nowhere.xml -o " + output},
+      {"line 1", "adapt --all --eni " + bus + " -o " + output},
+      {"excludes", base + "--all -o " + output}};
+  for (const auto& [reason, line] : refusals) {
     const auto refused = ighBus(line);
     EXPECT_EQ(refused.status, 2) << line;
     EXPECT_THAT(refused.err, HasSubstr(reason)) << line;

@@ -54,7 +54,7 @@ void explain(Plan& plan, const std::vector<Missing>& missing) {
 
 // Why it must not be written; empty when it may be.
 std::string judgeWritten(Plan& plan, const Device* device) {
-  const auto wrong = device ? difference(plan, *device) : "the library does not find it in what was made";
+  auto wrong = device ? difference(plan, *device) : "the library does not find it in what was made";
   if (!wrong.empty())
     return wrong;
   std::vector<Missing> missing;
@@ -152,6 +152,7 @@ void storePart(const Sources& sources, Adaptation& adaptation, const Part& part,
   auto numbers = part.plans;
   for (bool stored = false; !stored;) {
     std::vector<const Plan*> plans;
+    plans.reserve(numbers.size());
     for (const auto number : numbers)
       plans.push_back(&adaptation.plans[number]);
     const auto devices = store(sources.files[part.vendorFile], plans, path);
