@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <nlohmann/json.hpp>
 #include <regex>
+#include <sys/stat.h>
 
 using testing::HasSubstr;
 using Json = nlohmann::json;
@@ -165,6 +166,7 @@ Tx Sm="3" #x1A00: #x6000 1 8 USINT A
 Tx #x1A01: #x6010 1 8 USINT B
 = 3.0 USINT B
 > pdo PDO 0x1A01: no sync manager -> assigned
+> --pdo: the slave does not let
 > pdo TxPdo: 0x1A00 -> left out
 # the mode's own PDOs
 <Dc><OpMode><Name>Free</Name><AssignActivate>0</AssignActivate></OpMode><OpMode><Name>DCSYNC</Name><AssignActivate>#x300</AssignActivate>
@@ -291,8 +293,8 @@ TEST(Adapt, ServesTheSlavesOfABus) {
       R"(, "sync_managers": [{"index": 3, "direction": "input", "pdos": [{"index": 6656, "entries": )"
       R"([{"index": 24576, "subindex": 1, "bit_length": 1}]}]}])";
   const auto bus = scratch(
-      "bus.json", R"({"slaves": [)" + busSlave("7", "5", inputs) + ", " +
-                      busSlave("7", "5", R"(, "alias": 3)" + inputs) + ", " +
+      "bus.json", R"({"slaves": [)" + busSlave("7", "8", inputs) + ", " +
+                      busSlave("7", "8", R"(, "alias": 3)" + inputs) + ", " +
                       busSlave("8", "1",
                                R"(, "objects": [{"index": "0xF050", "value": 2, "type": "USINT"}, )"
                                R"({"index": "0xF050", "subindex": 1, "value": 0, "type": "UDINT"}, )"
@@ -308,12 +310,12 @@ TEST(Adapt, ServesTheSlavesOfABus) {
   const auto& first = result["devices"][0];
   EXPECT_EQ(first["slaves"], Json({0, 1}));
   EXPECT_EQ(first["hidden"], true);
-  EXPECT_THAT(changesOf(first), HasSubstr("revision device: 0x00000004 -> 0x00000005"));
+  EXPECT_THAT(changesOf(first), HasSubstr("revision device: 0x00000004 -> 0x00000008"));
   EXPECT_THAT(changesOf(first), HasSubstr("alias slave 1: 3"));
   EXPECT_EQ(entriesOf(result["devices"][1]), "3.0 USINT 2nd V");
   EXPECT_EQ(result["summary"]["reachable_before"], 0);
   EXPECT_THAT(ighBus("describe " + output).out,
-              HasSubstr("\"DEV\" 0x00000007 revision 0x00000005: everything can be used"));
+              HasSubstr("\"DEV\" 0x00000007 revision 0x00000008: everything can be used"));
 
   EXPECT_THAT(readFile(header), HasSubstr("#define S1_DEV_POSITION 1\n"));
   EXPECT_THAT(readFile(header), HasSubstr("#define S1_DEV_A_B_MASK 0x1U\n"));
@@ -324,10 +326,12 @@ TEST(Adapt, ServesTheSlavesOfABus) {
   }
 
   const auto any = Json::parse(ighBus(base + "--json --revision any").out);
-  EXPECT_EQ(any["devices"][0]["described_revision"], "0x00000004");
+  EXPECT_EQ(any["devices"][0]["described_revision"], "0x00000009");
   const auto before = readFile(output);
+  const auto pipe = output + ".pipe";
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
   const std::pair<std::string, std::string> refusals[] = {
-      {"slave 0 \"\" (vendor 0x00000009, product 0x00000007, revision 0x00000005) is not described: "
+      {"slave 0 \"\" (vendor 0x00000009, product 0x00000007, revision 0x00000008) is not described: "
        "described are "
        "revisions 0x00000002, 0x00000004, 0x00000009 (see --revision); nor are 1 more slaves",
        base + "--revision exact -o " + output},
@@ -345,7 +349,7 @@ TEST(Adapt, ServesTheSlavesOfABus) {
       {"is a directory", base + "-o /tmp"},
       {"No such file", base + "-o /nowhere/machine.xml"},
       {"two outputs", base + "-o " + output + " --header " + output},
-      {"not a regular file", base + "-o /dev/null"},
+      {"not a regular file", base + "-o " + pipe},
       {"cannot be made", base + "-o " + output + " --report " + input},
       {"No such file", "adapt --all --eni /nowhere.xml -o " + output},
       {"line 1", "adapt --all --eni " + bus + " -o " + output},
@@ -357,6 +361,7 @@ TEST(Adapt, ServesTheSlavesOfABus) {
     EXPECT_EQ(std::count(refused.err.begin(), refused.err.end(), '\n'), 1) << line << refused.err;
     EXPECT_EQ(readFile(output), before) << line;
   }
+  std::remove(pipe.c_str());
   const auto link = input + ".link";
   ASSERT_EQ(::link(input.c_str(), link.c_str()), 0);
   EXPECT_THAT(ighBus(base + "-o " + link).err, HasSubstr("is one of the inputs"));

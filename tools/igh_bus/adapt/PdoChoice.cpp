@@ -55,7 +55,7 @@ public:
   }
 
 private:
-  void checkWishes() const;
+  void checkWishes();
   bool wished(const SourcePdo& pdo) const {
     return std::find(m_wishes.pdos.begin(), m_wishes.pdos.end(), pdo.index) != m_wishes.pdos.end();
   }
@@ -76,6 +76,7 @@ private:
   void tell(const SourcePdo& pdo, const std::string& from, const std::string& to, const std::string& why) {
     m_choice.changes.push_back({"pdo", pdoText(pdo), from, to, why});
   }
+  bool assignable() const { return m_device.coe && m_device.pdoAssign; }
   bool anyTaken(bool output) const {
     return std::any_of(m_taken.begin(), m_taken.end(),
                        [&](const SourcePdo* pdo) { return pdo->output == output; });
@@ -93,7 +94,11 @@ private:
   PdoChoice m_choice;
 };
 
-void Chooser::checkWishes() const {
+void Chooser::checkWishes() {
+  if (!m_wishes.pdos.empty() && !assignable())
+    m_choice.open.push_back(
+        "--pdo: the slave does not let its PDOs be assigned (CoE with PdoAssign); it stays in "
+        "PREOP unless it has these by itself");
   for (const auto index : m_wishes.pdos) {
     if (std::none_of(m_offered.begin(), m_offered.end(),
                      [&](const SourcePdo& pdo) { return pdo.index == index; }))
@@ -185,10 +190,12 @@ void Chooser::takeListed(bool output) {
   }
 }
 
-// 0: mandatory, 1: with a sync manager.
+// 0: mandatory, 1: with a sync manager. A mandatory PDO without one is taken where that can be: in the place
+// of another, or because the master assigns.
 void Chooser::takeRanked(bool output, int rank) {
   for (const auto& pdo : m_offered) {
-    const bool fits = rank == 0 ? pdo.mandatory : !pdo.mandatory && pdo.syncManager;
+    const bool possible = pdo.syncManager || !pdo.excludes.empty() || assignable();
+    const bool fits = rank == 0 ? pdo.mandatory && possible : !pdo.mandatory && pdo.syncManager;
     if (pdo.output == output && fits && m_taken.count(&pdo) == 0 && m_told.count(&pdo) == 0)
       take(pdo);
   }

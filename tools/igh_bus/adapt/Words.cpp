@@ -14,24 +14,26 @@ std::string ownerText(const Plan& plan) {
   return text + "  ";
 }
 
+// Every line says whom it is about, so that it can be searched for.
 std::string planText(const Plan& plan) {
-  std::string text = ownerText(plan) + '"' + plan.name() + '"' +
-                     format(" 0x%08X revision 0x%08X: ", plan.key.productCode, plan.key.revision);
+  const auto owner = ownerText(plan) + '"' + plan.name() + '"';
+  std::string text = owner + format(" 0x%08X revision 0x%08X: ", plan.key.productCode, plan.key.revision);
   if (plan.entries == 0)
     text += "no process data\n";
   else
     text += format("%zu of %zu entries reachable, %zu before; %s\n", plan.after.reachable, plan.entries,
                    plan.before.reachable, plan.after.whole ? "whole" : "not whole");
+  const auto add = [&](const char* what, const std::string& line) {
+    text += "  " + owner + "  " + what + "  " + line + "\n";
+  };
   for (const auto& change : plan.changes) {
-    text += "  " + change.what + "  " + change.where + ": " + change.from;
-    if (change.to != change.from)
-      text += (change.from.empty() ? "" : " -> ") + change.to;
-    text += " (" + change.why + ")\n";
+    const auto to = change.to == change.from ? "" : (change.from.empty() ? "" : " -> ") + change.to;
+    add(change.what.c_str(), change.where + ": " + change.from + to + " (" + change.why + ")");
   }
   for (const auto& open : plan.open)
-    text += "  open  " + open + "\n";
+    add("open", open);
   for (const auto& reason : plan.reasons)
-    text += "  out of reach  " + reason + "\n";
+    add("out of reach", reason);
   return text;
 }
 
