@@ -51,13 +51,14 @@ struct Adapted {
 
   void read(const json& device) {
     const auto key = keyOf(device);
+    auto& plugged = modules[key];
+    plugged = {0};                       // if there is none
     std::map<std::string, json> origins; // of entries that got an object of their own
     for (const auto& change : device["changes"]) {
       const auto where = change["where"].get<std::string>();
       if (change["what"] == "object")
         origins[where.substr(1, where.size() - 2)] = change["from"];
       if (change["what"] == "module") {
-        auto& plugged = modules[key];
         plugged.resize(std::stoul(where.substr(5)));
         plugged.back() = numberAt(change, "to");
       }
