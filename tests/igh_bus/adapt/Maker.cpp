@@ -208,7 +208,9 @@ Assignment ownAssignment(const Device& device) {
                        [&](const Pdo* other) { return other != &pdo && excludeEachOther(pdo, *other); }))
         chosen.insert(&pdo);
   };
-  chooseWhere([](const Pdo& pdo) { return pdo.mandatory; });
+  chooseWhere([&](const Pdo& pdo) {
+    return pdo.mandatory && (pdo.manager >= 0 || device.assignable || !pdo.excludes.empty());
+  });
   chooseWhere([](const Pdo& pdo) { return pdo.manager >= 0; });
   // Where nobody can tell it, it has something.
   for (const bool peaceful : {true, false})
