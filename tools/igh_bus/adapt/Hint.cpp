@@ -5,13 +5,28 @@
 #include "text/Failure.h"
 #include "text/Text.h"
 
+#include <set>
+
 namespace igh_bus::adapt {
 namespace {
 
-Summary summaryOf(const std::vector<std::string>& paths) {
+std::vector<Request> requestKinds(const Sources& sources, const std::vector<DeviceKey>& slaves) {
+  std::vector<Request> requests;
+  for (const auto& key : std::set<DeviceKey>(slaves.begin(), slaves.end())) {
+    Request request;
+    request.device = chooseRevision(sources.devices, key, RevisionRule::OLDER);
+    request.key = key;
+    if (request.device)
+      requests.push_back(std::move(request));
+  }
+  return requests;
+}
+
+Summary summaryOf(const std::vector<std::string>& paths, const std::vector<DeviceKey>& slaves) {
   const auto sources = readSources(paths);
   std::vector<std::string> notes;
-  auto adaptation = adaptDevices(sources, requestAll(sources, notes), loadedBefore(sources, false));
+  const auto requests = slaves.empty() ? requestAll(sources, notes) : requestKinds(sources, slaves);
+  auto adaptation = adaptDevices(sources, requests, loadedBefore(sources, false));
   for (const auto& part : adaptation.parts) {
     const ScratchFile scratch;
     storePart(sources, adaptation, part, scratch.path(), true);
@@ -21,9 +36,9 @@ Summary summaryOf(const std::vector<std::string>& paths) {
 
 } // namespace
 
-std::string adaptHint(const std::vector<std::string>& paths) {
+std::string adaptHint(const std::vector<std::string>& paths, const std::vector<DeviceKey>& slaves) {
   try {
-    const auto sum = summaryOf(paths);
+    const auto sum = summaryOf(paths, slaves);
     if (sum.reachableAfter <= sum.reachableBefore && sum.wholeAfter <= sum.wholeBefore)
       return {};
     return format(

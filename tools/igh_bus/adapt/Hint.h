@@ -6,8 +6,9 @@
 
 namespace igh_bus::adapt {
 
-// For every device of the files; empty when it would make no difference, or cannot be said.
-std::string adaptHint(const std::vector<std::string>& paths);
+// For the described ones of these slaves, or for every device of the files when none are given; empty when it
+// would make no difference, or cannot be said.
+std::string adaptHint(const std::vector<std::string>& paths, const std::vector<DeviceKey>& slaves = {});
 
 } // namespace igh_bus::adapt
 
