@@ -2,7 +2,7 @@
 #include "EthercatObject/ProcessImage/PdoHandles.h"
 
 #include "ENIObject/DescriptionSupport.h"
-#include "EthercatObject/CEthercatSlave.h"
+#include "EthercatObject/ProcessImage/RegistrationList.h"
 
 #include <gmock/gmock.h>
 
@@ -83,13 +83,15 @@ TEST_F(PdoHandles, AreSharedByTheirUsersAndNotUsedAgain) {
 }
 
 TEST_F(PdoHandles, ComeAndGoWhileBytesOfOthersKeepTheirValue) {
-  EXPECT_EQ(make("B", true), 0U);
+  make("B", true);
+  EXPECT_THAT(sent(), ElementsAre(0, 0, 0, 0, 0));
   send("B", 7); // a direction more for the same handle
-  EXPECT_THAT(sent(), ElementsAre(0, 7, 0, 0, 0));
-  handles.destroy(0, false);
-  handles.destroy(0, true);
   send("A", 1);
-  EXPECT_THAT(sent(), ElementsAre(1, 7, 0, 0, 0)) << "nobody writes B now, so it stays";
+  EXPECT_THAT(sent(), ElementsAre(1, 7, 0, 0, 0));
+  handles.destroy(0, false);
+  bytes[1] = 5;
+  EXPECT_THAT(sent(), ElementsAre(1, 5, 0, 0, 0)) << "nobody writes B now, so it stays";
+  handles.destroy(0, true);
   make("B", false);
   EXPECT_THAT(sent(), ElementsAre(1, 0, 0, 0, 0));
   bytes = {4, 5, 6, 7, 8};
@@ -106,6 +108,16 @@ TEST_F(PdoHandles, ComeAndGoWhileBytesOfOthersKeepTheirValue) {
   EXPECT_THAT(sent(), ElementsAre(1, 0, 6, 1, 9));
   handles.copyOutputs({}); // without one nothing moves
   handles.copyInputs({});
+}
+
+TEST_F(PdoHandles, OfALayoutThatWasNotTakenOnlyTheStartOfAnEntryIsInTheImage) {
+  SLAVE_LIST slaves;
+  slaves.push_back(std::make_unique<CEthercatSlave>(nullptr, 0, 0, 0, slave.getENIObject(), nullptr));
+  CRegistrationList rows;
+  EXPECT_FALSE(rows.isBuilt());
+  rows.build(slaves);
+  *slaves[0]->getPdoEntryOffset(4) = {7, 4}; // with its eight bits it would reach into the next byte
+  EXPECT_EQ(rows.measureImage(slaves), 8U);
 }
 
 } // namespace
