@@ -19,6 +19,9 @@ TEST_F(Scenario, ASlaveOfAnotherTypeTakesTheOldPlaceOfALostOne) {
 
 TEST_F(Scenario, ARegistrationThatFailedOnceLeavesNothingToCopyInto) {
   startInOp({{0x30, {{"A", "USINT"}, {"gap", "", 8}, {"B", "USINT"}}, {{"In", "USINT"}}}});
+  bus().failNext(Call::activate); // an activation that fails misses no image
+  capture([] { EXPECT_FALSE(igh_master_active(0)); });
+  EXPECT_TRUE(igh_master_active(0));
   bus().failNext(Call::regPdoEntryList, -2, 1); // behind the gap: the first run has its place already
   capture([] { EXPECT_FALSE(igh_master_active(0)); });
   EXPECT_TRUE(igh_master_active(0));

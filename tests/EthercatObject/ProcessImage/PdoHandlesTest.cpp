@@ -86,6 +86,7 @@ TEST_F(PdoHandles, ComeAndGoWhileBytesOfOthersKeepTheirValue) {
   make("B", true);
   EXPECT_THAT(sent(), ElementsAre(0, 0, 0, 0, 0));
   send("B", 7); // a direction more for the same handle
+  EXPECT_THAT(sent(), ElementsAre(0, 7, 0, 0, 0));
   send("A", 1);
   EXPECT_THAT(sent(), ElementsAre(1, 7, 0, 0, 0));
   handles.destroy(0, false);

@@ -98,7 +98,8 @@ TEST_F(Sdo, RequestsAreSharedRefusedWithALineAndMadeAgain) {
     requests.renew([this](unsigned int slave) { return slave == 0 ? config : nullptr; });
   };
   EXPECT_EQ(textOf(renew), failedComplete);
-  EXPECT_TRUE(requests.find(1)->isFree() && requests.find(0)->isArmed(false));
+  EXPECT_TRUE(requests.find(1)->isFree() && !requests.find(1)->users.has(true) &&
+              requests.find(0)->isArmed(false));
   requests.drop();
   EXPECT_TRUE(requests.find(0)->isFree());
   requests.clear();
