@@ -148,12 +148,24 @@ unsigned int ecrt_version_magic(void);
 
 /* First call: reserves a master. Null when there is none of this index or it is reserved already. */
 ec_master_t* ecrt_request_master(unsigned int master_index);
+/* First call, too: opens a master without reserving it, also while another handle or program holds it. It is
+ * good for the calls marked "open" and for the release, which ends this handle only; other calls give -EPERM.
+ * Null when there is no master of this index. */
+ec_master_t* ecrt_open_master(unsigned int master_index);
 /* Last call, not from the cycle: deactivates and frees every handle of the master. */
 void ecrt_release_master(ec_master_t* master);
 
-/* Any. 0, or -EINVAL when no slave has this ring position. */
+/* Any, open. 0, or -EINVAL when no slave has this ring position. */
 int ecrt_master_get_slave(ec_master_t* master, uint16_t slave_position, ec_slave_info_t* slave_info);
-/* Any, not from the cycle: blocks until the slave has answered; while the master is active that takes
+/* Any, open. One of the slave's sync managers, of its PDOs, of their entries, as the last scan found them; the
+ * pointers inside a record are null. 0, -EINVAL (no such slave or place), -ENOENT (sync manager 16 and on). */
+int ecrt_master_get_sync_manager(ec_master_t* master, uint16_t slave_position, uint8_t sync_index,
+                                 ec_sync_info_t* sync);
+int ecrt_master_get_pdo(ec_master_t* master, uint16_t slave_position, uint8_t sync_index, uint16_t pos,
+                        ec_pdo_info_t* pdo);
+int ecrt_master_get_pdo_entry(ec_master_t* master, uint16_t slave_position, uint8_t sync_index,
+                              uint16_t pdo_pos, uint16_t entry_pos, ec_pdo_entry_info_t* entry);
+/* Any, open, not from the cycle: blocks until the slave has answered; while the master is active that takes
  * exchanges in another thread. One SDO transfer each. 0, -EINVAL (no such slave, nothing to write),
  * -EOVERFLOW (the answer is larger than the buffer), -ETIMEDOUT; -EIO with the slave's abort code in
  * *abort_code, 0 when it sent none. */
@@ -218,9 +230,9 @@ void ecrt_master_deactivate(ec_master_t* master);
 void ecrt_master_receive(ec_master_t* master);
 /* Cycle. The result is no success test: this variant always returns 0. */
 size_t ecrt_master_send(ec_master_t* master);
-/* Any. */
+/* Any, open. */
 void ecrt_master_state(const ec_master_t* master, ec_master_state_t* state);
-/* Any. -EINVAL when there is no such device. */
+/* Any, open. -EINVAL when there is no such device. */
 int ecrt_master_link_state(const ec_master_t* master, unsigned int dev_idx, ec_master_link_state_t* state);
 
 /* Cycle. ns since 2000-01-01; the first value other than 0 is the phase reference. */

@@ -14,7 +14,11 @@ namespace ethercat_simulation {
 enum class Call {
   requestMaster,
   releaseMaster,
+  openMaster,
   getSlave,
+  getSyncManager,
+  getPdo,
+  getPdoEntry,
   slaveConfig,
   configPdos,
   configDc,
@@ -64,7 +68,8 @@ struct TraceEntry {
 
 struct Misuse {
   std::uint64_t deadHandle = 0;    // a handle that deactivation or release has freed, or a null handle
-  std::uint64_t foreignHandle = 0; // a handle of another master, or no handle of this simulation at all
+  std::uint64_t foreignHandle = 0; // a handle of another master, one that was only opened where the call
+                                   // needs the reservation, or no handle of this simulation at all
   std::uint64_t outOfOrder = 0;    // set-up call while active, cycle call while inactive, a
                                    // transfer started while the request is busy, an end
                                    // of the master while one is, and the like

@@ -3,12 +3,12 @@
 // cannot be mistaken for any other that the program has.
 #include "interface/DeviceFile.h"
 
+#include "interface/DeviceRequests.h"
 #include "interface/Registry.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdarg>
-#include <cstddef>
 #include <cstring>
 #include <fcntl.h>
 #include <map>
@@ -19,36 +19,6 @@
 namespace ethercat_simulation {
 
 namespace {
-
-constexpr unsigned long MODULE_REQUEST = 0x8008A400UL;
-constexpr unsigned long REGISTER_READ = 0xC018A412UL;
-constexpr unsigned long REGISTER_WRITE = 0x4018A413UL;
-constexpr unsigned long REGISTER_EXCHANGE = 0xC018A45DUL;
-constexpr unsigned long STATE_REQUEST = 0x4004A40BUL;
-constexpr std::uint32_t MODULE_MAGIC = 36;
-
-struct ModuleInfo {
-  std::uint32_t magic;
-  std::uint32_t masterCount;
-};
-static_assert(sizeof(ModuleInfo) == 8, "record of the device");
-
-struct RegisterRequest {
-  std::uint16_t position;
-  std::uint8_t emergency; // a write goes by position on the wire, and nobody looks whether it was answered
-  std::uint16_t address;
-  std::uint64_t size;
-  std::uint8_t* data;
-};
-static_assert(sizeof(RegisterRequest) == 24 && offsetof(RegisterRequest, address) == 4 &&
-                  offsetof(RegisterRequest, size) == 8 && offsetof(RegisterRequest, data) == 16,
-              "record of the device");
-
-struct StateRequest {
-  std::uint16_t position;
-  std::uint8_t state;
-};
-static_assert(sizeof(StateRequest) == 4 && offsetof(StateRequest, state) == 2, "record of the device");
 
 struct OpenFile {
   Master* master; // null after a reset
@@ -150,66 +120,6 @@ int closeDevice(int descriptor, Master* master) {
   return result;
 }
 
-// Each serve... gives 0 or a positive error number.
-int serveModule(void* record) {
-  const ModuleInfo info{MODULE_MAGIC, Registry::instance().count()};
-  std::memcpy(record, &info, sizeof info);
-  return 0;
-}
-
-int serveRegisters(Master& master, unsigned long request, const void* record) {
-  RegisterRequest access{};
-  std::memcpy(&access, record, sizeof access);
-  if (access.size == 0) {
-    return 0;
-  }
-  if (access.data == nullptr) {
-    return EFAULT;
-  }
-  if (access.size > EscRegisters::SPACE) {
-    return EIO;
-  }
-  if (request == REGISTER_READ) {
-    return master.slaves().readRegisters(access.position, access.address, access.data, access.size);
-  }
-  const std::vector<std::uint8_t> written(access.data, access.data + access.size);
-  int error = 0;
-  if (request == REGISTER_EXCHANGE) {
-    error = master.slaves().readRegisters(access.position, access.address, access.data, access.size);
-  }
-  if (error == 0) {
-    error = master.slaves().writeRegisters(access.position, access.address, written.data(), written.size());
-  }
-  return access.emergency != 0 ? 0 : error;
-}
-
-int serveState(Master& master, const void* record) {
-  StateRequest wish{};
-  std::memcpy(&wish, record, sizeof wish);
-  return master.slaves().requestState(wish.position, wish.state);
-}
-
-int serve(const OpenFile& file, unsigned long request, void* record) {
-  const bool writes = request == REGISTER_WRITE || request == REGISTER_EXCHANGE || request == STATE_REQUEST;
-  if (!writes && request != MODULE_REQUEST && request != REGISTER_READ) {
-    return ENOTTY;
-  }
-  if (writes && !file.writable) {
-    return EPERM;
-  }
-  if (record == nullptr) {
-    return EFAULT;
-  }
-  switch (request) {
-  case MODULE_REQUEST:
-    return serveModule(record);
-  case STATE_REQUEST:
-    return serveState(*file.master, record);
-  default:
-    return serveRegisters(*file.master, request, record);
-  }
-}
-
 int controlDevice(int descriptor, const OpenFile& file, unsigned long request, void* record) {
   Master* master = file.master;
   if (master == nullptr) {
@@ -220,7 +130,7 @@ int controlDevice(int descriptor, const OpenFile& file, unsigned long request, v
   int ordered = 0;
   if (master->recorder().shallFail(Call::deviceIoctl, &ordered)) {
     result = orderedFailure(ordered);
-  } else if (const int error = serve(file, request, record)) {
+  } else if (const int error = serveRequest(*master, file.writable, request, record)) {
     result = failed(error);
   }
   const int error = errno;

@@ -1,8 +1,6 @@
 // ecrt_master_*: life, bus, activation, cycle and time.
 #include "interface/Invoke.h"
 
-#include <cstdio>
-
 using namespace ethercat_simulation;
 
 unsigned int ecrt_version_magic(void) {
@@ -26,29 +24,15 @@ void chargeBusyRequests(Master& master, Call call) {
 } // namespace
 
 ec_master_t* ecrt_request_master(unsigned int master_index) {
-  bool explained = false;
-  Master* master = Registry::instance().find(master_index, &explained);
-  if (master == nullptr) {
-    if (!explained) {
-      std::fprintf(stderr, "Failed to open master %u: there is no simulated bus of this index.\n",
-                   master_index);
-    }
-    return nullptr;
-  }
-  Registry::instance().requested(*master);
-  Recorder& recorder = master->recorder();
-  recorder.count(Call::requestMaster);
-  int ordered = 0;
-  ec_master_t* handle = recorder.shallFail(Call::requestMaster, &ordered) ? nullptr : reserve(*master);
-  if (recorder.tracing()) {
-    recorder.addTrace(Call::requestMaster, std::to_string(master_index),
-                      handle == nullptr ? "NULL" : "master");
-  }
-  return handle;
+  return takeMaster(Call::requestMaster, master_index, reserve);
 }
 
 void ecrt_release_master(ec_master_t* master) {
-  const auto work = [](Master& held) {
+  const auto work = [&](Master& held) {
+    if (Handles::instance().isOpened(master)) {
+      Handles::instance().killOne(held, master);
+      return Nothing{};
+    }
     chargeBusyRequests(held, Call::releaseMaster);
     Handles::instance().killAll(held);
     held.release();

@@ -40,12 +40,18 @@ template <class Keeps> void Handles::killUnless(const Master& owner, Keeps keeps
   alive.erase(firstDead, alive.end());
 }
 
+void Handles::killOne(const Master& owner, const void* address) {
+  killUnless(owner, [&](const void* other) { return other != address; });
+}
+
 void Handles::killSetUp(const Master& owner) {
-  killUnless(owner, [&](const void* address) { return find(address)->kind == HandleKind::master; });
+  killUnless(owner, [&](const void* address) {
+    return isOpened(address) || find(address)->kind == HandleKind::master;
+  });
 }
 
 void Handles::killAll(const Master& owner) {
-  killUnless(owner, [](const void* /*address*/) { return false; });
+  killUnless(owner, [&](const void* address) { return isOpened(address); });
 }
 
 void Handles::forgetAll() {

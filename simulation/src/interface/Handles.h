@@ -21,7 +21,7 @@ class SlaveConfiguration;
 class Domain;
 class SdoRequest;
 
-enum class HandleKind : std::uint8_t { master, slaveConfiguration, domain, sdoRequest };
+enum class HandleKind : std::uint8_t { master, openedMaster, slaveConfiguration, domain, sdoRequest };
 
 template <class Object> constexpr HandleKind kindOf();
 template <> constexpr HandleKind kindOf<Master>() {
@@ -52,9 +52,15 @@ public:
   template <class Object> void* create(Object& object, Master& owner) {
     return append({kindOf<Object>(), &object, &owner});
   }
-  void kill(void* address);
+  // Of a master that its holder has not reserved.
+  void* createOpened(Master& master) { return append({HandleKind::openedMaster, &master, &master}); }
+  bool isOpened(const void* address) const {
+    const Handle* handle = find(address);
+    return handle != nullptr && handle->kind == HandleKind::openedMaster;
+  }
+  void killOne(const Master& owner, const void* address);
   // What the application has set up on a master dies with a deactivation; the master's own handle only with
-  // its release.
+  // its release, and those that were only opened with neither.
   void killSetUp(const Master& owner);
   void killAll(const Master& owner);
   // Every handle so far is dead for ever, and the records of them are dropped.
@@ -74,6 +80,7 @@ public:
 
 private:
   Handles() = default;
+  void kill(void* address);
   void* append(const Handle& handle);
   template <class Keeps> void killUnless(const Master& owner, Keeps keeps);
 

@@ -19,6 +19,33 @@ void chargeBadHandle(Call call, const void* handle) {
   }
 }
 
+Master* findMaster(unsigned int index) {
+  bool explained = false;
+  Master* master = Registry::instance().find(index, &explained);
+  if (master == nullptr && !explained) {
+    std::fprintf(stderr, "Failed to open master %u: there is no simulated bus of this index.\n", index);
+  }
+  return master;
+}
+
+bool needsNoReservation(Call call) {
+  switch (call) {
+  case Call::releaseMaster:
+  case Call::getSlave:
+  case Call::getSyncManager:
+  case Call::getPdo:
+  case Call::getPdoEntry:
+  case Call::masterState:
+  case Call::linkState:
+  case Call::sdoUpload:
+  case Call::sdoDownload:
+  case Call::sdoDownloadComplete:
+    return true;
+  default:
+    return false;
+  }
+}
+
 std::string resultText(Nothing /*result*/) {
   return {};
 }

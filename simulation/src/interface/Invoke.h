@@ -18,11 +18,20 @@ constexpr int BAD_HANDLE_RESULT = -EPERM;
 
 void chargeBadHandle(Call call, const void* handle);
 
+// Null, and told on standard error, when there is no master of this index.
+Master* findMaster(unsigned int index);
+
+// Whether the call is served on a master that was opened and not reserved.
+bool needsNoReservation(Call call);
+
 // Null, and counted as misuse, for anything but a living handle of this kind.
 template <class Object> const Handle* resolve(Call call, const void* address) {
   const Handle* handle = Handles::instance().find(address);
-  if (handle != nullptr && handle->object != nullptr && handle->kind == kindOf<Object>()) {
-    return handle;
+  if (handle != nullptr && handle->object != nullptr) {
+    const bool opened = handle->kind == HandleKind::openedMaster && kindOf<Object>() == HandleKind::master;
+    if (handle->kind == kindOf<Object>() || (opened && needsNoReservation(call))) {
+      return handle;
+    }
   }
   chargeBadHandle(call, address);
   return nullptr;
@@ -80,6 +89,23 @@ Result invoke(Call call, const void* handle, Result badHandle, Work work, Descri
     recorder.addTrace(call, arguments, resultText(result));
   }
   return result;
+}
+
+// The way of the two calls that give a handle of a master; take(master) makes it.
+template <class Take> ec_master_t* takeMaster(Call call, unsigned int index, Take take) {
+  Master* master = findMaster(index);
+  if (master == nullptr) {
+    return nullptr;
+  }
+  Registry::instance().requested(*master);
+  Recorder& recorder = master->recorder();
+  recorder.count(call);
+  int ordered = 0;
+  ec_master_t* handle = recorder.shallFail(call, &ordered) ? nullptr : take(*master);
+  if (recorder.tracing()) {
+    recorder.addTrace(call, std::to_string(index), handle == nullptr ? "NULL" : "master");
+  }
+  return handle;
 }
 
 // For calls without arguments worth a word.

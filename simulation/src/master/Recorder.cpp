@@ -9,7 +9,11 @@ constexpr std::size_t MISUSE_LINES = 100;
 constexpr std::array<const char*, CALL_KINDS> CALL_NAMES{
     "ecrt_request_master",
     "ecrt_release_master",
+    "ecrt_open_master",
     "ecrt_master_get_slave",
+    "ecrt_master_get_sync_manager",
+    "ecrt_master_get_pdo",
+    "ecrt_master_get_pdo_entry",
     "ecrt_master_slave_config",
     "ecrt_slave_config_pdos",
     "ecrt_slave_config_dc",

@@ -1,5 +1,7 @@
 #include "wire/SlaveList.h"
 
+#include "slave/SlaveMemory.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -103,7 +105,7 @@ int SlaveList::info(std::size_t position, ec_slave_info_t& info) const {
   info.al_state = static_cast<std::uint8_t>(unit.state() | (unit.alError() ? AL_ERROR_BIT : 0U));
   info.error_flag = unit.hasError() ? 1 : 0;
   info.ready = unit.ready() ? 1 : 0;
-  info.sync_count = static_cast<std::uint8_t>(identity.defaultMapping.size());
+  info.sync_count = syncManagerCount(identity);
   const std::size_t length = std::min(identity.name.size(), sizeof info.name - 1);
   std::memcpy(info.name, identity.name.data(), length);
   return 0;

@@ -98,7 +98,7 @@ void Topology::setScanCycles(unsigned int cycles) {
 }
 
 void Topology::drive(Drive drive) {
-  // Nobody sees the list while nobody holds the master, so it is enough to scan at both ends of that time.
+  // While nobody holds the master, who looks at the list makes it anew, see catchUp().
   const bool free = m_drive == Drive::nobody || drive == Drive::nobody;
   catchUp();
   m_drive = drive;

@@ -104,6 +104,9 @@ bool Topology::settlePending(Moment now) {
 }
 
 void Topology::catchUp() {
+  if (m_drive == Drive::nobody && m_rescan) {
+    scanNow();
+  }
   if (m_inTime && m_drive != Drive::running && m_line.link()) {
     const Moment now = m_time.now();
     settlePending(now);

@@ -30,6 +30,25 @@ TEST_F(HandleTest, AMasterIsHeldOnceAndOneWithoutBusDoesNotExist) {
   EXPECT_NE(ecrt_request_master(0), nullptr);
 }
 
+TEST_F(HandleTest, AnOpenedMasterTellsOfItsSlavesBesideTheOneThatHoldsIt) {
+  bus().addSlave(twoWay());
+  ec_master_t* opened = ecrt_open_master(0);
+  request();
+  EXPECT_EQ(ecrt_master_activate(opened), -EPERM);
+  EXPECT_EQ(bus().misuse().foreignHandle, 1U);
+  ecrt_release_master(master);
+  bus().addSlave(inputOnly()); // the idle master scans by itself
+  EXPECT_EQ(ecrt_master_get_pdo(opened, 1, 3, 1, nullptr), -EINVAL);
+  EXPECT_EQ(ecrt_master_get_pdo_entry(opened, 1, 3, 0, 2, nullptr), -EINVAL);
+  ec_sync_info_t sync{};
+  EXPECT_EQ(ecrt_master_get_sync_manager(opened, 1, 3, &sync), 0);
+  EXPECT_EQ(ecrt_master_get_sync_manager(opened, 1, 4, &sync), -EINVAL);
+  EXPECT_EQ(ecrt_master_get_sync_manager(opened, 1, 16, &sync), -ENOENT);
+  ecrt_release_master(opened);
+  EXPECT_EQ(ecrt_master_get_sync_manager(opened, 0, 2, &sync), -EPERM);
+  EXPECT_EQ(bus().misuse().deadHandle, 1U);
+}
+
 TEST_F(HandleTest, DeadAndForeignHandlesAreCountedAndHarmless) {
   request({twoWay()});
   ec_slave_config_t* first = ecrt_master_slave_config(master, 0, 0, VENDOR, 1);
