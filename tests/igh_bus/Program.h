@@ -1,6 +1,8 @@
 // Runs a program of this project and keeps what it printed and how it ended.
 #pragma once
 
+#include "Application.h"
+
 #include <cstdio>
 #include <fstream>
 #include <gmock/gmock.h>
@@ -78,4 +80,17 @@ inline Outcome runProgram(const std::string& line, int signal = 0, const std::st
 
 inline Outcome ighBus(const std::string& line, int signal = 0) {
   return runProgram("'" IGH_BUS_PROGRAM "' " + line, signal);
+}
+
+// In this process, on a bus that the test has made.
+inline Outcome runHere(const std::string& line) {
+  auto words = wordsOf("igh_bus " + line);
+  std::vector<char*> arguments;
+  for (auto& word : words)
+    arguments.push_back(word.data());
+  testing::internal::CaptureStdout();
+  testing::internal::CaptureStderr();
+  const int status = igh_bus::program(static_cast<int>(arguments.size()), arguments.data());
+  std::string err = testing::internal::GetCapturedStderr();
+  return {status, testing::internal::GetCapturedStdout(), err};
 }

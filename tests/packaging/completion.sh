@@ -23,6 +23,7 @@ offers "reg run" r
 offers "read write" sdo ""
 offers "write" reg w
 offers "--seconds --set --sync-to-reference" run --s
+offers "--verbose" scan --v
 offers "--clear" errors --cl
 offers "--complete --count" sdo read 0 0x6041 --co
 offers "a.xml folder" scan --eni ""

@@ -45,6 +45,8 @@ TEST(Usage, WhatCannotBeDoneGetsOneLineAndItsStatus) {
       {2, "line 1", "scan --eni " + notXml},
       {2, "Can't find EthercatInfo Node", "scan --eni " + otherRoot},
       {3, "no slave answers", run + "--bus " + empty},
+      {3, "names a bus", "scan"},
+      {2, "no simulated bus of this index", "scan --master 3 --bus @machine.json"},
       {3, "never reached OP", "run --cycles 5" + onMachine},
   };
   for (const auto& [status, reason, line] : cases) {

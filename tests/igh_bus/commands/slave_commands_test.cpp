@@ -1,5 +1,4 @@
 // The commands for single slaves, run in this process on a bus whose faults can be set.
-#include "Application.h"
 #include "Program.h"
 
 #include <ethercat_simulation/Simulation.h>
@@ -33,15 +32,9 @@ protected:
   }
   static void expect(const std::string& line, int status, const std::string& expected) {
     SCOPED_TRACE(line);
-    auto words = wordsOf("igh_bus " + line + (line[0] == 's' ? " --timeout 0.3 --eni @servo_drive.xml" : ""));
-    std::vector<char*> arguments;
-    for (auto& word : words)
-      arguments.push_back(word.data());
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(igh_bus::program(static_cast<int>(arguments.size()), arguments.data()), status);
-    const auto err = testing::internal::GetCapturedStderr();
-    const auto out = testing::internal::GetCapturedStdout();
+    const auto [ended, out, err] =
+        runHere(line + (line[0] == 's' ? " --timeout 0.3 --eni @servo_drive.xml" : ""));
+    EXPECT_EQ(ended, status);
     EXPECT_TRUE(status != 0 || out == expected + "\n") << out;
     EXPECT_THAT(err, testing::HasSubstr(status == 0 ? "" : expected));
     // The IgH library adds one line for each try of a request that is too short.

@@ -14,6 +14,12 @@ struct FoundSlave {
   const Device* device = nullptr; // its description, null for none
 };
 
+// All slaves of a master that is held or opened.
+std::vector<FoundSlave> readSlaves(ec_master_t* master, const std::vector<Device>& devices);
+
+// Throws Failure(busError) for a bus without slaves.
+void checkAnswers(const std::vector<FoundSlave>& slaves, std::uint16_t master);
+
 // Reserves the master, reads its slaves and releases it. Throws Failure when there is no master or no slave.
 std::vector<FoundSlave> surveyBus(const ScanOptions& options, const std::vector<Device>& devices);
 
@@ -24,10 +30,6 @@ void checkSize(const std::vector<FoundSlave>& slaves);
 void checkSlave(std::uint32_t slave, const std::vector<FoundSlave>& slaves);
 
 bool hasProcessData(const std::vector<FoundSlave>& slaves);
-
-// The columns of `ethercat slaves` and the description behind each, then a line for every slave with an
-// alias.
-void printSlaves(const std::vector<FoundSlave>& slaves);
 
 } // namespace igh_bus
 

@@ -2,7 +2,7 @@
 #include "arguments/Arguments.h"
 #include "arguments/CycleArguments.h"
 #include "bus/BusChoice.h"
-#include "bus/Survey.h"
+#include "bus/SlaveList.h"
 #include "commands/commands.h"
 #include "descriptions/Descriptions.h"
 #include "report/Report.h"

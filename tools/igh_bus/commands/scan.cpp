@@ -1,26 +1,65 @@
-// igh_bus scan: the slaves on the bus, each with its description or without.
+// igh_bus scan: the slaves on the bus as they are, and which description each gets.
 #include "bus/BusChoice.h"
-#include "bus/Survey.h"
+#include "bus/OpenedMaster.h"
 #include "commands/commands.h"
 #include "descriptions/Descriptions.h"
+#include "scan/SeenSlave.h"
+
+#include <cstdio>
 
 namespace igh_bus {
 namespace {
 
-Status scan(const ScanOptions& options) {
-  const auto devices = loadDevices(options.descriptions);
-  const BusChoice bus(options, devices);
-  printSlaves(surveyBus(options, devices));
+struct ScanArguments : ScanOptions {
+  bool verbose = false;
+  bool pdos = false;
+  bool json = false;
+};
+
+void printJson(std::uint16_t master, const std::vector<SeenSlave>& slaves, bool described) {
+  auto list = nlohmann::ordered_json::array();
+  for (const auto& slave : slaves)
+    list.push_back(seenJson(slave, described));
+  const nlohmann::ordered_json json = {{"master", master}, {"slaves", list}};
+  std::printf("%s\n", json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace).c_str());
+}
+
+Status scan(const ScanArguments& arguments) {
+  std::vector<HiddenDevice> hidden;
+  const auto devices = loadDevices(arguments.descriptions, &hidden);
+  const BusChoice bus(arguments, devices);
+  const OpenedMaster master(arguments.master);
+  const DeviceFile file(arguments.master);
+  std::vector<SeenSlave> slaves;
+  for (const auto& found : master.slaves(devices)) {
+    slaves.push_back({found, describedRevisions(found.info, devices, hidden), {}, {}});
+    if (arguments.verbose)
+      slaves.back().details = readDetails(file, found.info.position);
+    if (arguments.pdos)
+      slaves.back().syncManagers = master.syncManagers(found);
+  }
+  const bool described = !arguments.descriptions.empty();
+  if (arguments.json)
+    printJson(arguments.master, slaves, described);
+  else
+    printSeen(slaves, described);
   return success;
 }
 
 } // namespace
 
 void addScanCommand(CLI::App& app, Action& action) {
-  auto* command = addCommand(app, "scan", "List the slaves on the bus and their descriptions");
-  const auto options = std::make_shared<ScanOptions>();
-  addBusOptions(*command, *options);
-  command->callback([options, &action] { action = [options] { return scan(*options); }; });
+  auto* command = addCommand(app, "scan",
+                             "List the slaves on the bus, and with --eni their descriptions; works beside a "
+                             "running application");
+  const auto arguments = std::make_shared<ScanArguments>();
+  command->add_flag("-v,--verbose", arguments->verbose,
+                    "Identity, alias, state and error, ports, clock and mailbox of each slave");
+  command->add_flag("--pdos", arguments->pdos,
+                    "Sync managers, PDOs and entries that each slave itself offers");
+  command->add_flag("--json", arguments->json, "The same as JSON");
+  addBusOptions(*command, *arguments, false);
+  command->callback([arguments, &action] { action = [arguments] { return scan(*arguments); }; });
 }
 
 } // namespace igh_bus

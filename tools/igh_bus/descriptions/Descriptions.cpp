@@ -184,7 +184,7 @@ FileReport Descriptions::load(const std::string& path, bool withMarkup) {
   return report;
 }
 
-std::vector<Device> loadDevices(const std::vector<std::string>& paths) {
+std::vector<Device> loadDevices(const std::vector<std::string>& paths, std::vector<HiddenDevice>* hidden) {
   Descriptions descriptions;
   std::vector<Device> devices;
   for (const auto& path : paths) {
@@ -192,6 +192,8 @@ std::vector<Device> loadDevices(const std::vector<std::string>& paths) {
     if (!report.loaded)
       throw Failure(usageError, report.reason);
     std::move(report.devices.begin(), report.devices.end(), std::back_inserter(devices));
+    if (hidden)
+      std::move(report.hidden.begin(), report.hidden.end(), std::back_inserter(*hidden));
   }
   return devices;
 }

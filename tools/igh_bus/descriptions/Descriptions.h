@@ -41,8 +41,10 @@ private:
   std::set<DeviceKey> m_known;
 };
 
-// All devices of these files. Throws Failure(usageError) for the first file that does not load.
-std::vector<Device> loadDevices(const std::vector<std::string>& paths);
+// All devices of these files, and those that a file takes out. Throws Failure(usageError) for the first file
+// that does not load.
+std::vector<Device> loadDevices(const std::vector<std::string>& paths,
+                                std::vector<HiddenDevice>* hidden = nullptr);
 
 // Null when none of the devices has this key.
 const Device* findDevice(const std::vector<Device>& devices, const DeviceKey& key);
