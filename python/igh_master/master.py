@@ -36,7 +36,7 @@ class Master:
                  follow_reference: bool = False, exchange_mode: bool = False) -> None:
         if id in _open:
             raise EthercatError(f"master {id} is open already in this process: close() it first")
-        self.id, self.period = id, period
+        self.id, self.period, self.exchange_mode = id, period, exchange_mode
         self.closed = False
         self.listing = ""  # the configuration that the last scan printed, as source-like tables
         self.lock = threading.RLock()  # held by whoever uses the library for this master

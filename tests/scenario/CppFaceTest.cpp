@@ -61,27 +61,27 @@ TEST_F(CppFaceTest, ValuesCallbacksAndRequests) {
 TEST_F(CppFaceTest, OwnersGiveBackOnceAndOnlyWhatIsTheirs) {
   EXPECT_FALSE(Master::open(0, PERIOD)) << "there is one";
   double value = 0;
+  auto old = master->input(0, "In");
+  const std::uint32_t id = old->id();
+  quietly([this] { EXPECT_TRUE(master->scan()); });
   auto first = master->input(0, "In");
   auto second = master->input(0, "In");
-  const std::uint32_t id = first->id();
+  EXPECT_EQ(first->id(), id);
+  old.reset(); // has given back nothing of theirs
   Input<> moved = std::move(*first);
   first.reset();
   moved = std::move(*second);
   EXPECT_TRUE(igh_master_pdo_recv(0, id, &value));
   { Input<> last = std::move(moved); }
   EXPECT_FALSE(igh_master_pdo_recv(0, id, &value));
-  auto old = master->input(0, "In");
-  quietly([this] { EXPECT_TRUE(master->scan()); });
-  auto young = master->input(0, "In");
-  old.reset(); // has the number of the young one
-  EXPECT_TRUE(igh_master_pdo_recv(0, young->id(), &value));
+  old = master->input(0, "In");
   master = Master(std::move(*master));
-  EXPECT_TRUE(young->valid() && bus().reserved());
+  EXPECT_TRUE(old->valid() && bus().reserved());
   quietly([this] {
     master.reset();
-    EXPECT_FALSE(Master::open(0, 5000 * PERIOD) || Master::open(0, -PERIOD));
+    EXPECT_FALSE(Master::open(0, 5000 * PERIOD) || Master::open(0, -4000 * PERIOD));
   });
-  EXPECT_FALSE(young->valid() || bus().reserved());
+  EXPECT_FALSE(old->valid() || bus().reserved());
 }
 
 } // namespace
