@@ -35,7 +35,9 @@ TEST(Scan, ShowsSlavesAsTheyAreBesideARunningApplicationAndWhatTheFilesDescribe)
        "0 .*  COUPLER                EM100\n1 .*  no description\n2 .*\nslave 1 has no [^\n]* revision "
        "0x00010001; described revisions of this product: 0x00010000, 0x00000004 \\(hidden by a "
        "HideType\\)\n" +
-           alias},
+           alias +
+           "igh_bus adapt would make 2 of 2 entries reachable, 0 are now, and 1 of 1 devices whole, 0 are "
+           "now\n"},
       {"scan -v --pdos",
        "0 .* yes, 64 bits\n    mailbox            CoE\n.*\n    SM0 output\n    SM1 input\n1  77:0  INIT \\+ "
        "ERROR  .*vendor             0x00000B0B\n    product            0x00000200\n"
@@ -52,18 +54,20 @@ TEST(Scan, ShowsSlavesAsTheyAreBesideARunningApplicationAndWhatTheFilesDescribe)
     EXPECT_THAT(outcome.out, testing::MatchesRegex(pattern));
   }
   bus().setResponding(0, false);
+  bus().setAlError(1, 1, 0x8001);
   auto data = nlohmann::ordered_json::parse(runHere("scan -v --pdos --json" + files).out).at("slaves");
   std::remove(hiding.c_str());
   for (const int port : {3, 2, 0})
     data[1].at("ports").erase(static_cast<std::size_t>(port));
-  EXPECT_EQ(data[1].dump(),
-            R"({"position":1,"alias":77,"name":"","vendor_id":2827,"product_code":512,"revision":65537,)"
-            R"("serial":9,"al_state":"INIT","al_error":true,"error_flag":false,"description":null,)"
-            R"("described_revisions":[{"revision":65536,"hidden":false},{"revision":4,"hidden":true}],)"
-            R"("al_status_code":30,"ports":[{"kind":"MII","link_up":true,"loop_closed":false,"signal":true,)"
-            R"("next_slave":2}],"clock_bits":0,"mailbox":[],"current_on_ebus":0,"sync_managers":[{"index":0,)"
-            R"("direction":"input","pdos":[{"index":6656,"entries":[{"index":24576,"subindex":1,)"
-            R"("bit_length":8},{"index":0,"subindex":0,"bit_length":4}]}]}]})");
+  EXPECT_EQ(
+      data[1].dump(),
+      R"({"position":1,"alias":77,"name":"","vendor_id":2827,"product_code":512,"revision":65537,)"
+      R"("serial":9,"al_state":"INIT","al_error":true,"error_flag":false,"description":null,)"
+      R"("described_revisions":[{"revision":65536,"hidden":false},{"revision":4,"hidden":true}],)"
+      R"("al_status_code":32769,"ports":[{"kind":"MII","link_up":true,"loop_closed":false,"signal":true,)"
+      R"("next_slave":2}],"clock_bits":0,"mailbox":[],"current_on_ebus":0,"sync_managers":[{"index":0,)"
+      R"("direction":"input","pdos":[{"index":6656,"entries":[{"index":24576,"subindex":1,)"
+      R"("bit_length":8},{"index":0,"subindex":0,"bit_length":4}]}]}]})");
   EXPECT_EQ(data[0].at("description").dump() + data[0].at("clock_bits").dump(), "\"EM100\"null");
   EXPECT_EQ(bus().misuse().total(), 0U);
   ecrt_release_master(application);

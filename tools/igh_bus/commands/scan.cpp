@@ -1,4 +1,5 @@
 // igh_bus scan: the slaves on the bus as they are, and which description each gets.
+#include "adapt/Hint.h"
 #include "bus/BusChoice.h"
 #include "bus/OpenedMaster.h"
 #include "commands/commands.h"
@@ -16,12 +17,32 @@ struct ScanArguments : ScanOptions {
   bool json = false;
 };
 
-void printJson(std::uint16_t master, const std::vector<SeenSlave>& slaves, bool described) {
+// Empty without descriptions, too: there is nothing to adapt then.
+std::string hintFor(const ScanArguments& arguments, const std::vector<SeenSlave>& slaves) {
+  std::vector<DeviceKey> keys;
+  for (const auto& slave : slaves) {
+    const auto& info = slave.found.info;
+    keys.push_back({info.vendor_id, info.product_code, info.revision_number});
+  }
+  return arguments.descriptions.empty() ? "" : adapt::adaptHint(arguments.descriptions, keys);
+}
+
+void printJson(const ScanArguments& arguments, const std::vector<SeenSlave>& slaves,
+               const std::string& hint) {
   auto list = nlohmann::ordered_json::array();
   for (const auto& slave : slaves)
-    list.push_back(seenJson(slave, described));
-  const nlohmann::ordered_json json = {{"master", master}, {"slaves", list}};
+    list.push_back(seenJson(slave, !arguments.descriptions.empty()));
+  nlohmann::ordered_json json = {{"master", arguments.master}, {"slaves", list}};
+  if (!hint.empty())
+    json["hint"] = hint;
   std::printf("%s\n", json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace).c_str());
+}
+
+void printText(const ScanArguments& arguments, const std::vector<SeenSlave>& slaves,
+               const std::string& hint) {
+  printSeen(slaves, !arguments.descriptions.empty());
+  if (!hint.empty())
+    std::printf("%s\n", hint.c_str());
 }
 
 Status scan(const ScanArguments& arguments) {
@@ -38,11 +59,8 @@ Status scan(const ScanArguments& arguments) {
     if (arguments.pdos)
       slaves.back().syncManagers = master.syncManagers(found);
   }
-  const bool described = !arguments.descriptions.empty();
-  if (arguments.json)
-    printJson(arguments.master, slaves, described);
-  else
-    printSeen(slaves, described);
+  const auto print = arguments.json ? printJson : printText;
+  print(arguments, slaves, hintFor(arguments, slaves));
   return success;
 }
 
