@@ -3,7 +3,6 @@
 
 #include "ENIObject/ENIObject.h"
 #include "EthercatObject/BusWatch/BusWatch.h"
-#include "EthercatObject/CEthercatSlave.h"
 #include "EthercatObject/Clock/MasterClock.h"
 #include "EthercatObject/ProcessImage/Domain.h"
 #include "EthercatObject/ProcessImage/PdoHandles.h"
@@ -11,6 +10,7 @@
 #include "EthercatObject/Reservation/Reservation.h"
 #include "EthercatObject/Sdo/SdoRequests.h"
 #include "EthercatObject/Sdo/SdoService.h"
+#include "EthercatObject/Slave/CEthercatSlave.h"
 #include "EthercatObject/Timing/CommDiag.h"
 
 #include <ecrt.h>

@@ -4,6 +4,6 @@
 
 #include "EthercatObject/CEthercatMaster.h"
 #include "EthercatObject/CEthercatMasterManager.h"
-#include "EthercatObject/CEthercatSlave.h"
+#include "EthercatObject/Slave/CEthercatSlave.h"
 
 #endif

@@ -1,6 +1,6 @@
 // The cycle. Nothing here allocates, locks, throws or, in the normal case, prints.
+#include "EthercatObject/Base/SleepUntil.h"
 #include "EthercatObject/CEthercatMaster.h"
-#include "EthercatObject/SleepUntil.h"
 
 #include <cstdio>
 #include <ctime>

@@ -1,6 +1,6 @@
 // SDO transfers that are under way when the master is deactivated.
+#include "EthercatObject/Base/SleepUntil.h"
 #include "EthercatObject/CEthercatMaster.h"
-#include "EthercatObject/SleepUntil.h"
 
 #include <algorithm>
 #include <cstdio>

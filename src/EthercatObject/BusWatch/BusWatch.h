@@ -1,7 +1,7 @@
 #ifndef ETHERCATOBJECT_BUSWATCH_BUSWATCH_H
 #define ETHERCATOBJECT_BUSWATCH_BUSWATCH_H
 
-#include "EthercatObject/PlatformRelease.h"
+#include "EthercatObject/Base/PlatformRelease.h"
 
 #include <atomic>
 #include <ecrt.h>

@@ -1,8 +1,8 @@
 #include "EthercatObject/ProcessImage/PdoHandles.h"
 
 #include "EthercatDataHelper/EthercatDataHelper.h"
-#include "EthercatObject/CEthercatSlave.h"
 #include "EthercatObject/ProcessImage/EntryText.h"
+#include "EthercatObject/Slave/CEthercatSlave.h"
 
 #include <algorithm>
 #include <climits>

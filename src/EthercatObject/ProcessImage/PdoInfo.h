@@ -1,8 +1,8 @@
 #ifndef ETHERCATOBJECT_PROCESSIMAGE_PDOINFO_H
 #define ETHERCATOBJECT_PROCESSIMAGE_PDOINFO_H
 
-#include "EthercatObject/HandleTable.h"
-#include "EthercatObject/KeyOrder.h"
+#include "EthercatObject/Base/HandleTable.h"
+#include "EthercatObject/Base/KeyOrder.h"
 
 #include <ecrt.h>
 #include <igh_master.h>

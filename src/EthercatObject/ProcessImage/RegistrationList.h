@@ -1,7 +1,7 @@
 #ifndef ETHERCATOBJECT_PROCESSIMAGE_REGISTRATIONLIST_H
 #define ETHERCATOBJECT_PROCESSIMAGE_REGISTRATIONLIST_H
 
-#include "EthercatObject/CEthercatSlave.h"
+#include "EthercatObject/Slave/CEthercatSlave.h"
 
 #include <ecrt.h>
 #include <memory>

@@ -1,6 +1,6 @@
 #include "EthercatObject/Registers/EscRegisters.h"
 
-#include "EthercatObject/PlatformRelease.h"
+#include "EthercatObject/Base/PlatformRelease.h"
 
 #include <cerrno>
 #include <cstdio>

@@ -1,8 +1,8 @@
 #ifndef ETHERCATOBJECT_SDO_SDOINFO_H
 #define ETHERCATOBJECT_SDO_SDOINFO_H
 
-#include "EthercatObject/HandleTable.h"
-#include "EthercatObject/KeyOrder.h"
+#include "EthercatObject/Base/HandleTable.h"
+#include "EthercatObject/Base/KeyOrder.h"
 
 #include <atomic>
 #include <ecrt.h>

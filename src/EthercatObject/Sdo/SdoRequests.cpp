@@ -1,7 +1,7 @@
 #include "EthercatObject/Sdo/SdoRequests.h"
 
 #include "EthercatDataHelper/EthercatDataHelper.h"
-#include "EthercatObject/PlatformRelease.h"
+#include "EthercatObject/Base/PlatformRelease.h"
 
 #include <cstdio>
 #include <utility>

@@ -1,7 +1,7 @@
 #ifndef ETHERCATOBJECT_SDO_SDOREQUESTS_H
 #define ETHERCATOBJECT_SDO_SDOREQUESTS_H
 
-#include "EthercatObject/HandleTable.h"
+#include "EthercatObject/Base/HandleTable.h"
 #include "EthercatObject/Sdo/IssuedSdos.h"
 #include "EthercatObject/Sdo/SdoInfo.h"
 

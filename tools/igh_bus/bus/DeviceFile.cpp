@@ -1,6 +1,6 @@
 #include "bus/DeviceFile.h"
 
-#include "EthercatObject/PlatformRelease.h"
+#include "EthercatObject/Base/PlatformRelease.h"
 #include "text/Text.h"
 
 #include <fcntl.h>

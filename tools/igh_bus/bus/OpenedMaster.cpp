@@ -1,6 +1,6 @@
 #include "bus/OpenedMaster.h"
 
-#include "EthercatObject/PlatformRelease.h"
+#include "EthercatObject/Base/PlatformRelease.h"
 #include "text/Failure.h"
 #include "text/Text.h"
 

@@ -1,4 +1,4 @@
-#include "EthercatObject/CEthercatSlave.h"
+#include "EthercatObject/Slave/CEthercatSlave.h"
 
 #include "EthercatObject/CEthercatMaster.h"
 

@@ -1,5 +1,5 @@
 // What stands in for the members and calls that stock releases of the master lack.
-#include "EthercatObject/PlatformRelease.h"
+#include "EthercatObject/Base/PlatformRelease.h"
 
 #include "EthercatObject/Platform.h"
 
