@@ -21,6 +21,7 @@ inline constexpr const char* DEVICES =
   <RxPdo Sm="2" Fixed="1" Mandatory="1">{1601 Velocity}@1600[60FF:0:32:DINT:Target][6040:0:16:WORD:Control]</RxPdo>
   <TxPdo Fixed="1">{1A00 Position}@1A02[6064:0:32:DINT:Actual]</TxPdo><TxPdo Fixed="1">{1A02 Both}[606C:0:32:DINT:Actual][6041:0:16:WORD:Status]</TxPdo></Device>
 <Device><Type ProductCode="#x4" RevisionNo="1">Entries that the master writes, and some that it does not</Type>MAILBOX<Mailbox><CoE PdoAssign="true" PdoConfig="true"/></Mailbox>
+  <RxPdo Sm="2">{1600 Drive}[7000:1:4:BIT4:Mode][7000:2:10::Ramp][7000:3:10::Torn][7000:4:8:USINT:Torque]</RxPdo>
   <TxPdo Sm="3">{1A00 Channel 1}[6000:1:16:INT:Value][6000:2:8:UINT8:Status][6000:3:8:BITARR8:]</TxPdo>
   <TxPdo Sm="3">{1A01 Channel 2}[6010:1:16:INT:Value][6010:2:1:BOOL:Low][0:0:7::][6010:3:8:SINT:Status]</TxPdo>
   <TxPdo Sm="3" Fixed="1">{1A02 Channel 2}[6020:1:16:INT:Value][6020:2:1:BOOL:Low][6020:3:7:BIT7:Rest]</TxPdo></Device>

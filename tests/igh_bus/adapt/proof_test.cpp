@@ -154,11 +154,11 @@ TEST(AdaptProof, EveryBitOfEverySlaveGoesWhereItsNameSays) {
   const auto file =
       scratch("traps.xml", traps::expand(traps::DEVICES, modules.substr(modules.rfind('/') + 1)));
   const auto proof = prove({file}, {modules});
-  EXPECT_EQ(counts(proof.before), "3 devices refuse, 75 of 83 entries are lost, 0 clocks");
+  EXPECT_EQ(counts(proof.before), "3 devices refuse, 78 of 87 entries are lost, 0 clocks");
   std::string lost;
   for (const auto& loss : proof.after.lost)
     lost += loss.what + '|';
-  EXPECT_EQ(lost, "PDO 0x1A00 0x6000:01 INT|");
+  EXPECT_EQ(lost, "PDO 0x1A00 0x6000:01 INT|PDO 0x1600 0x7000:03 |");
   const auto names = [&](std::uint32_t product) {
     std::string text;
     for (const auto& entry : proof.of({0x1234, product, 1})["entries"])
@@ -166,7 +166,8 @@ TEST(AdaptProof, EveryBitOfEverySlaveGoesWhereItsNameSays) {
     return text;
   };
   EXPECT_EQ(names(3), "Target|Control|Actual|Status|");
-  EXPECT_EQ(names(4), "Channel 1 Value|Channel 1 Status|Channel 1 0x6000:03|Channel 2 Value 0x6010:01|"
+  EXPECT_EQ(names(4), "Mode .. Torn|Ramp|Torn|Torque|Channel 1 Value|Channel 1 Status|Channel 1 "
+                      "0x6000:03|Channel 2 Value 0x6010:01|"
                       "Channel 2 Low 0x6010:02|Channel 2 Status|Channel 2 Value 0x6020:01|"
                       "Channel 2 Low 0x6020:02 .. Rest|");
   EXPECT_THAT(names(5), testing::StartsWith("Outputs U32|Outputs I16|Outputs Mode|Outputs Long low|"
