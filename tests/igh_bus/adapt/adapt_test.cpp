@@ -18,7 +18,7 @@ std::string element(const std::string& name, const std::string& text) {
 }
 
 std::string device(const std::string& body, const std::string& type = "ProductCode=\"7\" RevisionNo=\"1\"") {
-  return element("Device", element("Type " + type, "DEV") + body);
+  return element("Device", element("Type " + type, "*/DEV") + body);
 }
 
 std::string file(const std::string& devices, const std::string& modules = "") {
@@ -275,7 +275,7 @@ TEST(Adapt, PlacesTheModulesOfSlots) {
 }
 
 std::string revision(const std::string& number, const std::string& entry, const std::string& more = "") {
-  return device(more + pdo("Tx Sm=\"3\" #x1A00: #x6000 1 1 BOOL " + entry),
+  return device(more + pdo("Tx Sm=\"3\" #x1A00: #x6000 1 " + entry),
                 "ProductCode=\"#x7\" RevisionNo=\"" + number + "\"");
 }
 
@@ -286,11 +286,12 @@ std::string busSlave(const std::string& product, const std::string& revision, co
 // The description of the highest revision below, though hidden, under the slave's own number; what the slave
 // itself says of its modules; and a header that compilers take.
 TEST(Adapt, ServesTheSlavesOfABus) {
-  const auto input = scratch(
-      "maker.xml",
-      file(revision("2", "Old") + revision("4", "a/*b?\"\\ \xC3\xA9", "<HideType RevisionNo=\"4\"/>") +
-               revision("9", "New") + device(modular, "ProductCode=\"#x8\" RevisionNo=\"1\""),
-           moduleList));
+  const auto input =
+      scratch("maker.xml",
+              file(revision("2", "1 BOOL Old") +
+                       revision("4", "1 BOOL a/*b?\"\\ \xC3\xA9", "<HideType RevisionNo=\"4\"/>") +
+                       revision("9", "8 USINT New") + device(modular, "ProductCode=\"#x8\" RevisionNo=\"1\""),
+                   moduleList));
   const std::string inputs =
       R"(, "sync_managers": [{"index": 3, "direction": "input", "pdos": [{"index": 6656, "entries": )"
       R"([{"index": 24576, "subindex": 1, "bit_length": 1}]}]}])";
@@ -317,21 +318,26 @@ TEST(Adapt, ServesTheSlavesOfABus) {
   EXPECT_EQ(entriesOf(result["devices"][1]), "3.0 USINT 2nd V");
   EXPECT_EQ(result["summary"]["reachable_before"], 0);
   const auto described = ighBus("describe " + input + " " + output).out;
-  EXPECT_THAT(described, HasSubstr("igh_bus adapt would make 5 of 5 entries reachable, 0 are now"));
+  EXPECT_THAT(described, HasSubstr("igh_bus adapt would make 5 of 5 entries reachable, 1 are now"));
   EXPECT_THAT(described.substr(described.find("would make") + 1),
-              AllOf(HasSubstr("\"DEV\" 0x00000007 revision 0x00000008: everything can be used"),
+              AllOf(HasSubstr("\"*/DEV\" 0x00000007 revision 0x00000008: everything can be used"),
                     Not(HasSubstr("would make"))));
 
   EXPECT_THAT(readFile(header), HasSubstr("#define S1_DEV_POSITION 1\n"));
   EXPECT_THAT(readFile(header), HasSubstr("#define S1_DEV_A_B_MASK 0x1U\n"));
   for (const std::string compiler : {"cc -std=c99 -x c", "c++ -std=c++17 -x c++"}) {
-    const auto line =
-        "echo 'int machine;' | " + compiler + " -Wall -Wextra -Wpedantic -Werror -fsyntax-only -include ";
+    const auto line = "echo 'const char* machine = S1_DEV_A_B;' | " + compiler +
+                      " -Wall -Wextra -Wpedantic -Werror -fsyntax-only -include ";
     EXPECT_EQ(std::system((line + header + " -").c_str()), 0);
   }
 
+  // The nearest revision is not hidden, and yet none of the slave's; modules are told by another object too.
+  const auto configured =
+      scratch("bus.json", std::regex_replace(readFile(bus), std::regex("0xF050"), "0xF030"));
   const auto any = Json::parse(ighBus(base + "--json --revision any").out);
   EXPECT_EQ(any["devices"][0]["described_revision"], "0x00000009");
+  EXPECT_EQ(any["devices"][0]["reachable_before"], 0);
+  EXPECT_EQ(entriesOf(any["devices"][1]), "3.0 USINT 2nd V");
   const auto before = readFile(output);
   const auto pipe = output + ".pipe";
   ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
@@ -373,8 +379,13 @@ TEST(Adapt, ServesTheSlavesOfABus) {
   // The same input gives the same bytes, through a link too, and leaves nothing beside them.
   std::remove(link.c_str());
   ASSERT_EQ(symlink(output.c_str(), link.c_str()), 0);
-  EXPECT_EQ(ighBus(base + "-o " + link).status, 0);
+  const auto report = output + "_report/";
+  EXPECT_EQ(ighBus(base + "-o " + link + " --report " + report).status, 0);
+  EXPECT_TRUE(std::filesystem::is_symlink(link));
   EXPECT_EQ(readFile(output), before);
+  EXPECT_EQ(Json::parse(readFile(report + "adapt.json"))["devices"], result["devices"]);
+  EXPECT_THAT(readFile(report + "adapt.txt"), HasSubstr("  slaves 0, 1  \"*/DEV\"  alias  slave 1: 3 ("));
+  std::filesystem::remove_all(report);
   for (const auto& entry : std::filesystem::directory_iterator(testing::TempDir()))
     EXPECT_EQ(entry.path().string().find(output + "."), std::string::npos) << entry.path();
   for (const auto& path : {input, bus, output, header, link})
