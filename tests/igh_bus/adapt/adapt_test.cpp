@@ -136,6 +136,11 @@ Tx Sm="3" #x1A00: #x6000 1 8 BYTE A | #x6000 2 1 BOOL B | #x6000 3 7 - C | #x600
 Tx Sm="3" Fixed="1" #x1A01: #x6010 1 1 BOOL D | #x6010 2 7 - E
 = 3.0 USINT A | 3.8 USINT B .. C [0x1 B, 0xFE C] | 3.9  C | 3.16 ULINT Q | 3.80 USINT D .. E [0x1 D, 0xFE E]
 > "Q": the master writes
+# nothing is moved behind the last entry !
+<Mailbox><CoE PdoConfig="1"/></Mailbox>
+Tx Sm="3" #x1A00: #x6000 1 17 UDINT A | 0 0 15
+= 3.0 UDINT A
+> "A": the master writes
 # PDOs in another order, an object mapped twice
 Tx Sm="3" #x1A01: #x6000 1 8 USINT A
 Tx Sm="3" #x1A00: #x6000 1 16 UINT B
