@@ -328,6 +328,10 @@ TEST(Adapt, ServesTheSlavesOfABus) {
               AllOf(HasSubstr("\"*/DEV\" 0x00000007 revision 0x00000008: everything can be used"),
                     Not(HasSubstr("would make"))));
 
+  EXPECT_THAT(ighBus("scan --bus " + bus + " --eni " + input).out,
+              HasSubstr("would make 3 of 3 entries reachable"));
+  EXPECT_THAT(ighBus("scan --bus " + bus + " --eni " + output).out, Not(HasSubstr("would make")));
+
   EXPECT_THAT(readFile(header), HasSubstr("#define S1_DEV_POSITION 1\n"));
   EXPECT_THAT(readFile(header), HasSubstr("#define S1_DEV_A_B_MASK 0x1U\n"));
   for (const std::string compiler : {"cc -std=c99 -x c", "c++ -std=c++17 -x c++"}) {
