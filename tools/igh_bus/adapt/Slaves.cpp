@@ -125,7 +125,7 @@ std::map<unsigned int, std::uint32_t> readModules(const ScanOptions& options, un
   static constexpr std::uint16_t DETECTED = 0xF050;
   static constexpr std::uint16_t CONFIGURED = 0xF030;
   const StderrCapture quiet; // a slave without such an object is nothing to complain of
-  ec_master_t* master = ecrt_request_master(options.master);
+  ec_master_t* master = ecrt_open_master(options.master);
   if (!master)
     return {};
   auto idents = identsAt(master, slave, DETECTED);

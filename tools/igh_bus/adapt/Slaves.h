@@ -13,7 +13,7 @@ std::vector<Request> requestSlaves(const Sources& sources, const std::vector<Fou
                                    RevisionRule rule, const std::map<unsigned int, Wishes>& wishes);
 
 // The idents that the slave has in its slots, found (0xF050) or else configured (0xF030), by slot from 1;
-// empty when it tells none. Reserves the master for that.
+// empty when it tells none. Works beside a running application.
 std::map<unsigned int, std::uint32_t> readModules(const ScanOptions& options, unsigned int slave);
 
 } // namespace igh_bus::adapt

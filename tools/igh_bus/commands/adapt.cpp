@@ -7,6 +7,7 @@
 #include "adapt/Words.h"
 #include "arguments/Arguments.h"
 #include "bus/BusChoice.h"
+#include "bus/OpenedMaster.h"
 #include "commands/commands.h"
 #include "text/Text.h"
 
@@ -102,7 +103,7 @@ std::vector<Request> requestsOf(const AdaptOptions& options, const Sources& sour
     return requests;
   }
   const BusChoice bus(options, before);
-  const auto slaves = surveyBus(options, before);
+  const auto slaves = OpenedMaster(options.master).slaves(before);
   auto wishes = parseWishes(options, slaves.size());
   const auto rule = parseRule(options.revision);
   for (unsigned int i = 0; i < slaves.size(); ++i) {
