@@ -62,6 +62,9 @@ TEST(Report, PageShowsTheNumbersOfTheJsonInPictures) {
   }
   EXPECT_LE(data.at("phases").at("wake_up_latency").at("over_period"), data.at("run").at("cycles_left_out"));
   EXPECT_EQ(data.at("clock").size(), 1U);
+  EXPECT_THAT(outcome.out,
+              testing::HasSubstr("\nVerdict: " + data.at("run").at("verdict").get<std::string>()));
+  EXPECT_TRUE(data.at("run").at("success").get<bool>());
   EXPECT_EQ(data.at("states").back().at("states"), "OP");
 
   if (std::string(CHROMIUM).empty()) {

@@ -19,26 +19,23 @@ constexpr double LONGEST_PERIOD_NS = 4000000000.0;
   throw Failure(usageError, text);
 }
 
-double unitInNs(std::string_view unit, const std::string& text) {
-  static constexpr std::pair<std::string_view, double> UNITS[] = {
-      {"", 1}, {"ns", 1}, {"us", 1e3}, {"ms", 1e6}, {"s", 1e9}};
-  for (const auto& [name, factor] : UNITS) {
-    if (name == unit)
-      return factor;
-  }
-  refuse("--period " + text + ": use a number with ns, us, ms or s, such as 1ms");
-}
-
 } // namespace
 
-std::uint32_t parsePeriod(const std::string& text) {
+double parseTime(const std::string& option, const std::string& text) {
+  static constexpr std::pair<std::string_view, double> UNITS[] = {
+      {"", 1}, {"ns", 1}, {"us", 1e3}, {"ms", 1e6}, {"s", 1e9}};
   char* end = nullptr;
   const double number = std::strtod(text.c_str(), &end);
-  const double period = end == text.c_str() ? NAN : number;
-  if (std::isnan(period))
-    refuse("--period " + text + ": use a number with ns, us, ms or s, such as 1ms");
-  const double ns = std::round(period * unitInNs(end, text));
-  if (!(ns >= SHORTEST_PERIOD_NS && ns <= LONGEST_PERIOD_NS))
+  for (const auto& [name, factor] : UNITS) {
+    if (name == end && end != text.c_str() && std::isfinite(number) && number >= 0)
+      return std::round(number * factor);
+  }
+  refuse(option + " " + text + ": use a number with ns, us, ms or s, such as 1ms");
+}
+
+std::uint32_t parsePeriod(const std::string& text) {
+  const double ns = parseTime("--period", text);
+  if (ns < SHORTEST_PERIOD_NS || ns > LONGEST_PERIOD_NS)
     refuse("--period " + text + ": the period must lie between 100us and 4s");
   return static_cast<std::uint32_t>(ns);
 }

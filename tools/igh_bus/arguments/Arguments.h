@@ -6,7 +6,10 @@
 
 namespace igh_bus {
 
-// "250us", "1ms", "2s" or "1000000" (ns), within what the library accepts; in ns.
+// "250us", "1ms", "2s" or "1000000" (ns), in ns. `option` names it in the reason.
+double parseTime(const std::string& option, const std::string& text);
+
+// The time of --period, within what the library accepts; in ns.
 std::uint32_t parsePeriod(const std::string& text);
 
 // "SLAVE:ENTRY". The entry's name may itself hold colons and equals signs.

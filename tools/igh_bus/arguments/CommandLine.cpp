@@ -9,8 +9,8 @@ const char* const exitStatuses =
     "  2  wrong command line, description file, bus file, slave or entry\n"
     "  3  bus error: no master or no slaves, activation failed, OP not reached or lost, or the working "
     "counter\n"
-    "     was incomplete, the link down or a slave in error when the run ended; a slave refused a transfer\n"
-    "     or did not answer\n";
+    "     was incomplete, the link down or a slave in error when the run ended; a limit of the run was\n"
+    "     passed, or --strict refused it; a slave refused a transfer or did not answer\n";
 
 CLI::App* addCommand(CLI::App& app, const char* name, const char* description) {
   auto* command = app.add_subcommand(name, description);

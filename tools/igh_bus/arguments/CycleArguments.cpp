@@ -7,6 +7,20 @@
 #include <sched.h>
 
 namespace igh_bus {
+namespace {
+
+void addLimits(CLI::App& command, CycleArguments& arguments) {
+  auto& limits = arguments.options.limits;
+  command.add_flag("--strict", limits.strict,
+                   "Fail for an error or a missed cycle, and do not run other than in real time");
+  command.add_option("--max-errors", limits.errors, "Fail for more errors")->type_name("N");
+  command.add_option("--max-latency", arguments.maxLatency, "Fail when a wake-up is later, such as 200us")
+      ->type_name("TIME");
+  command.add_option("--max-missed", limits.missed, "Fail when late wake-ups leave more cycles out")
+      ->type_name("N");
+}
+
+} // namespace
 
 CLI::Option* addCycleOptions(CLI::App& command, CycleArguments& arguments) {
   auto& options = arguments.options;
@@ -29,6 +43,7 @@ CLI::Option* addCycleOptions(CLI::App& command, CycleArguments& arguments) {
   command.add_option("--cpu", options.cpu, "Run on this processor only")
       ->check(CLI::Range(0, CPU_SETSIZE - 1))
       ->type_name("C");
+  addLimits(command, arguments);
   return command.add_flag("--no-dc", options.withoutClocks, "Run without distributed clocks");
 }
 
@@ -39,6 +54,10 @@ void completeCycle(CycleArguments& arguments) {
     const double cycles = std::ceil(*arguments.seconds * 1e9 / options.periodNs);
     options.cycles = static_cast<std::uint64_t>(std::min(cycles, 1e18));
   }
+  if (!arguments.maxLatency.empty())
+    options.limits.latencyNs = parseTime("--max-latency", arguments.maxLatency);
+  if (options.limits.strict && !options.priority)
+    throw Failure(usageError, "--strict needs --priority: without it the run is not a real-time one");
 }
 
 } // namespace igh_bus

@@ -10,6 +10,7 @@ struct CycleArguments {
   RunOptions options;
   std::string period = "1ms"; // needs a second look after parsing, as does the time
   std::optional<double> seconds;
+  std::string maxLatency;
 };
 
 // Gives back the option that switches distributed clocks off.

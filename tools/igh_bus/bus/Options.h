@@ -25,6 +25,14 @@ struct ScanOptions {
   std::uint16_t master = 0;
 };
 
+// What a run may do and still be a success.
+struct Limits {
+  bool strict = false; // real-time, no error, no missed cycle; the limits below stand above it
+  std::optional<std::uint64_t> errors;
+  std::optional<double> latencyNs;
+  std::optional<std::uint64_t> missed; // cycles left out for late wake-ups
+};
+
 struct RunOptions : ScanOptions {
   std::uint32_t periodNs = 1000000;
   std::uint64_t cycles = 5000;
@@ -37,6 +45,7 @@ struct RunOptions : ScanOptions {
   std::string reportFolder; // empty: no report
   std::optional<int> priority;
   std::optional<int> cpu;
+  Limits limits;
 };
 
 } // namespace igh_bus

@@ -10,6 +10,14 @@
 namespace igh_bus {
 namespace {
 
+// The bus is let go at the end, so that the verdict comes behind all lines of the master.
+Verdict cycleBus(const RunOptions& options, const std::vector<FoundSlave>& slaves, RealTime& realTime) {
+  BusRun busRun(options, realTime);
+  busRun.cycle();
+  printTiming(busRun.session());
+  return busRun.verdict(hasProcessData(slaves));
+}
+
 Status diag(CycleArguments& arguments) {
   completeCycle(arguments);
   const auto& options = arguments.options;
@@ -18,10 +26,9 @@ Status diag(CycleArguments& arguments) {
   const BusChoice bus(options, devices);
   const auto slaves = surveyBus(options, devices);
   checkSize(slaves);
-  BusRun busRun(options);
-  busRun.cycle();
-  printTiming(busRun.session());
-  return endRun(busRun.verdict(hasProcessData(slaves)));
+  RealTime realTime(options.priority, options.cpu);
+  sayRealTime(options.limits, realTime);
+  return endRun(cycleBus(options, slaves, realTime), realTime);
 }
 
 } // namespace

@@ -104,17 +104,36 @@ void printPlan(const RunOptions& options, const std::vector<FoundSlave>& slaves)
   std::fflush(stdout);
 }
 
-void report(const RunOptions& options, std::size_t slaves, const std::string& verdict, const BusRun& busRun) {
+void report(const RunOptions& options, std::size_t slaves, const Verdict& verdict, const RealTime& realTime,
+            const BusRun& busRun) {
   const ReportFacts facts{busText(options, slaves),
                           modeText(options),
                           clocksText(options),
-                          verdict.empty() ? "success" : verdict,
+                          verdict.text,
+                          verdict.success,
+                          realTime.missing().empty() ? "yes" : "no: " + realTime.missing(),
                           options.periodNs / 1e3,
                           busRun.session().cycles(),
                           busRun.pacemaker().leftOut(),
                           busRun.climb().changes(),
                           inspectHost()};
   writeReport(options.reportFolder, reportData(facts, busRun.recording()));
+}
+
+// The bus is let go at the end, so that the verdict comes behind all lines of the master.
+Verdict cycleBus(const RunOptions& options, const std::vector<FoundSlave>& slaves, RealTime& realTime) {
+  BusRun busRun(options, realTime);
+  busRun.cycle();
+  printResults(options, busRun.session(), busRun.pacemaker(), busRun.climb());
+  printShortReport(busRun.recording());
+  const bool processData = hasProcessData(slaves);
+  if (!processData)
+    std::printf(
+        "\nNo slave has process data: the working counter counts as incomplete in every cycle in OP.\n");
+  auto verdict = busRun.verdict(processData);
+  if (!options.reportFolder.empty())
+    report(options, slaves.size(), verdict, realTime, busRun);
+  return verdict;
 }
 
 Status run(RunArguments& arguments) {
@@ -126,23 +145,12 @@ Status run(RunArguments& arguments) {
   const auto slaves = surveyBus(options, devices);
   checkSize(slaves);
   checkEntries(options, slaves);
+  RealTime realTime(options.priority, options.cpu);
+  sayRealTime(options.limits, realTime);
   printPlan(options, slaves);
   if (!options.reportFolder.empty())
     prepareReportFolder(options.reportFolder);
-
-  BusRun busRun(options);
-  busRun.cycle();
-
-  printResults(options, busRun.session(), busRun.pacemaker(), busRun.climb());
-  printShortReport(busRun.recording());
-  const bool processData = hasProcessData(slaves);
-  if (!processData)
-    std::printf(
-        "\nNo slave has process data: the working counter counts as incomplete in every cycle in OP.\n");
-  const auto verdict = busRun.verdict(processData);
-  if (!options.reportFolder.empty())
-    report(options, slaves.size(), verdict, busRun);
-  return endRun(verdict);
+  return endRun(cycleBus(options, slaves, realTime), realTime);
 }
 
 } // namespace

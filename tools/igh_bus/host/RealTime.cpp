@@ -2,7 +2,6 @@
 
 #include <cerrno>
 #include <csignal>
-#include <cstdio>
 #include <cstring>
 #include <sched.h>
 #include <sys/mman.h>
@@ -12,15 +11,12 @@ namespace igh_bus {
 namespace {
 
 constexpr std::int64_t NS_PER_SECOND = 1000000000;
+constexpr const char* UNLOCKED = "locking memory was refused";
 
 std::int64_t nowNs() {
   timespec now{};
   clock_gettime(CLOCK_MONOTONIC, &now);
   return now.tv_sec * NS_PER_SECOND + now.tv_nsec;
-}
-
-void reportRefusal(const char* what) {
-  std::fprintf(stderr, "igh_bus: %s refused (%s), going on without it\n", what, std::strerror(errno));
 }
 
 } // namespace
@@ -43,23 +39,39 @@ StopSignals::~StopSignals() {
   std::signal(SIGTERM, SIG_DFL);
 }
 
-void becomeRealTime(const std::optional<int>& priority, const std::optional<int>& cpu) {
+RealTime::RealTime(const std::optional<int>& priority, const std::optional<int>& cpu)
+    : m_wanted(priority.has_value()) {
   prctl(PR_SET_TIMERSLACK, 1UL); // else an ordinary thread's sleeps end up to 50 us late
   if (cpu) {
     cpu_set_t set;
     CPU_ZERO(&set);
     CPU_SET(static_cast<std::size_t>(*cpu), &set);
     if (sched_setaffinity(0, sizeof set, &set) != 0)
-      reportRefusal("the processor of --cpu was");
+      miss(std::string("the processor of --cpu was refused, ") + std::strerror(errno));
   }
-  if (!priority)
+  if (!priority) {
+    miss("no --priority");
     return;
-  if (mlockall(MCL_CURRENT | MCL_FUTURE) != 0)
-    reportRefusal("locking memory was");
+  }
+  lockMemory(MCL_CURRENT); // only to see whether it is allowed: the locked pages of a bus come later
   sched_param parameter{};
   parameter.sched_priority = *priority;
   if (sched_setscheduler(0, SCHED_FIFO, &parameter) != 0)
-    reportRefusal("SCHED_FIFO was");
+    miss(std::string("SCHED_FIFO was refused, ") + std::strerror(errno));
+}
+
+void RealTime::lockAllMemory() {
+  if (m_wanted && m_missing.find(UNLOCKED) == std::string::npos)
+    lockMemory(MCL_CURRENT | MCL_FUTURE);
+}
+
+void RealTime::lockMemory(int flags) {
+  if (mlockall(flags) != 0)
+    miss(UNLOCKED + std::string(", ") + std::strerror(errno));
+}
+
+void RealTime::miss(const std::string& what) {
+  m_missing += (m_missing.empty() ? "" : "; ") + what;
 }
 
 Pacemaker::Pacemaker(std::uint32_t periodNs) : m_periodNs(periodNs), m_nextNs(nowNs()) {}

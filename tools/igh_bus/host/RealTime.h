@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <ctime>
 #include <optional>
+#include <string>
 
 namespace igh_bus {
 
@@ -23,9 +24,23 @@ private:
   static std::atomic<bool> sRequested;
 };
 
-// Exact timers, processor, priority and locked memory for the calling thread. What the system refuses gets
-// one line on standard error, and the program goes on without it.
-void becomeRealTime(const std::optional<int>& priority, const std::optional<int>& cpu);
+// Exact timers, processor, priority and locked memory for the calling thread. What the system refuses, it
+// goes on without.
+class RealTime {
+public:
+  RealTime(const std::optional<int>& priority, const std::optional<int>& cpu);
+  // Once everything is allocated that the cycle needs: from here on new memory is locked, too.
+  void lockAllMemory();
+  // Why the thread is no real-time one, in words; empty when it is.
+  const std::string& missing() const { return m_missing; }
+
+private:
+  void lockMemory(int flags);
+  void miss(const std::string& what);
+
+  bool m_wanted;
+  std::string m_missing;
+};
 
 // Wakes the caller at fixed times of CLOCK_MONOTONIC.
 class Pacemaker {

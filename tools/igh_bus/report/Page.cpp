@@ -30,6 +30,8 @@ constexpr const char* HEAD =
     "</style>\n</head>\n<body>\n";
 
 std::string number(const Json& value) {
+  if (value.is_boolean())
+    return value.get<bool>() ? "yes" : "no";
   return value.is_number_integer() ? value.dump() : format("%.10g", value.get<double>());
 }
 

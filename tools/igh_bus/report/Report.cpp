@@ -53,6 +53,8 @@ Json reportData(const ReportFacts& facts, const Recording& recording) {
                  {"mode", facts.mode},
                  {"distributed_clocks", facts.clocks},
                  {"cycles_left_out", facts.cyclesLeftOut},
+                 {"real_time", facts.realTime},
+                 {"success", facts.success},
                  {"verdict", facts.verdict}};
   const Host& host = facts.host;
   data["host"] = {{"kernel", host.kernel},

@@ -21,7 +21,9 @@ struct ReportFacts {
   std::string title; // "master 0, 8 slaves, simulated"
   std::string mode;
   std::string clocks;
-  std::string verdict; // "success", or why the run was none
+  std::string verdict;
+  bool success;
+  std::string realTime; // "yes", or why not
   double periodUs;
   std::uint64_t cycles;
   std::uint64_t cyclesLeftOut;

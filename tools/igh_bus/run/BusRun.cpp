@@ -11,16 +11,16 @@
 namespace igh_bus {
 namespace {
 
-Pacemaker inRealTime(const RunOptions& options) {
-  becomeRealTime(options.priority, options.cpu);
-  return Pacemaker(options.periodNs);
+Pacemaker afterLocking(RealTime& realTime, std::uint32_t periodNs) {
+  realTime.lockAllMemory();
+  return Pacemaker(periodNs);
 }
 
 } // namespace
 
-BusRun::BusRun(const RunOptions& options)
+BusRun::BusRun(const RunOptions& options, RealTime& realTime)
     : m_options(options), m_session(options), m_recording(std::make_unique<Recording>(options.periodNs)),
-      m_pacemaker(inRealTime(options)) {}
+      m_pacemaker(afterLocking(realTime, options.periodNs)) {}
 
 void BusRun::cycle() {
   const bool terminal = isatty(STDOUT_FILENO) != 0 && !m_options.followReference;
@@ -42,30 +42,28 @@ void BusRun::cycle() {
     std::printf("\r\033[K");
 }
 
-std::string BusRun::verdict(bool processData) const {
-  if (StopSignals::requested())
-    return {};
+Verdict BusRun::verdict(bool processData) const {
   constexpr std::uint32_t OP = 8;
-  constexpr std::uint64_t LASTING = 3; // single late frames happen on healthy buses
-  if (!m_climb.seen(OP))
-    return "the bus never reached OP; it ended in " + stateText(m_climb.state());
-  if (m_climb.state() != OP)
-    return "the bus left OP; it ended in " + stateText(m_climb.state());
-  for (const int code :
-       {ETHERCAT_ERROR_WORKING_COUNTER, ETHERCAT_ERROR_LINK_DOWN, ETHERCAT_ERROR_SLAVE_STATE}) {
-    if (code == ETHERCAT_ERROR_WORKING_COUNTER && !processData)
-      continue; // raised in every cycle of a bus without process data
-    if (m_session.errors().lasting(code, LASTING))
-      return std::string("at the end of the run: ") + errorText(code);
-  }
-  return {};
+  return judge({m_climb.state(), m_climb.seen(OP), StopSignals::requested(), processData, m_session.errors(),
+                static_cast<double>(m_pacemaker.latestNs()), m_pacemaker.leftOut()},
+               m_options.limits);
 }
 
-Status endRun(const std::string& verdict) {
-  if (StopSignals::requested())
-    std::printf("\nEnded by a signal.\n");
-  if (!verdict.empty())
-    throw Failure(busError, verdict);
+void sayRealTime(const Limits& limits, const RealTime& realTime) {
+  if (realTime.missing().empty())
+    return;
+  if (limits.strict)
+    throw Failure(busError, "--strict: this would be no real-time run: " + realTime.missing());
+  std::printf("Not a real-time run: %s\n", realTime.missing().c_str());
+}
+
+Status endRun(const Verdict& verdict, const RealTime& realTime) {
+  if (verdict.success)
+    std::printf("\nVerdict: %s\n", verdict.text.c_str());
+  if (!realTime.missing().empty())
+    std::printf("%sNot a real-time run: %s\n", verdict.success ? "" : "\n", realTime.missing().c_str());
+  if (!verdict.success)
+    throw Failure(busError, verdict.text);
   return success;
 }
 

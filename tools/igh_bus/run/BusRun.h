@@ -6,6 +6,7 @@
 #include "host/RealTime.h"
 #include "report/Recording.h"
 #include "run/Climb.h"
+#include "run/Verdict.h"
 #include "text/Failure.h"
 
 #include <memory>
@@ -14,14 +15,13 @@ namespace igh_bus {
 
 class BusRun {
 public:
-  // Activates, and makes the calling thread a real-time one. Throws Failure.
-  explicit BusRun(const RunOptions& options);
+  // Activates, and locks the memory of a real-time thread. Throws Failure.
+  BusRun(const RunOptions& options, RealTime& realTime);
 
   // All cycles, or those until a signal asks for the end.
   void cycle();
 
-  // Why the run was no success; nothing when it was, or when a signal ended it.
-  std::string verdict(bool processData) const;
+  Verdict verdict(bool processData) const;
 
   const Session& session() const { return m_session; }
   const Climb& climb() const { return m_climb; }
@@ -36,8 +36,12 @@ private:
   Pacemaker m_pacemaker;
 };
 
-// Says that a signal ended the run. Throws Failure(busError) for a verdict that is not empty.
-Status endRun(const std::string& verdict);
+// Before the bus is taken: says why the run will not be a real-time one, or refuses it. Throws
+// Failure(busError).
+void sayRealTime(const Limits& limits, const RealTime& realTime);
+
+// The last lines. Throws Failure(busError) for a run that was no success.
+Status endRun(const Verdict& verdict, const RealTime& realTime);
 
 } // namespace igh_bus
 

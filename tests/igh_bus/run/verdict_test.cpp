@@ -1,0 +1,77 @@
+// What is said of a run at its end, and what makes it a failure.
+#include "run/Verdict.h"
+
+#include "../../scenario/SteppedClock.h"
+#include "Application.h"
+#include "Program.h"
+
+#include <ethercat_simulation/Simulation.h>
+
+using namespace igh_bus;
+
+namespace {
+
+TEST(Verdict, CountsAreToldAndOnlyLimitsMakeThemAFailure) {
+  RunFacts good;
+  std::tie(good.states, good.seenOp) = std::tuple(8, true);
+  RunFacts poor = good;
+  std::tie(poor.latestNs, poor.missed, poor.errors.total[1], poor.errors.total[2]) =
+      std::tuple(2000, 3, 4, 1);
+  RunFacts low = poor;
+  low.states = 12;
+  RunFacts ended = low;
+  ended.bySignal = true;
+  RunFacts bare = poor; // without process data, error 1 says nothing
+  bare.processData = false;
+  const char* const five = "5 errors (working counter incomplete 4, link down 1)";
+  const std::string many = std::string(five) + ", allowed are ";
+  const std::tuple<const RunFacts&, Limits, bool, std::string> cases[] = {
+      {good, {true, 0, 1000, 0}, true, "in OP at the end, with no errors"},
+      {poor, {}, true, std::string("in OP at the end, with ") + five},
+      {poor, {false, 5, 2000, 3}, true, std::string("in OP at the end, with ") + five},
+      {poor, {true, 5, {}, 3}, true, std::string("in OP at the end, with ") + five},
+      {poor, {false, 4, {}, {}}, false, many + "4"},
+      {poor, {false, {}, 1999, {}}, false, "a wake-up was 2.0 us late, allowed are 1.999 us"},
+      {poor, {false, {}, {}, 2}, false, "3 cycles missed, allowed are 2"},
+      {poor, {true, {}, {}, {}}, false, many + "0; 3 cycles missed, allowed are 0"},
+      {low, {false, 4, {}, {}}, false, "the bus left OP; it ended in SAFEOP+OP; " + many + "4"},
+      {ended, {}, true, std::string("ended by a signal, in SAFEOP+OP at the end, with ") + five},
+      {ended, {false, 4, {}, {}}, false, many + "4"},
+      {bare, {true, 1, {}, 3}, true, "in OP at the end, with 1 error (link down 1)"}};
+  for (const auto& [facts, limits, success, text] : cases) {
+    const auto verdict = judge(facts, limits);
+    EXPECT_EQ(verdict.text, text);
+    EXPECT_EQ(verdict.success, success) << text;
+  }
+}
+
+TEST(Verdict, ARunSaysWhetherItWasARealTimeOneAndIsRefusedOrFailsWhereItWasToBe) {
+  const char* const noPriority = "Not a real-time run: no --priority\n";
+  const auto run = "run --period 2ms --cycles 2000" + onMachine;
+  const std::tuple<std::string, int, std::string, std::string> cases[] = {
+      {"", 0, noPriority, "\nVerdict: in OP at the end, with no errors\n" + std::string(noPriority)},
+      {" --max-latency 1s --max-missed 60000", 0, noPriority, noPriority},
+      {" --max-missed 2", 3, noPriority, "igh_bus: [0-9]+ cycles missed, allowed are 2\n"},
+      {" --max-latency 999us", 3, noPriority, "igh_bus: a wake-up was 2000.0 us late, allowed are 999 us\n"},
+      {" --strict", 2, "", "igh_bus: --strict needs --priority[^\n]*\n"},
+      {" --cpu 1023", 0, "Not a real-time run: the processor of --cpu was refused[^\n]*; no --priority\n",
+       "Not a real-time run: [^\n]*\n"},
+      {" --strict --priority 1 --cpu 1023", 3, "",
+       "igh_bus: --strict: [^\n]* the processor of --cpu was refused[^\n]*\n"}};
+  for (const auto& [options, status, first, last] : cases) {
+    ethercat_simulation::reset();
+    scenario::SteppedClock clock;
+    clock.receiveTakes = 3000000; // of a period of 2 ms: every cycle is late
+    const auto line = run + options;
+    const auto outcome =
+        status == 3 && first.empty() ? ighBus(line) : runHere(line); // no priority for the test
+    EXPECT_EQ(outcome.status, status) << outcome.err;
+    EXPECT_THAT(outcome.out + outcome.err,
+                testing::MatchesRegex(std::string(first).append(".*").append(last)))
+        << options;
+  }
+  unsetenv("ETHERCAT_SIMULATION_BUS");
+  ethercat_simulation::reset();
+}
+
+} // namespace
