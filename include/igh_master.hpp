@@ -78,12 +78,10 @@ struct Life {
 };
 
 // A handle of the library with one user in one direction.
-class Handle {
+template <void (*DESTROY)(std::uint16_t, std::uint32_t, bool), bool READ> class Handle {
 public:
-  Handle(std::shared_ptr<Life> life, std::uint32_t id, bool read,
-         void (*destroy)(std::uint16_t, std::uint32_t, bool)) noexcept
-      : m_life(std::move(life)), m_master(m_life->id), m_id(id), m_scan(m_life->scans), m_read(read),
-        m_destroy(destroy) {}
+  Handle(std::shared_ptr<Life> life, std::uint32_t id) noexcept
+      : m_life(std::move(life)), m_id(id), m_scan(m_life->scans), m_master(m_life->id) {}
   Handle(Handle&& other) noexcept = default; // the shared pointer says who has it
   Handle& operator=(Handle&& other) noexcept {
     Handle ended(std::move(other));
@@ -94,7 +92,7 @@ public:
   Handle& operator=(const Handle&) = delete;
   ~Handle() {
     if (valid()) { // else the library has given the number to someone else, or will
-      m_destroy(m_master, m_id, m_read);
+      DESTROY(m_master, m_id, READ);
     }
   }
 
@@ -109,20 +107,18 @@ public:
 private:
   void swap(Handle& other) noexcept {
     std::swap(m_life, other.m_life);
-    std::swap(m_master, other.m_master);
     std::swap(m_id, other.m_id);
     std::swap(m_scan, other.m_scan);
-    std::swap(m_read, other.m_read);
-    std::swap(m_destroy, other.m_destroy);
+    std::swap(m_master, other.m_master);
   }
 
   std::shared_ptr<Life> m_life;
-  std::uint16_t m_master;
   std::uint32_t m_id;
   std::uint32_t m_scan;
-  bool m_read;
-  void (*m_destroy)(std::uint16_t, std::uint32_t, bool);
+  std::uint16_t m_master;
 };
+template <bool READ> using EntryHandle = Handle<igh_master_destroy_pdo_info, READ>;
+template <bool READ> using RequestHandle = Handle<igh_master_destroy_sdo_request, READ>;
 
 // A value of the library as T: what is beyond the range of an integer is held at its limits, NaN is 0.
 template <class T> T convert(double value) noexcept {
@@ -161,8 +157,8 @@ public:
 
 private:
   friend class Master;
-  explicit Input(detail::Handle&& handle) noexcept : m_handle(std::move(handle)) {}
-  detail::Handle m_handle;
+  explicit Input(detail::EntryHandle<true>&& handle) noexcept : m_handle(std::move(handle)) {}
+  detail::EntryHandle<true> m_handle;
 };
 
 // An entry that each exchange sends, as T; 0 until it is set. Cycle, but for its making and its end.
@@ -183,8 +179,8 @@ public:
 
 private:
   friend class Master;
-  explicit Output(detail::Handle&& handle) noexcept : m_handle(std::move(handle)) {}
-  detail::Handle m_handle;
+  explicit Output(detail::EntryHandle<false>&& handle) noexcept : m_handle(std::move(handle)) {}
+  detail::EntryHandle<false> m_handle;
 };
 
 // One object of a slave, to be read and written as often as one likes: arm by read() or write(), exchange
@@ -241,12 +237,12 @@ private:
   struct Transfer : detail::Transfer {
     T value{};
   };
-  SdoRequest(detail::Handle&& reader, detail::Handle&& writer)
+  SdoRequest(detail::RequestHandle<true>&& reader, detail::RequestHandle<false>&& writer)
       : m_transfer(std::make_unique<Transfer>()), m_reader(std::move(reader)), m_writer(std::move(writer)) {}
 
   std::unique_ptr<Transfer> m_transfer; // ends last
-  detail::Handle m_reader;
-  detail::Handle m_writer;
+  detail::RequestHandle<true> m_reader;
+  detail::RequestHandle<false> m_writer;
 };
 
 // How a master is opened; see igh_master_initialize_ex.
@@ -311,12 +307,12 @@ public:
   // Empty for a name that the slave's description does not have.
   template <class T = double>
   [[nodiscard]] std::optional<Input<T>> input(std::uint32_t slave, const std::string& name) {
-    auto handle = entry(slave, name, true);
+    auto handle = entry<true>(slave, name);
     return handle ? std::optional(Input<T>(std::move(*handle))) : std::nullopt;
   }
   template <class T = double>
   [[nodiscard]] std::optional<Output<T>> output(std::uint32_t slave, const std::string& name) {
-    auto handle = entry(slave, name, false);
+    auto handle = entry<false>(slave, name);
     return handle ? std::optional(Output<T>(std::move(*handle))) : std::nullopt;
   }
   // Before activate(), as the IgH master wants it. Empty when it refuses. All users of one object must name
@@ -325,8 +321,8 @@ public:
   [[nodiscard]] std::optional<SdoRequest<T>>
   sdoRequest(std::uint32_t slave, std::uint16_t index, std::uint8_t subindex,
              std::chrono::milliseconds timeout = std::chrono::milliseconds(0)) {
-    auto reader = request(slave, index, subindex, sizeof(T), timeout, true);
-    auto writer = request(slave, index, subindex, sizeof(T), timeout, false);
+    auto reader = request<true>(slave, index, subindex, sizeof(T), timeout);
+    auto writer = request<false>(slave, index, subindex, sizeof(T), timeout);
     return reader && writer ? std::optional(SdoRequest<T>(std::move(*reader), std::move(*writer)))
                             : std::nullopt;
   }
@@ -423,24 +419,24 @@ private:
   template <class OBJECT> static void* address(OBJECT& object) noexcept {
     return const_cast<void*>(static_cast<const volatile void*>(std::addressof(object)));
   }
-  std::optional<detail::Handle> entry(std::uint32_t slave, const std::string& name, bool read) {
-    const auto handle = number([&](std::uint32_t* value) {
-      return igh_master_create_pdo_info(id(), slave, name.c_str(), read, value);
+  template <bool READ>
+  std::optional<detail::EntryHandle<READ>> entry(std::uint32_t slave, const std::string& name) const {
+    return owned<detail::EntryHandle<READ>>([&](std::uint32_t* handle) {
+      return igh_master_create_pdo_info(id(), slave, name.c_str(), READ, handle);
     });
-    return owned(handle, read, igh_master_destroy_pdo_info);
   }
-  std::optional<detail::Handle> request(std::uint32_t slave, std::uint16_t index, std::uint8_t subindex,
-                                        std::uint32_t size, std::chrono::milliseconds timeout, bool read) {
-    const auto handle = number([&](std::uint32_t* value) {
+  template <bool READ>
+  std::optional<detail::RequestHandle<READ>> request(std::uint32_t slave, std::uint16_t index,
+                                                     std::uint8_t subindex, std::uint32_t size,
+                                                     std::chrono::milliseconds timeout) const {
+    return owned<detail::RequestHandle<READ>>([&](std::uint32_t* handle) {
       return igh_master_create_raw_sdo_request(id(), slave, index, subindex, size,
-                                               static_cast<std::int32_t>(timeout.count()), read, value);
+                                               static_cast<std::int32_t>(timeout.count()), READ, handle);
     });
-    return owned(handle, read, igh_master_destroy_sdo_request);
   }
-  std::optional<detail::Handle> owned(std::optional<std::uint32_t> handle, bool read,
-                                      void (*destroy)(std::uint16_t, std::uint32_t, bool)) const {
-    return handle ? std::optional<detail::Handle>(std::in_place, m_life, *handle, read, destroy)
-                  : std::nullopt;
+  template <class HANDLE, class CREATOR> std::optional<HANDLE> owned(CREATOR create) const {
+    const auto handle = number(create);
+    return handle ? std::optional<HANDLE>(std::in_place, m_life, *handle) : std::nullopt;
   }
 
   std::shared_ptr<detail::Life> m_life;
