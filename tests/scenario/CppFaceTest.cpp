@@ -53,9 +53,11 @@ TEST_F(CppFaceTest, ValuesCallbacksAndRequests) {
   alone.reset();                                 // is withdrawn
   { SdoRequest<Pair> ended = std::move(moved); } // goes on for the other user: nothing writes to what is gone
   cycle(20);
-  EXPECT_TRUE(shared->read());
-  cycle(20);
-  EXPECT_TRUE(shared->done() && shared->value() == (Pair{7, -8}));
+  EXPECT_TRUE(shared->read() && shared->write({1, 2}));
+  while (!shared->done())
+    cycle();
+  EXPECT_EQ(shared->value(), (Pair{7, -8}));
+  EXPECT_EQ(bus().objectValue(0, 0x4000, 0), (Bytes{1, 0, 2, 0}));
 }
 
 TEST_F(CppFaceTest, OwnersGiveBackOnceAndOnlyWhatIsTheirs) {
