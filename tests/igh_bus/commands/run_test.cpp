@@ -26,7 +26,7 @@ TEST(Run, MovesNamedValuesAndShowsWhatCameOfIt) {
       {"run --sync-to-reference --period 500us --cycles 2500" + onMachine,
        "following the reference clock.*\nFirst master diff: .*  OP  clock difference [^,]*\\), offset "
        "[+-]?[1-9]"},
-      {"diag --cycles 400" + onMachine, "\n  fastest  [^\n]*\n  last  +399 [^\n]*\n  slowest  "},
+      {"diag --seconds 0.4" + onMachine, "\n  fastest  [^\n]*\n  last  +399 [^\n]*\n  slowest  "},
       {"doctor", "warning  platform             this build runs on the simulated"}};
   for (const auto& [line, pattern] : cases) {
     const auto outcome = ighBus(line);

@@ -36,6 +36,7 @@ TEST_F(HandleTest, AnOpenedMasterTellsOfItsSlavesBesideTheOneThatHoldsIt) {
   request();
   EXPECT_EQ(ecrt_master_activate(opened), -EPERM);
   EXPECT_EQ(bus().misuse().foreignHandle, 1U);
+  ecrt_master_deactivate(master);
   ecrt_release_master(master);
   bus().addSlave(inputOnly()); // the idle master scans by itself
   EXPECT_EQ(ecrt_master_get_pdo(opened, 1, 3, 1, nullptr), -EINVAL);

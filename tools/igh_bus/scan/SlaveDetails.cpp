@@ -14,7 +14,7 @@ unsigned int clockBits(std::uint16_t features) {
 }
 
 std::vector<std::string> protocols(std::uint16_t bits) {
-  static const char* const NAMES[] = {"AoE", "EoE", "CoE", "FoE", "SoE", "VoE"};
+  static constexpr const char* NAMES[] = {"AoE", "EoE", "CoE", "FoE", "SoE", "VoE"};
   std::vector<std::string> names;
   for (const char* name : NAMES) {
     if ((bits & 1U) != 0)

@@ -86,6 +86,7 @@ void printPdos(const std::vector<SyncManager>& syncManagers) {
 
 void printSeen(const std::vector<SeenSlave>& slaves, bool described) {
   std::vector<FoundSlave> found;
+  found.reserve(slaves.size());
   for (const auto& slave : slaves)
     found.push_back(slave.found);
   const auto lines = slaveLines(found, described);
