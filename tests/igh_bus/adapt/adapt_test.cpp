@@ -136,6 +136,14 @@ Tx Sm="3" #x1A00: #x6000 1 8 BYTE A | #x6000 2 1 BOOL B | #x6000 3 7 - C | #x600
 Tx Sm="3" Fixed="1" #x1A01: #x6010 1 1 BOOL D | #x6010 2 7 - E
 = 3.0 USINT A | 3.8 USINT B .. C [0x1 B, 0xFE C] | 3.9  C | 3.16 ULINT Q | 3.80 USINT D .. E [0x1 D, 0xFE E]
 > "Q": the master writes
+# pieces of what begins and ends within bytes
+Tx Sm="3" #x1A00: #x6000 1 4 - A | #x6000 2 76 - B
+= 3.0 UDINT A .. B [0xF A, 0xFFFFFFF0 B] | 3.32 UDINT B [bits 28..59] [0xFFFFFFFF B] | 3.64 UINT B high [0xFFFF B]
+# an object twice in what the master writes: by the second name the first would be moved !
+<Mailbox><CoE PdoConfig="1"/></Mailbox>
+Rx Sm="2" #x1600: #x7000 1 8 USINT A | #x7000 1 8 USINT B
+= 2.0 USINT A
+> object 0x7000:01 is mapped twice
 # nothing is moved behind the last entry !
 <Mailbox><CoE PdoConfig="1"/></Mailbox>
 Tx Sm="3" #x1A00: #x6000 1 17 UDINT A | 0 0 15
@@ -147,6 +155,16 @@ Tx Sm="3" #x1A00: #x6000 1 16 UINT B
 = 3.0 USINT A | 3.8 UINT B
 > pdo SM 3: 2 PDOs -> one PDO 0x1A01
 > object "B": 0x6000:01 -> 0x6000:FF
+# the same, and the master would write what they hold: they go where it cannot
+<Mailbox><CoE PdoConfig="1"/></Mailbox>
+Rx Sm="2" #x1601: #x7010 1 16 INT A
+Rx Sm="2" Fixed="1" #x1600: #x7000 1 8 USINT B
+Tx Sm="3" #x1A01: #x6010 1 4 - C | #x6010 2 4 - D
+Tx Sm="3" #x1A00: #x6000 1 16 INT E
+Tx #x1BFF: #x6020 1 8 USINT F
+= 2.0 INT A | 2.16 USINT B | 3.0 USINT C .. D [0xF C, 0xF0 D] | 3.8 INT E
+> pdo SM 2: 2 PDOs -> one PDO 0x1600
+> pdo SM 3: 2 PDOs -> one PDO 0x1BFE
 # both directions on one sync manager
 <Sm>Outputs</Sm><Sm>Inputs</Sm>
 Rx Sm="0" #x1600: #x7000 1 8 USINT O
@@ -270,6 +288,9 @@ TEST(Adapt, PlacesTheModulesOfSlots) {
   EXPECT_EQ(entriesOf(standard), "3.0 SINT 1st V | 3.8 USINT 2nd V");
   EXPECT_THAT(changesOf(standard), HasSubstr("slot 3 is taken for empty"));
   EXPECT_THAT(description, HasSubstr("slots: 3, increments: index 0x10, PDO 0x1"));
+  const auto third = adapted(xml, "--module 0:3=0x20", description)["devices"][0];
+  EXPECT_EQ(entriesOf(third), "3.0 SINT 1st V | 3.8 USINT 2nd V | 3.16 USINT 3rd V");
+  EXPECT_EQ(third["entries"][2]["object"], "0x6050:01");
   const auto wished = adapted(xml, "--module 0:2=0x20 --module 0:4=0x21", description)["devices"][0];
   EXPECT_EQ(entriesOf(wished), "3.0 SINT 1st V | 3.8 USINT 2nd V | 3.16 USINT 3rd V | 3.24 SINT 4th V");
   EXPECT_EQ(wished["entries"][2]["object"], "0x6020:01");

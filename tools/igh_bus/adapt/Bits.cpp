@@ -1,6 +1,7 @@
 #include "adapt/Bits.h"
 
 #include "adapt/Names.h"
+#include "text/Text.h"
 
 #include <algorithm>
 #include <set>
@@ -25,6 +26,12 @@ unsigned int widthFor(unsigned int bits) {
   return bits >= 32 ? 32 : bits >= 16 ? 16 : BYTE;
 }
 
+std::string partText(const Item& item, unsigned int from, unsigned int count) {
+  if (from == 0)
+    return " low";
+  return from + count == item.entry.bits ? " high" : format(" [bits %u..%u]", from, from + count - 1);
+}
+
 class Fitter {
 public:
   Fitter(const SmLayout& layout, const TypeTable& types) : m_layout(layout), m_types(types) {}
@@ -34,6 +41,10 @@ public:
     m_target.output = m_layout.output;
     for (const auto& pdo : m_layout.pdos)
       m_target.pdos.push_back({pdo.index, pdo.name, pdo.fixed, {}});
+    if (m_layout.shelter != 0) {
+      m_target.pdos[0].index = m_layout.shelter;
+      m_target.pdos[0].fixed = true;
+    }
     const auto& items = m_layout.items;
     for (std::size_t first = 0; first < items.size();) {
       std::size_t last = first + 1;
@@ -195,7 +206,7 @@ void Fitter::fragment(unsigned int start, unsigned int end) {
       addGap(entry.start, entry.start + entry.bits, one.pdoNumber, true);
       continue;
     }
-    entry.name = one.name + (one.start < start ? " high" : " low");
+    entry.name = one.name + partText(one, entry.start - one.start, entry.bits);
     entry.index = one.entry.index;
     entry.subindex = one.entry.subindex;
     entry.pieces = piecesOf(entry.start, entry.start + entry.bits);
@@ -327,7 +338,8 @@ void Fitter::nameJoined(TargetEntry& entry) const {
   const auto& last = item(entry.pieces.back().item);
   if (entry.pieces.size() == 1) {
     entry.whole = entry.pieces[0].count == first.entry.bits;
-    entry.name = entry.whole ? first.name : first.name + (entry.pieces[0].sourceBit == 0 ? " low" : " high");
+    entry.name = entry.whole ? first.name
+                             : first.name + partText(first, entry.pieces[0].sourceBit, entry.pieces[0].count);
     return;
   }
   std::vector<std::string> names;

@@ -75,6 +75,7 @@ private:
       if (!entry.free) {
         m_plan.open.push_back("object " + objectText(entry.index, entry.subindex) +
                               " is mapped twice: the master finds the first only, not \"" + entry.name + '"');
+        entry.disarm();
         return;
       }
       const auto object = unusedNear(entry.index);
@@ -138,7 +139,7 @@ private:
   void renumber(const SmLayout& layout, TargetSm& target) {
     const bool written = std::any_of(layout.pdos.begin(), layout.pdos.end(),
                                      [&](const SourcePdo& pdo) { return m_plan.source->masterWrites(pdo); });
-    if (layout.assigned || written) {
+    if (layout.assigned || (written && layout.shelter == 0)) {
       m_plan.open.push_back(
           format("SM %u has a PDO index that another sync manager has too: the master takes one "
                  "of them",

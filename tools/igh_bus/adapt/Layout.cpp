@@ -4,11 +4,14 @@
 #include "text/Text.h"
 
 #include <algorithm>
+#include <set>
 
 namespace igh_bus::adapt {
 namespace {
 
 constexpr unsigned int MOST_MAPPED = 255; // bits: a mapping has eight bits for the length
+constexpr std::uint16_t LAST_RECEIVE_PDO = 0x17FF;
+constexpr std::uint16_t LAST_TRANSMIT_PDO = 0x1BFF;
 
 bool strictlyAscending(const std::vector<SourcePdo>& pdos) {
   return std::adjacent_find(pdos.begin(), pdos.end(), [](const SourcePdo& one, const SourcePdo& next) {
@@ -18,31 +21,47 @@ bool strictlyAscending(const std::vector<SourcePdo>& pdos) {
 
 // The master assigns PDOs in the library's order, by index. Otherwise the slave has the order of its
 // description; what modules bring stands by index there too.
-void order(SmLayout& layout, const SourceDevice& device, std::vector<std::string>& open) {
-  const auto any = [&](auto condition) {
-    return std::any_of(layout.pdos.begin(), layout.pdos.end(), condition);
-  };
-  const bool byIndex = layout.assigned || any([](const SourcePdo& pdo) { return pdo.slot != 0; });
-  const bool written = any([&](const SourcePdo& pdo) { return device.masterWrites(pdo); });
-  if (!strictlyAscending(layout.pdos) && !byIndex && written)
-    open.push_back(format("SM %u: the slave's PDOs do not stand in the order of their indices, which the "
-                          "library takes, and the master writes what they hold",
-                          layout.index));
-  if (byIndex || written)
+void order(SmLayout& layout) {
+  const bool ofModules =
+      std::any_of(layout.pdos.begin(), layout.pdos.end(), [](const SourcePdo& pdo) { return pdo.slot != 0; });
+  if (layout.assigned || ofModules)
     std::stable_sort(layout.pdos.begin(), layout.pdos.end(),
                      [](const SourcePdo& one, const SourcePdo& other) { return one.index < other.index; });
   layout.ascending = strictlyAscending(layout.pdos);
+}
+
+bool anyWritten(const SmLayout& layout, const SourceDevice& device) {
+  return std::any_of(layout.pdos.begin(), layout.pdos.end(),
+                     [&](const SourcePdo& pdo) { return device.masterWrites(pdo); });
+}
+
+// Where the order of the slave is not the library's, one PDO holds all entries, and the master must not write
+// them into it: that of a fixed one, else one that the slave does not have. It refuses both, with a warning,
+// and the PDOs that are not configured stay as they are.
+void shelter(SmLayout& layout, const SourceDevice& device, std::set<std::uint16_t>& used) {
+  if (layout.ascending || layout.assigned || !anyWritten(layout, device))
+    return;
+  const auto fixed = std::find_if(layout.pdos.begin(), layout.pdos.end(),
+                                  [](const SourcePdo& pdo) { return pdo.fixed && !pdo.entries.empty(); });
+  if (fixed != layout.pdos.end()) {
+    layout.shelter = fixed->index;
+    return;
+  }
+  layout.shelter = layout.output ? LAST_RECEIVE_PDO : LAST_TRANSMIT_PDO;
+  while (!used.insert(layout.shelter).second)
+    --layout.shelter;
 }
 
 void spread(SmLayout& layout, const SourceDevice& device, std::vector<std::string>& open) {
   unsigned int bit = 0;
   for (std::size_t number = 0; number < layout.pdos.size(); ++number) {
     const auto& pdo = layout.pdos[number];
+    const bool written = layout.shelter == 0 && device.masterWrites(pdo);
     for (const auto& entry : pdo.entries) {
-      if (entry.bits > MOST_MAPPED && device.masterWrites(pdo))
+      if (entry.bits > MOST_MAPPED && written)
         open.push_back(format("PDO 0x%04X: an entry of %u bits can be in no mapping that the master writes",
                               unsigned{pdo.index}, entry.bits));
-      layout.items.push_back({entry, "", pdo.index, pdo.name, number, bit, !device.masterWrites(pdo)});
+      layout.items.push_back({entry, "", pdo.index, pdo.name, number, bit, !written});
       bit += entry.bits;
     }
   }
@@ -76,9 +95,15 @@ std::vector<SmLayout> layoutOf(const SourceDevice& device, const std::vector<Sou
     layout.assigned = device.coe && device.pdoAssign;
     layout.pdos.push_back(pdo);
   }
+  std::set<std::uint16_t> used;
+  for (const auto* list : {&device.pdos, &pdos}) {
+    for (const auto& pdo : *list)
+      used.insert(pdo.index);
+  }
   std::vector<SmLayout> layouts;
   for (auto& [index, layout] : bySyncManager) {
-    order(layout, device, open);
+    order(layout);
+    shelter(layout, device, used);
     spread(layout, device, open);
     layouts.push_back(std::move(layout));
   }

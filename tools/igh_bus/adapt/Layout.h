@@ -21,8 +21,9 @@ struct Item {
 struct SmLayout {
   unsigned int index = 0;
   bool output = false;
-  bool ascending = true; // in the order in which the library puts PDOs, by their index
-  bool assigned = false; // by the master, so that PDOs keep their bits
+  bool ascending = true;     // in the order in which the library puts PDOs, by their index
+  bool assigned = false;     // by the master, so that PDOs keep their bits
+  std::uint16_t shelter = 0; // a PDO that the master cannot write, to hold all entries; 0 when none is needed
   std::vector<SourcePdo> pdos;
   std::vector<Item> items;
   unsigned int bits() const { return items.empty() ? 0 : items.back().end(); }

@@ -57,6 +57,16 @@ Pick pick(const Position& position, unsigned int number, const Wishes& wishes) {
   return {};
 }
 
+struct Instances {
+  unsigned int least;
+  unsigned int most;
+};
+
+Instances instancesOf(const SourceSlot& slot) {
+  const auto most = std::clamp(slot.maxInstances, 1U, MOST_SLOTS);
+  return {std::clamp(slot.minInstances, 1U, most), most};
+}
+
 // As many positions as are needed for what is known: slots that may be repeated are not written out in vain.
 std::vector<Position> positionsOf(const SourceDevice& device, const Wishes& wishes) {
   unsigned int highest = 0;
@@ -64,14 +74,17 @@ std::vector<Position> positionsOf(const SourceDevice& device, const Wishes& wish
     for (const auto& [slot, ident] : *list)
       highest = ident != 0 ? std::max(highest, slot) : highest;
   }
+  unsigned int needed = 0;
+  for (const auto& slot : device.slots)
+    needed = std::min(needed + instancesOf(slot).least, MOST_SLOTS);
+  unsigned int further = highest > needed ? highest - needed : 0;
   std::vector<Position> positions;
   for (const auto& slot : device.slots) {
-    const auto most = std::clamp(slot.maxInstances, 1U, MOST_SLOTS);
-    const auto least = std::clamp(slot.minInstances, 1U, most);
-    for (unsigned int i = 0; i < most && positions.size() < MOST_SLOTS; ++i) {
-      if (i < least || positions.size() < highest)
-        positions.push_back({&slot, i});
-    }
+    const auto [least, most] = instancesOf(slot);
+    const auto repeated = std::min(further, most - least);
+    further -= repeated;
+    for (unsigned int i = 0; i < least + repeated && positions.size() < MOST_SLOTS; ++i)
+      positions.push_back({&slot, i});
   }
   return positions;
 }

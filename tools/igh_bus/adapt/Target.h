@@ -26,6 +26,12 @@ struct TargetEntry {
   bool whole = false;        // stands for exactly one item
   std::vector<Piece> pieces; // none for gaps
   bool gap() const { return index == 0; }
+  // It takes its room, and no value is moved by its name.
+  void disarm() {
+    type.clear();
+    window = 0;
+    whole = false;
+  }
 };
 
 // Stands for one item of the slave, bit for bit, and nothing else.

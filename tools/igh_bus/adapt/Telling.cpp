@@ -100,9 +100,13 @@ void tellEntries(Plan& plan, const TypeTable& types) {
       }
     }
     if (!layout.ascending)
-      plan.changes.push_back({"pdo", format("SM %u", layout.index), format("%zu PDOs", layout.pdos.size()),
-                              format("one PDO 0x%04X", unsigned{layout.pdos[0].index}),
-                              "the library would order them by their indices, the slave does not"});
+      plan.changes.push_back(
+          {"pdo", format("SM %u", layout.index), format("%zu PDOs", layout.pdos.size()),
+           format("one PDO 0x%04X", unsigned{plan.target[sm].pdos[0].index}),
+           layout.shelter == 0
+               ? "the library would order them by their indices, the slave does not"
+               : "the library would order them by their indices, the slave does not; the "
+                 "slave keeps what its PDOs hold, as the master can write none into this one"});
   }
 }
 
