@@ -22,7 +22,7 @@ cd "$work"
 offers "reg run" r
 offers "read write" sdo ""
 offers "write" reg w
-offers "--seconds --set --sync-to-reference" run --s
+offers "--seconds --set --strict --sync-to-reference" run --s
 offers "--verbose" scan --v
 offers "--clear" errors --cl
 offers "--complete --count" sdo read 0 0x6041 --co
