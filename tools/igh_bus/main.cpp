@@ -2,6 +2,9 @@
 // and registers of slaves.
 #include "Application.h"
 
+#include <csignal>
+
 int main(int argc, char** argv) {
+  std::signal(SIGPIPE, SIG_IGN); // a reader that went away must not end a run out of order
   return igh_bus::program(argc, argv);
 }

@@ -19,7 +19,16 @@ TEST(Usage, WhatCannotBeDoneGetsOneLineAndItsStatus) {
       {2, "not expected", "fly"},
       {2, "FILE", "describe"},
       {2, "--eni", "run --cycles 10"},
-      {2, "--cycles", run + "--cycles 0"},
+      {2, "--cycles: '0': use a whole number from 1 on (try igh_bus run --help)\n", run + "--cycles 0"},
+      {2, "--cycles: '1h': use a whole number from 1 on", run + "--cycles 1h"},
+      {2, "--max-errors: '-1': use a whole number from 0 on", run + "--max-errors -1"},
+      {2, "--seconds: '1h': use a number above 0", run + "--seconds 1h"},
+      {2, "--fly was not expected (try igh_bus run --help)\n", "run --fly"},
+      {2, "reed was not expected (try igh_bus reg --help)\n", "reg reed 0"},
+      {2, "SLAVE is required (try igh_bus sdo read --help)\n", "sdo read"},
+      {2, "value 70000 for 0:Controlword: UINT holds 0 to 65535", run + "--set 0:Controlword=70000"},
+      {2, "value 0.5 for 0:Controlword: UINT holds whole", run + "--set 0:Controlword=0.5"},
+      {2, "value nan for 0:Controlword", run + "--set 0:Controlword=nan"},
       {2, "excludes", run + "--cycles 10 --seconds 1"},
       {2, "--seconds", run + "--seconds -1"},
       {2, "--period soon", run + "--period soon"},
@@ -55,6 +64,16 @@ TEST(Usage, WhatCannotBeDoneGetsOneLineAndItsStatus) {
     EXPECT_TRUE(status == 3 || outcome.out.find("callback ran") == std::string::npos) << line; // nothing ran
     EXPECT_THAT(outcome.err, testing::HasSubstr(reason)) << line;
     EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << line << outcome.err;
+  }
+  EXPECT_THAT(ighBus("--version").out, testing::MatchesRegex("igh_bus [0-9.]+\n"));
+  for (const char* const output : {"run --eni @servo_drive.xml --cycles 1500", "--help"}) {
+    const auto full = runProgram("/bin/sh -c '" IGH_BUS_PROGRAM " $* >/dev/full' - " + std::string(output));
+    EXPECT_EQ(full.status, 2) << full.err;
+    EXPECT_EQ(full.err, "igh_bus: standard output: not all of it could be written\n");
+    const auto closed = runProgram("/bin/sh -c '{ (while echo; do :; done); " IGH_BUS_PROGRAM
+                                   " $*; echo $? >&2; } | true' - " +
+                                   std::string(output));
+    EXPECT_THAT(closed.err, testing::HasSubstr("not all of it could be written\n2\n"));
   }
   for (const auto& path : {notJson, empty, notXml, otherRoot, pipe})
     std::remove(path.c_str());

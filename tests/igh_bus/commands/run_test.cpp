@@ -69,7 +69,7 @@ TEST(Run, TakesEveryDescriptionThatLoadsAndSaysWhatTheSlaveMakesOfIt) {
 }
 
 TEST(Run, EndsInOrderOnASignal) {
-  for (const int signal : {SIGINT, SIGTERM}) {
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     const auto outcome = ighBus("run --seconds 60" + onMachine, signal);
     EXPECT_EQ(outcome.status, 0) << outcome.err;
     EXPECT_THAT(outcome.out, ContainsRegex("ecrt_master_deactivate\n.*Verdict: ended by a signal, in "));

@@ -13,10 +13,13 @@ void addLimits(CLI::App& command, CycleArguments& arguments) {
   auto& limits = arguments.options.limits;
   command.add_flag("--strict", limits.strict,
                    "Fail for an error or a missed cycle, and do not run other than in real time");
-  command.add_option("--max-errors", limits.errors, "Fail for more errors")->type_name("N");
+  command.add_option("--max-errors", limits.errors, "Fail for more errors")
+      ->check(wholeNumber(0))
+      ->type_name("N");
   command.add_option("--max-latency", arguments.maxLatency, "Fail when a wake-up is later, such as 200us")
       ->type_name("TIME");
   command.add_option("--max-missed", limits.missed, "Fail when late wake-ups leave more cycles out")
+      ->check(wholeNumber(0))
       ->type_name("N");
 }
 
@@ -28,20 +31,20 @@ CLI::Option* addCycleOptions(CLI::App& command, CycleArguments& arguments) {
   command.add_option("--period", arguments.period, "Time between two exchanges, 100us to 4s (1ms)")
       ->type_name("TIME");
   auto* cycles = command.add_option("--cycles", options.cycles, "Exchanges to run, climbing included (5000)")
-                     ->check(CLI::PositiveNumber)
+                     ->check(wholeNumber(1))
                      ->type_name("N");
   command.add_option("--seconds", arguments.seconds, "Time to run instead of --cycles")
-      ->check(CLI::PositiveNumber)
+      ->check(positiveNumber())
       ->type_name("S")
       ->excludes(cycles);
   command.add_flag("--exchange-mode", options.exchangeMode,
                    "Send first and wait for the frame in the same cycle");
   command
       .add_option("--priority", options.priority, "Run under SCHED_FIFO with this priority, memory locked")
-      ->check(CLI::Range(1, 99))
+      ->check(wholeNumber(1, 99))
       ->type_name("P");
   command.add_option("--cpu", options.cpu, "Run on this processor only")
-      ->check(CLI::Range(0, CPU_SETSIZE - 1))
+      ->check(wholeNumber(0, CPU_SETSIZE - 1))
       ->type_name("C");
   addLimits(command, arguments);
   return command.add_flag("--no-dc", options.withoutClocks, "Run without distributed clocks");

@@ -85,7 +85,9 @@ Status clearRegisters(const RegOptions& options) {
 
 CLI::App* addAccess(CLI::App& app, const char* name, const char* description, RegOptions& options) {
   auto* command = addCommand(app, name, description);
-  command->add_option("SLAVE", options.slave, "The slave's number in scan order")->required();
+  command->add_option("SLAVE", options.slave, "The slave's number in scan order")
+      ->check(wholeNumber(0, UINT16_MAX))
+      ->required();
   command->add_option("ADDRESS", options.address, "First register, such as 0x0300")->required();
   command->add_option("LENGTH", options.length, "Bytes (1)");
   addBusOptions(*command, options, false);

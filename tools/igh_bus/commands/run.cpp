@@ -8,6 +8,7 @@
 #include "report/Report.h"
 #include "run/BusRun.h"
 #include "run/Results.h"
+#include "sdo/SdoValue.h"
 #include "text/Text.h"
 
 #include <cstdio>
@@ -72,8 +73,10 @@ const Entry& checkedEntry(const EntryAddress& address, bool write, const std::ve
 void checkEntries(const RunOptions& options, const std::vector<FoundSlave>& slaves) {
   for (const auto& watch : options.watches)
     checkedEntry(watch, false, slaves);
-  for (const auto& setting : options.settings)
-    checkedEntry(setting.address, true, slaves);
+  for (const auto& [address, value] : options.settings) {
+    const auto& type = parseType(checkedEntry(address, true, slaves).type);
+    checkFits(type, value, format("%.17g for %u:%s", value, address.slave, address.entry.c_str()));
+  }
 }
 
 const char* modeText(const RunOptions& options) {

@@ -113,7 +113,9 @@ Status sdo(const SdoOptions& options, bool read) {
 
 void addTransfer(CLI::App& app, bool read, const std::shared_ptr<SdoOptions>& options, Action& action) {
   auto* command = addCommand(app, read ? "read" : "write", read ? "Read an object" : "Write an object");
-  command->add_option("SLAVE", options->slave, "The slave's number in scan order")->required();
+  command->add_option("SLAVE", options->slave, "The slave's number in scan order")
+      ->check(wholeNumber(0, UINT16_MAX))
+      ->required();
   command->add_option("INDEX[:SUB]", options->object, "The object, such as 0x6041 or 0x1018:1")->required();
   if (!read)
     command->add_option("VALUE", options->values, "Numbers of the type; bytes with --raw")->required();
@@ -121,7 +123,7 @@ void addTransfer(CLI::App& app, bool read, const std::shared_ptr<SdoOptions>& op
                       "SINT, USINT, INT, UINT, DINT, UDINT, REAL or LREAL; for process data the description "
                       "knows it");
   command->add_option("--count", options->count, "Numbers, or bytes with --raw and --complete (1)")
-      ->check(CLI::Range(1U, MOST_BYTES))
+      ->check(wholeNumber(1, MOST_BYTES))
       ->type_name("N");
   command->add_flag("--raw", options->raw, "Bytes, as pairs of hexadecimal digits");
   command->add_flag(

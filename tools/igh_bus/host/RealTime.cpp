@@ -27,16 +27,23 @@ void StopSignals::receive(int) {
   sRequested.store(true, std::memory_order_relaxed);
 }
 
-StopSignals::StopSignals() {
+StopSignals::StopSignals() : m_hangup(true) {
+  struct sigaction former {};
+  sigaction(SIGHUP, nullptr, &former);
+  m_hangup = former.sa_handler != SIG_IGN;
   struct sigaction action {};
   action.sa_handler = receive; // without SA_RESTART, so that a sleep ends
   sigaction(SIGINT, &action, nullptr);
   sigaction(SIGTERM, &action, nullptr);
+  if (m_hangup)
+    sigaction(SIGHUP, &action, nullptr);
 }
 
 StopSignals::~StopSignals() {
   std::signal(SIGINT, SIG_DFL);
   std::signal(SIGTERM, SIG_DFL);
+  if (m_hangup)
+    std::signal(SIGHUP, SIG_DFL);
 }
 
 RealTime::RealTime(const std::optional<int>& priority, const std::optional<int>& cpu)

@@ -10,7 +10,8 @@
 
 namespace igh_bus {
 
-// SIGINT and SIGTERM ask for an orderly end while an object of this class lives.
+// SIGINT, SIGTERM and, unless nohup has it ignored, SIGHUP ask for an orderly end while an object of this
+// class lives.
 class StopSignals {
 public:
   StopSignals();
@@ -22,6 +23,7 @@ public:
 private:
   static void receive(int);
   static std::atomic<bool> sRequested;
+  bool m_hangup;
 };
 
 // Exact timers, processor, priority and locked memory for the calling thread. What the system refuses, it

@@ -24,10 +24,12 @@ BusRun::BusRun(const RunOptions& options, RealTime& realTime)
 
 void BusRun::cycle() {
   const bool terminal = isatty(STDOUT_FILENO) != 0 && !m_options.followReference;
+  const std::uint64_t secondsBetweenLines = terminal ? 1 : 10;
   std::optional<ReferenceFollower> follower;
   if (m_options.followReference)
     follower.emplace(m_options.periodNs);
-  const std::uint64_t cyclesPerSecond = (1000000000 + m_options.periodNs - 1) / m_options.periodNs;
+  const std::uint64_t cyclesPerLine =
+      (secondsBetweenLines * 1000000000 + m_options.periodNs - 1) / m_options.periodNs;
   while (m_session.cycles() < m_options.cycles && m_pacemaker.wait()) {
     const auto cycle = m_session.cycles();
     m_climb.note(cycle, m_session.exchange());
@@ -35,8 +37,8 @@ void BusRun::cycle() {
     m_recording->noteErrors(cycle, m_session.errors().total);
     if (follower)
       follower->step(m_session, m_climb.state(), m_pacemaker, *m_recording);
-    if (terminal && m_session.cycles() % cyclesPerSecond == 0)
-      printProgress(m_options, m_session, m_climb.state());
+    if (!follower && m_session.cycles() % cyclesPerLine == 0)
+      printProgress(m_options, m_session, m_climb.state(), terminal);
   }
   if (terminal)
     std::printf("\r\033[K");

@@ -32,15 +32,16 @@ void printErrors(const ErrorCounts& errors) {
 
 } // namespace
 
-void printProgress(const RunOptions& options, const Session& session, std::uint32_t state) {
+void printProgress(const RunOptions& options, const Session& session, std::uint32_t state, bool terminal) {
   std::uint64_t errors = 0;
   for (const auto count : session.errors().total)
     errors += count;
-  std::printf("\r\033[Kcycle %" PRIu64 " of %" PRIu64 "  %s  errors %" PRIu64, session.cycles(),
-              options.cycles, stateText(state).c_str(), errors);
+  std::printf("%scycle %" PRIu64 " of %" PRIu64 "  %s  errors %" PRIu64, terminal ? "\r\033[K" : "",
+              session.cycles(), options.cycles, stateText(state).c_str(), errors);
   for (std::size_t i = 0; i < options.watches.size(); ++i)
     std::printf("  %u:%s=%.10g", options.watches[i].slave, options.watches[i].entry.c_str(),
                 session.watched(i));
+  std::printf("%s", terminal ? "" : "\n");
   std::fflush(stdout);
 }
 

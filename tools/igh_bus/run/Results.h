@@ -8,8 +8,8 @@
 
 namespace igh_bus {
 
-// One line with the watched values, over the previous one.
-void printProgress(const RunOptions& options, const Session& session, std::uint32_t state);
+// One line with the watched values; on a terminal over the previous one.
+void printProgress(const RunOptions& options, const Session& session, std::uint32_t state, bool terminal);
 
 // The fastest, the last and the slowest cycle since activation.
 void printTiming(const Session& session);

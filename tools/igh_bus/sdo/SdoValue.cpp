@@ -82,13 +82,19 @@ double parseValue(const SdoType& type, const std::string& text) {
   if (text.empty() || std::isspace(static_cast<unsigned char>(text[0])) != 0 || *end != '\0' ||
       !std::isfinite(value))
     refuse("value '" + text + "' is not a number");
+  checkFits(type, value, text);
+  return value;
+}
+
+void checkFits(const SdoType& type, double value, const std::string& text) {
+  if (!std::isfinite(value))
+    refuse("value " + text + " is not a number");
   if (type.whole() && value != std::trunc(value))
     refuse("value " + text + ": " + type.name + " holds whole numbers only");
   if (type.whole() && (value < type.lowest || value > type.highest))
     refuse("value " + text + format(": %s holds %.0f to %.0f", type.name, type.lowest, type.highest));
   if (type.id == DATA_TYPE_REAL && std::fabs(value) > static_cast<double>(FLT_MAX))
     refuse("value " + text + " is too large for REAL");
-  return value;
 }
 
 std::vector<std::uint8_t> parseBytes(const std::vector<std::string>& texts) {

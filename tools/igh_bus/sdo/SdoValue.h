@@ -23,6 +23,8 @@ struct SdoType {
 const SdoType& parseType(const std::string& name);
 // A number that the type holds; whole numbers also in hexadecimal.
 double parseValue(const SdoType& type, const std::string& text);
+// Throws unless the type holds this number; `text` names it in the reason.
+void checkFits(const SdoType& type, double value, const std::string& text);
 // Pairs of hexadecimal digits, with or without blanks between them.
 std::vector<std::uint8_t> parseBytes(const std::vector<std::string>& texts);
 
