@@ -1,55 +1,27 @@
 #include "adapt/PdoChoice.h"
 
+#include "adapt/PdoPlaces.h"
+#include "adapt/TakenPdos.h"
 #include "text/Failure.h"
 #include "text/Text.h"
 
 #include <algorithm>
-#include <cctype>
 #include <set>
-#include <unordered_map>
 
 namespace igh_bus::adapt {
 namespace {
-
-constexpr unsigned int LAST_SYNC_MANAGER = 15;
-
-std::string pdoText(const SourcePdo& pdo) {
-  return format("PDO 0x%04X", unsigned{pdo.index}) + (pdo.name.empty() ? "" : " \"" + pdo.name + '"');
-}
-
-bool names(const SourcePdo& pdo, std::uint16_t index) {
-  return std::any_of(pdo.excludes.begin(), pdo.excludes.end(),
-                     [&](const auto& exclude) { return exclude.first == index; });
-}
-
-bool exclude(const SourcePdo& one, const SourcePdo& other) {
-  return names(one, other.index) || names(other, one.index);
-}
-
-// "Outputs", "Inputs", and what else makers call them; mailboxes are neither.
-bool meansDirection(std::string text, bool output) {
-  std::transform(text.begin(), text.end(), text.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-  return text.rfind("mbox", 0) != 0 && text.rfind("mailbox", 0) != 0 && text.find(output ? "out" : "in") == 0;
-}
 
 class Chooser {
 public:
   Chooser(const SourceDevice& device, std::vector<SourcePdo>& offered, const SourceMode* mode,
           const Wishes& wishes)
-      : m_device(device), m_offered(offered), m_mode(mode), m_wishes(wishes) {}
+      : m_device(device), m_offered(offered), m_mode(mode), m_wishes(wishes), m_taken(device.pdoAssign) {}
 
   PdoChoice run() {
     checkWishes();
     for (const bool output : {true, false})
       chooseDirection(output);
-    noteDirections();
-    for (auto& pdo : m_offered) {
-      if (m_taken.count(&pdo) == 0)
-        continue;
-      place(pdo);
-      m_choice.pdos.push_back(pdo);
-    }
+    placeTaken();
     tellRest();
     return std::move(m_choice);
   }
@@ -66,31 +38,19 @@ private:
   void takeRanked(bool output, int rank);
   void takeFirst(bool output);
   void take(const SourcePdo& pdo);
-  void insert(const SourcePdo& pdo);
-  const SourcePdo* rivalOf(const SourcePdo& pdo) const;
-  std::optional<unsigned int> describedAs(bool output) const;
-  unsigned int syncManagerOf(bool output) const;
-  void noteDirections();
-  void place(SourcePdo& pdo);
+  void placeTaken();
   void tellRest();
   void tell(const SourcePdo& pdo, const std::string& from, const std::string& to, const std::string& why) {
     m_choice.changes.push_back({"pdo", pdoText(pdo), from, to, why});
   }
   bool assignable() const { return m_device.coe && m_device.pdoAssign; }
-  bool anyTaken(bool output) const {
-    return std::any_of(m_taken.begin(), m_taken.end(),
-                       [&](const SourcePdo* pdo) { return pdo->output == output; });
-  }
 
   const SourceDevice& m_device;
   std::vector<SourcePdo>& m_offered;
   const SourceMode* m_mode;
   const Wishes& m_wishes;
-  std::set<const SourcePdo*> m_taken;
-  std::unordered_map<std::uint16_t, const SourcePdo*> m_byIndex;   // of the taken ones
-  std::unordered_map<std::uint16_t, const SourcePdo*> m_excluders; // by what they exclude
+  TakenPdos m_taken;
   std::set<const SourcePdo*> m_told;
-  std::map<unsigned int, unsigned int> m_directions; // of each sync manager: 1 output, 2 input
   PdoChoice m_choice;
 };
 
@@ -126,31 +86,10 @@ std::optional<unsigned int> Chooser::listed(const SourcePdo& pdo) const {
   return std::nullopt;
 }
 
-const SourcePdo* Chooser::rivalOf(const SourcePdo& pdo) const {
-  const auto in = [](const auto& map, std::uint16_t index) -> const SourcePdo* {
-    const auto found = map.find(index);
-    return found == map.end() ? nullptr : found->second;
-  };
-  for (const auto& exclude : pdo.excludes) {
-    if (const auto* rival = in(m_byIndex, exclude.first))
-      return rival;
-  }
-  const auto* excluder = in(m_excluders, pdo.index);
-  const auto* twin = m_device.pdoAssign ? in(m_byIndex, pdo.index) : nullptr;
-  return excluder ? excluder : twin;
-}
-
-void Chooser::insert(const SourcePdo& pdo) {
-  m_taken.insert(&pdo);
-  m_byIndex.try_emplace(pdo.index, &pdo);
-  for (const auto& exclude : pdo.excludes)
-    m_excluders.try_emplace(exclude.first, &pdo);
-}
-
 void Chooser::take(const SourcePdo& pdo) {
-  const auto* rival = rivalOf(pdo);
+  const auto* rival = m_taken.rivalOf(pdo);
   if (!rival) {
-    insert(pdo);
+    m_taken.insert(pdo);
     return;
   }
   m_told.insert(&pdo);
@@ -181,7 +120,7 @@ void Chooser::takeListed(bool output) {
     take(pdo);
   }
   for (auto& pdo : m_offered) {
-    if (pdo.output == output && pdo.syncManager && m_taken.count(&pdo) == 0 &&
+    if (pdo.output == output && pdo.syncManager && !m_taken.has(pdo) &&
         m_mode->pdos.count(*pdo.syncManager) != 0) {
       m_told.insert(&pdo);
       tell(pdo, format("SM %u", *pdo.syncManager), "left out",
@@ -196,7 +135,7 @@ void Chooser::takeRanked(bool output, int rank) {
   for (const auto& pdo : m_offered) {
     const bool possible = pdo.syncManager || !pdo.excludes.empty() || assignable();
     const bool fits = rank == 0 ? pdo.mandatory && possible : !pdo.mandatory && pdo.syncManager;
-    if (pdo.output == output && fits && m_taken.count(&pdo) == 0 && m_told.count(&pdo) == 0)
+    if (pdo.output == output && fits && !m_taken.has(pdo) && m_told.count(&pdo) == 0)
       take(pdo);
   }
 }
@@ -205,7 +144,7 @@ void Chooser::takeFirst(bool output) {
   const SourcePdo* first = nullptr;
   const SourcePdo* peaceful = nullptr;
   for (const auto& pdo : m_offered) {
-    if (pdo.output != output || pdo.entries.empty() || rivalOf(pdo) || m_told.count(&pdo) != 0)
+    if (pdo.output != output || pdo.entries.empty() || m_taken.rivalOf(pdo) || m_told.count(&pdo) != 0)
       continue;
     first = first ? first : &pdo;
     peaceful = peaceful || !pdo.excludes.empty() ? peaceful : &pdo;
@@ -213,8 +152,8 @@ void Chooser::takeFirst(bool output) {
   if (!first)
     return;
   const auto& chosen = peaceful ? *peaceful : *first;
-  insert(chosen);
-  tell(chosen, "no sync manager", format("SM %u", syncManagerOf(output)),
+  m_taken.insert(chosen);
+  tell(chosen, "no sync manager", format("SM %u", PdoPlaces(m_device, m_offered, m_taken).usual(output)),
        peaceful ? "no PDO of its direction has one; the first that excludes nothing"
                 : "no PDO of its direction has one, and all exclude others; the first");
   if (!peaceful)
@@ -234,65 +173,25 @@ void Chooser::chooseDirection(bool output) {
     takeListed(output);
   for (const int rank : {0, 1})
     takeRanked(output, rank);
-  if (!anyTaken(output))
+  if (!m_taken.any(output))
     takeFirst(output);
 }
 
-std::optional<unsigned int> Chooser::describedAs(bool output) const {
-  for (unsigned int i = 0; i < m_device.syncManagers.size(); ++i) {
-    if (meansDirection(m_device.syncManagers[i], output))
-      return i;
+void Chooser::placeTaken() {
+  PdoPlaces places(m_device, m_offered, m_taken);
+  for (auto& pdo : m_offered) {
+    if (!m_taken.has(pdo))
+      continue;
+    places.place(pdo, m_choice.changes);
+    m_choice.pdos.push_back(pdo);
   }
-  return std::nullopt;
-}
-
-// That of other PDOs of the direction, else the one which is described so, else the usual one.
-unsigned int Chooser::syncManagerOf(bool output) const {
-  for (const auto& pdo : m_offered) {
-    if (pdo.output == output && pdo.syncManager)
-      return *pdo.syncManager;
-  }
-  const auto described = describedAs(output);
-  if (described)
-    return *described;
-  if (m_device.coe || m_device.syncManagers.size() > 2)
-    return output ? 2 : 3;
-  return output || !anyTaken(true) ? 0 : 1;
-}
-
-void Chooser::noteDirections() {
-  for (const auto* pdo : m_taken) {
-    if (pdo->syncManager)
-      m_directions[*pdo->syncManager] |= pdo->output ? 1U : 2U;
-  }
-}
-
-// A sync manager has one direction: the library drops the PDOs of the other.
-void Chooser::place(SourcePdo& pdo) {
-  constexpr unsigned int BOTH = 3;
-  if (!pdo.syncManager) {
-    pdo.syncManager = syncManagerOf(pdo.output);
-    return;
-  }
-  const unsigned int syncManager = *pdo.syncManager;
-  const bool shared = m_directions[syncManager] == BOTH;
-  if (syncManager <= LAST_SYNC_MANAGER && !shared)
-    return;
-  const auto usual =
-      syncManager > LAST_SYNC_MANAGER ? (pdo.output ? 2U : 3U) : syncManager + (pdo.output ? 0U : 1U);
-  const auto own = describedAs(pdo.output).value_or(usual);
-  if (own == syncManager)
-    return;
-  tell(pdo, format("SM %u", syncManager), format("SM %u", own),
-       shared ? "PDOs of the other direction have that sync manager" : "no slave has that sync manager");
-  pdo.syncManager = own;
 }
 
 void Chooser::tellRest() {
   for (const bool output : {true, false}) {
     std::string left;
     for (const auto& pdo : m_offered) {
-      if (pdo.output == output && m_taken.count(&pdo) == 0 && m_told.count(&pdo) == 0)
+      if (pdo.output == output && !m_taken.has(pdo) && m_told.count(&pdo) == 0)
         left += (left.empty() ? "" : ", ") + format("0x%04X", unsigned{pdo.index});
     }
     if (!left.empty())
