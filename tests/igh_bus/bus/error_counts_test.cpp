@@ -8,7 +8,7 @@ TEST(ErrorCounts, AnErrorLastsWhenTheLastCyclesAllRaisedIt) {
   igh_bus::ErrorCounts errors;
   const auto cycle = [&](int times) {
     for (int i = 0; i < times; ++i)
-      errors.count(3); // one for each slave in error
+      errors.count(0, 3); // one for each slave in error
     ++errors.cycle;
   };
   for (const int times : {1, 1, 1, 0, 2, 2})

@@ -91,6 +91,7 @@ TEST_F(Commands, WrongArgumentsAreRefusedBeforeAnythingIsSent) {
   expect("sdo read 0 0x2000:1 --raw", 2, "--count");
   expect("sdo read 0 0x2002:1 --complete --count 2", 2, "whole object");
   expect("sdo write 0 0x6040 65536", 2, "UINT holds 0 to 65535");
+  expect("sdo write 0 0x2000:2 nan --type REAL", 2, "value nan is not a number");
   expect("sdo write 0 0x6040 1.5", 2, "whole numbers");
   expect("sdo write 0 0x2001 012 --raw", 2, "pairs of hexadecimal digits");
   expect("reg read 0 0xFFFF 2", 2, "length 2");

@@ -6,6 +6,7 @@
 #include "Program.h"
 
 #include <ethercat_simulation/Simulation.h>
+#include <filesystem>
 
 using namespace igh_bus;
 
@@ -74,6 +75,32 @@ TEST(Verdict, ARunSaysWhetherItWasARealTimeOneAndIsRefusedOrFailsWhereItWasToBe)
   }
   unsetenv("ETHERCAT_SIMULATION_BUS");
   ethercat_simulation::reset();
+}
+
+TEST(Verdict, ErrorsAreToldBySlaveWithTheirFirstAndLastCycle) {
+  using namespace ethercat_simulation;
+  reset();
+  bus().setClimbCycles(1);
+  Slave drive;
+  std::tie(drive.vendorId, drive.productCode, drive.revisionNumber, drive.name) =
+      std::tuple(0x0B0B, 0x500, 0x20001, "X <left>");
+  bus().addSlave(drive);
+  bus().addSlave(drive);
+  bus().setMaximumState(1, 2);
+  const auto folder = scratch("slave_errors");
+  std::remove(folder.c_str());
+  scenario::SteppedClock clock;
+  const auto outcome = runHere("run --eni @servo_drive.xml --cycles 60 --report " + folder);
+  EXPECT_EQ(outcome.status, 3);
+  EXPECT_THAT(outcome.out, testing::ContainsRegex(
+                               "\n  slave 1 \\(X <left>\\): slave refused [^\n]*, [0-9]+ from cycle [1-9] to "
+                               "59\n\nCycles left out"));
+  EXPECT_THAT(readFile(folder + "/report.html"),
+              testing::ContainsRegex(
+                  "<th>slave 1 \\(X &lt;left&gt;\\)</th><td>slave refused [^/]*/td><td "
+                  "class=\"n\">[0-9]+</td><td class=\"n\">[1-9][0-9]*</td><td class=\"n\">59</td>"));
+  std::filesystem::remove_all(folder);
+  reset();
 }
 
 } // namespace

@@ -9,8 +9,8 @@
 namespace igh_bus {
 namespace {
 
-void countError(unsigned int, unsigned int, int code, void* counts) {
-  static_cast<ErrorCounts*>(counts)->count(code);
+void countError(unsigned int, unsigned int slave, int code, void* counts) {
+  static_cast<ErrorCounts*>(counts)->count(slave, code);
 }
 
 void countCallback(void* callbacks) {

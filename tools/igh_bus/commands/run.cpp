@@ -107,9 +107,9 @@ void printPlan(const RunOptions& options, const std::vector<FoundSlave>& slaves)
   std::fflush(stdout);
 }
 
-void report(const RunOptions& options, std::size_t slaves, const Verdict& verdict, const RealTime& realTime,
-            const BusRun& busRun) {
-  const ReportFacts facts{busText(options, slaves),
+void report(const RunOptions& options, const std::vector<FoundSlave>& slaves, const Verdict& verdict,
+            const RealTime& realTime, const BusRun& busRun) {
+  const ReportFacts facts{busText(options, slaves.size()),
                           modeText(options),
                           clocksText(options),
                           verdict.text,
@@ -119,6 +119,7 @@ void report(const RunOptions& options, std::size_t slaves, const Verdict& verdic
                           busRun.session().cycles(),
                           busRun.pacemaker().leftOut(),
                           busRun.climb().changes(),
+                          slaveErrors(busRun.session().errors(), slaves),
                           inspectHost()};
   writeReport(options.reportFolder, reportData(facts, busRun.recording()));
 }
@@ -127,7 +128,8 @@ void report(const RunOptions& options, std::size_t slaves, const Verdict& verdic
 Verdict cycleBus(const RunOptions& options, const std::vector<FoundSlave>& slaves, RealTime& realTime) {
   BusRun busRun(options, realTime);
   busRun.cycle();
-  printResults(options, busRun.session(), busRun.pacemaker(), busRun.climb());
+  printResults(options, busRun.session(), busRun.pacemaker(), busRun.climb(),
+               slaveErrors(busRun.session().errors(), slaves));
   printShortReport(busRun.recording());
   const bool processData = hasProcessData(slaves);
   if (!processData)
@@ -135,7 +137,7 @@ Verdict cycleBus(const RunOptions& options, const std::vector<FoundSlave>& slave
         "\nNo slave has process data: the working counter counts as incomplete in every cycle in OP.\n");
   auto verdict = busRun.verdict(processData);
   if (!options.reportFolder.empty())
-    report(options, slaves.size(), verdict, realTime, busRun);
+    report(options, slaves, verdict, realTime, busRun);
   return verdict;
 }
 

@@ -68,6 +68,21 @@ std::string phaseTable(const Json& phases) {
   return "<table>\n" + rows + "</table>\n";
 }
 
+std::string errorTable(const Json& errors) {
+  if (errors.empty())
+    return "<p>None.</p>\n";
+  std::string rows = "<tr><th>slave</th><th>error</th><th class=\"n\">count</th><th class=\"n\">first "
+                     "cycle</th><th class=\"n\">last cycle</th></tr>\n";
+  for (const Json& error : errors) {
+    rows += "<tr><th>" + escaped(error.at("slave").get<std::string>()) + "</th><td>" +
+            escaped(error.at("text").get<std::string>()) + "</td>";
+    for (const char* key : {"count", "first_cycle", "last_cycle"})
+      rows += "<td class=\"n\">" + number(error.at(key)) + "</td>";
+    rows += "</tr>\n";
+  }
+  return "<table>\n" + rows + "</table>\n";
+}
+
 std::string histogramChart(const Json& phase) {
   Points bars;
   double highest = 1;
@@ -178,6 +193,7 @@ std::string reportPage(const Json& data) {
   for (const auto& [name, phase] : data.at("phases").items())
     page += histogramChart(phase);
   page += "<h2>Clock</h2>\n" + clockCharts(data.at("clock"), cycles);
+  page += "<h2>Errors by slave</h2>\n" + errorTable(data.at("slave_errors"));
   page += "<h2>Course of the run</h2>\n" + timeLine(data, cycles);
   page += "<h2>Host</h2>\n" + factTable(data.at("host"));
   page += "<script type=\"application/json\" id=\"data\">" + embedded(data) + "</script>\n</body>\n</html>\n";

@@ -88,6 +88,14 @@ Json reportData(const ReportFacts& facts, const Recording& recording) {
                               {"first_cycle", span.first},
                               {"last_cycle", span.last},
                               {"count", span.count}});
+  data["slave_errors"] = Json::array();
+  for (const auto& [slave, code, count] : facts.slaveErrors)
+    data["slave_errors"].push_back({{"slave", slave},
+                                    {"code", code},
+                                    {"text", errorText(code)},
+                                    {"count", count.count},
+                                    {"first_cycle", count.first},
+                                    {"last_cycle", count.last}});
   data["errors_without_place"] = recording.lostErrors();
   return data;
 }

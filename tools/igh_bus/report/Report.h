@@ -2,6 +2,7 @@
 #ifndef IGH_BUS_REPORT_REPORT_H
 #define IGH_BUS_REPORT_REPORT_H
 
+#include "bus/SlaveErrors.h"
 #include "host/Host.h"
 #include "report/Recording.h"
 
@@ -28,6 +29,7 @@ struct ReportFacts {
   std::uint64_t cycles;
   std::uint64_t cyclesLeftOut;
   std::vector<StateChange> states;
+  std::vector<SlaveError> slaveErrors;
   Host host;
 };
 

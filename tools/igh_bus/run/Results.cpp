@@ -17,7 +17,7 @@ void printWatched(const RunOptions& options, const Session& session) {
                 session.watched(i));
 }
 
-void printErrors(const ErrorCounts& errors) {
+void printErrors(const ErrorCounts& errors, const std::vector<SlaveError>& slaveErrors) {
   std::printf("\nErrors\n");
   bool any = false;
   for (std::size_t code = 1; code < errors.total.size(); ++code) {
@@ -28,6 +28,9 @@ void printErrors(const ErrorCounts& errors) {
   }
   if (!any)
     std::printf("  none\n");
+  for (const auto& [slave, code, count] : slaveErrors)
+    std::printf("  %s: %s, %" PRIu64 " from cycle %" PRIu64 " to %" PRIu64 "\n", slave.c_str(),
+                errorText(code), count.count, count.first, count.last);
 }
 
 } // namespace
@@ -58,12 +61,12 @@ void printTiming(const Session& session) {
 }
 
 void printResults(const RunOptions& options, const Session& session, const Pacemaker& pacemaker,
-                  const Climb& climb) {
+                  const Climb& climb, const std::vector<SlaveError>& slaveErrors) {
   std::printf("%" PRIu64 " cycles, the callback ran in %" PRIu64 " of them\n", session.cycles(),
               session.callbacks());
   climb.print();
   printWatched(options, session);
-  printErrors(session.errors());
+  printErrors(session.errors(), slaveErrors);
   std::printf("\nCycles left out for late wake-ups: %" PRIu64 " (the latest %.1f us behind its time)\n",
               pacemaker.leftOut(), static_cast<double>(pacemaker.latestNs()) / 1e3);
   std::printf("\n");

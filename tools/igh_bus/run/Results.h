@@ -3,6 +3,7 @@
 #define IGH_BUS_RESULTS_H
 
 #include "bus/Session.h"
+#include "bus/SlaveErrors.h"
 #include "host/RealTime.h"
 #include "run/Climb.h"
 
@@ -15,7 +16,7 @@ void printProgress(const RunOptions& options, const Session& session, std::uint3
 void printTiming(const Session& session);
 
 void printResults(const RunOptions& options, const Session& session, const Pacemaker& pacemaker,
-                  const Climb& climb);
+                  const Climb& climb, const std::vector<SlaveError>& slaveErrors);
 
 } // namespace igh_bus
 

@@ -10,6 +10,9 @@ const char* alStatusText(std::uint16_t code) {
       {0x0001, "unspecified error"},
       {0x0002, "no memory"},
       {0x0003, "the device is not set up"},
+      {0x0006, "the SII does not fit the firmware"},
+      {0x0007, "the firmware update failed, the old firmware still runs"},
+      {0x000E, "license error"},
       {0x0011, "state change that is not possible"},
       {0x0012, "unknown state"},
       {0x0013, "bootstrap is not supported"},
@@ -48,6 +51,7 @@ const char* alStatusText(std::uint16_t code) {
       {0x0035, "DC cycle time is not valid"},
       {0x0036, "DC cycle time of SYNC0 is not valid"},
       {0x0037, "DC cycle time of SYNC1 is not valid"},
+      {0x0041, "mailbox, AoE"},
       {0x0042, "mailbox, EoE"},
       {0x0043, "mailbox, CoE"},
       {0x0044, "mailbox, FoE"},
@@ -55,14 +59,22 @@ const char* alStatusText(std::uint16_t code) {
       {0x004F, "mailbox, VoE"},
       {0x0050, "no access to the SII"},
       {0x0051, "error in the SII"},
+      {0x0052, "hardware outside the controller is not ready"},
       {0x0060, "restarted by itself"},
-      {0x0061, "identity does not fit"},
+      {0x0061, "the identification value was changed"},
+      {0x0070, "the modules found are not those of the configured list"},
+      {0x0080, "supply voltage is too low"},
+      {0x0081, "supply voltage is too high"},
+      {0x0082, "temperature is too low"},
+      {0x0083, "temperature is too high"},
+      {0x00F0, "a controller of the application is there"},
   };
   for (const auto& [known, text] : TEXTS) {
     if (known == code)
       return text;
   }
-  return "the maker's manual knows this code";
+  constexpr std::uint16_t OF_THE_MAKER = 0x8000;
+  return code >= OF_THE_MAKER ? "the maker's manual knows this code" : "not a standard code";
 }
 
 } // namespace igh_bus

@@ -79,8 +79,7 @@ const SdoType& parseType(const std::string& name) {
 double parseValue(const SdoType& type, const std::string& text) {
   char* end = nullptr;
   const double value = std::strtod(text.c_str(), &end);
-  if (text.empty() || std::isspace(static_cast<unsigned char>(text[0])) != 0 || *end != '\0' ||
-      !std::isfinite(value))
+  if (text.empty() || std::isspace(static_cast<unsigned char>(text[0])) != 0 || *end != '\0')
     refuse("value '" + text + "' is not a number");
   checkFits(type, value, text);
   return value;

@@ -1,0 +1,20 @@
+// Which slave raised what, and when.
+#ifndef IGH_BUS_SLAVE_ERRORS_H
+#define IGH_BUS_SLAVE_ERRORS_H
+
+#include "bus/ErrorCounts.h"
+#include "bus/Survey.h"
+
+namespace igh_bus {
+
+struct SlaveError {
+  std::string slave; // "slave 5 (EM500 servo drive X)", "master"
+  int code;
+  SlaveErrorCount count;
+};
+
+std::vector<SlaveError> slaveErrors(const ErrorCounts& errors, const std::vector<FoundSlave>& slaves);
+
+} // namespace igh_bus
+
+#endif
