@@ -61,7 +61,7 @@ inline std::string expand(std::string text, const std::string& modulesFile = "")
       {"MAILBOX", "<Sm>MBoxOut</Sm><Sm>MBoxIn</Sm><Sm>Outputs</Sm><Sm>Inputs</Sm>"},
       {"TYPES_OF_(.000)",
        "[$1:1:32:UINT32:U32][$1:2:16:INT16:I16][$1:3:8:MODE_T:Mode][$1:4:64:LINT:Long]"
-       "[$1:5:64:ULINT:Stamp][$1:6:240:ARRAY [0..29] OF BYTE:Frame][$1:7:24:INT24:Medium]"
+       "[$1:5:64:ULINT:Stamp][$1:6:240:ARRAY [2..31] OF BYTE:Frame][$1:7:24:INT24:Medium]"
        "[$1:8:32:REAL:Force$1][$1:9:64:LREAL:Angle$1][$1:10:16:BITARR16:Flags][$1:11:3:BIT3:"
        "Three]"
        "[$1:12:13::Thirteen][$1:13:16:DWORD:Narrow]"},

@@ -172,7 +172,7 @@ TEST(AdaptProof, EveryBitOfEverySlaveGoesWhereItsNameSays) {
                       "Channel 2 Low 0x6020:02 .. Rest|");
   EXPECT_THAT(names(5), testing::StartsWith("Outputs U32|Outputs I16|Outputs Mode|Outputs Long low|"
                                             "Outputs Long high|Outputs Stamp low|Outputs Stamp high|"
-                                            "Outputs Frame[0]|Outputs Frame[1]|"));
+                                            "Outputs Frame[2]|Outputs Frame[3]|"));
   EXPECT_THAT(proof.after.clocks,
               testing::ElementsAre("ecrt_slave_config_dc(0:7, 0x0300, 200000, -5000, 0, 0)"));
 }

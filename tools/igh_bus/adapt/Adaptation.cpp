@@ -25,12 +25,28 @@ std::map<DeviceKey, const Device*> byKey(const std::vector<Device>& devices) {
   return map;
 }
 
+// The first item of each object that the master writes.
+std::map<std::pair<std::uint16_t, std::uint8_t>, const Item*> firstWritten(const Plan& plan) {
+  std::map<std::pair<std::uint16_t, std::uint8_t>, const Item*> firsts;
+  for (const auto& layout : plan.layout) {
+    for (const auto& item : layout.items) {
+      if (!item.free && !item.entry.gap())
+        firsts.try_emplace({item.entry.index, item.entry.subindex}, &item);
+    }
+  }
+  return firsts;
+}
+
 // Why it is out of reach, in words that several share.
-std::string reasonFor(const Plan& plan, const Missing& missing) {
+std::string reasonFor(const Plan& plan, const Missing& missing, bool again) {
   if (!missing.item)
     return plan.clockWished ? "no operation mode switches them on" : "--mode none";
   if (missing.item->entry.bits == 0)
     return "the description gives it no length";
+  if (again)
+    return "its object stands in the process data before it, the master writes both into the slave, and "
+           "finds "
+           "the first only";
   if (!missing.item->free)
     return "the master writes the entries of its PDO into the slave (CoE with PdoConfig, not fixed), so they "
            "must stay as the slave knows them, and the library converts none of this kind there";
@@ -41,8 +57,11 @@ std::string reasonFor(const Plan& plan, const Missing& missing) {
 
 void explain(Plan& plan, const std::vector<Missing>& missing) {
   std::map<std::string, std::string> byReason;
+  const auto firsts = firstWritten(plan);
   for (const auto& one : missing) {
-    auto& names = byReason[reasonFor(plan, one)];
+    const bool again = one.item && !one.item->free &&
+                       firsts.at({one.item->entry.index, one.item->entry.subindex}) != one.item;
+    auto& names = byReason[reasonFor(plan, one, again)];
     names += names.empty() ? "\"" : ", \"";
     names += (one.item ? one.item->name : "distributed clocks") + '"';
   }

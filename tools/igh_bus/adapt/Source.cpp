@@ -5,6 +5,7 @@
 #include "descriptions/Descriptions.h"
 #include "text/Failure.h"
 #include "text/Redirection.h"
+#include "text/Text.h"
 
 #include <libxml/xmlerror.h>
 
@@ -59,6 +60,16 @@ std::string englishName(const _XmlNode* device) {
   return childText(device, "Name");
 }
 
+// The library passes over a device whose type says nothing.
+std::string typeNameOf(const _XmlNode* type, SourceDevice& device) {
+  const auto text = textOf(type);
+  if (!text.empty())
+    return text;
+  const auto name = device.name.empty() ? format("0x%08X", device.key.productCode) : device.name;
+  device.numbers.push_back({"name", "Type", "", name, "the library passes over a device without one"});
+  return name;
+}
+
 SourceDevice readDevice(const _XmlNode* node, std::uint32_t vendorId, std::size_t file) {
   SourceDevice device;
   NumberReader numbers(device.numbers);
@@ -66,8 +77,10 @@ SourceDevice readDevice(const _XmlNode* node, std::uint32_t vendorId, std::size_
   device.key.vendorId = vendorId;
   device.key.productCode = numbers.read(attributeText(type, "ProductCode"), "ProductCode");
   device.key.revision = numbers.read(attributeText(type, "RevisionNo"), "RevisionNo");
-  device.typeName = textOf(type);
+  if (!attributeOf(type, "RevisionNo"))
+    device.numbers.push_back({"number", "RevisionNo", "none", "0", "the library passes over such a device"});
   device.name = englishName(node);
+  device.typeName = typeNameOf(type, device);
   device.file = file;
   device.node = node;
   const auto* mailbox = firstChild(node, "Mailbox");
@@ -100,7 +113,7 @@ void readDevices(const _XmlNode* root, std::uint32_t vendorId, std::size_t file,
     for (const auto* list : xml_file_children(descriptions, "Devices")) {
       for (const auto* node : xml_file_children(list, "Device")) {
         const auto* type = firstChild(node, "Type");
-        if (!attributeOf(type, "ProductCode") || !attributeOf(type, "RevisionNo") || textOf(type).empty())
+        if (!attributeOf(type, "ProductCode"))
           continue;
         sources.devices.push_back(readDevice(node, vendorId, file));
         for (const auto revision : hiddenRevisions(node))
