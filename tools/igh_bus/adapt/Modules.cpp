@@ -155,7 +155,7 @@ PlacedModules placeModules(const Sources& sources, const SourceDevice& device, c
     } else if (chosen.ident) {
       placed.open.push_back(where + ": module " + hexadecimal(*chosen.ident) + " (" + chosen.why +
                             ") is not described: give its file to --eni");
-    } else if (wishes.reported.empty()) {
+    } else if (wishes.reported.empty() && !alternatives(*position.slot).empty()) {
       placed.open.push_back(where + " is taken for empty: none of its modules is the default (" +
                             alternatives(*position.slot) + "): use --module");
     }
