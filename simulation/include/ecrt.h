@@ -2,7 +2,8 @@
  *
  * The subset of the IgH EtherCAT Master's interface 1.5.2 (patched releases, version word 0x01050A) that a
  * bus application needs: same names, values and record layouts, so that a program built against this header
- * runs on the real library. Written for LP64 Linux; simulation/src/interface/Layout.cpp holds every size and offset.
+ * runs on the real library. Written for LP64 Linux; simulation/src/interface/Layout.cpp holds every size and
+ * offset.
  *
  * Context of a call: "set-up" means after the request and before activation, from an ordinary thread;
  * "cycle" means after activation, once per period; "any" means while the master is held.
@@ -157,8 +158,9 @@ void ecrt_release_master(ec_master_t* master);
 
 /* Any, open. 0, or -EINVAL when no slave has this ring position. */
 int ecrt_master_get_slave(ec_master_t* master, uint16_t slave_position, ec_slave_info_t* slave_info);
-/* Any, open. One of the slave's sync managers, of its PDOs, of their entries, as the last scan found them; the
- * pointers inside a record are null. 0, -EINVAL (no such slave or place), -ENOENT (sync manager 16 and on). */
+/* Any, open. One of the slave's sync managers, of its PDOs, of their entries, as the last scan found them;
+ * the pointers inside a record are null. 0, -EINVAL (no such slave or place), -ENOENT (sync manager 16 and
+ * on). */
 int ecrt_master_get_sync_manager(ec_master_t* master, uint16_t slave_position, uint8_t sync_index,
                                  ec_sync_info_t* sync);
 int ecrt_master_get_pdo(ec_master_t* master, uint16_t slave_position, uint8_t sync_index, uint16_t pos,

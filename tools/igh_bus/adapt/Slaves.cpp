@@ -79,7 +79,9 @@ bool upload(ec_master_t* master, unsigned int slave, std::uint16_t index, unsign
                              static_cast<std::uint8_t>(subindex), bytes.data(), bytes.size(), &size,
                              &abortCode) != 0)
     return false;
-  value = bytes[0] | bytes[1] << 8U | bytes[2] << 16U | static_cast<std::uint32_t>(bytes[3]) << 24U;
+  value = 0;
+  for (std::size_t i = bytes.size(); i-- > 0;)
+    value = value << 8U | bytes[i];
   return true;
 }
 

@@ -19,7 +19,8 @@ std::vector<DescribedRevision> describedRevisions(const ec_slave_info_t& slave,
 
 const char* portText(ec_slave_port_desc_t kind) {
   static constexpr const char* KINDS[] = {"not there", "not configured", "EBUS", "MII"};
-  return kind < 4 ? KINDS[kind] : "unknown";
+  const auto index = static_cast<unsigned int>(kind);
+  return index < std::size(KINDS) ? KINDS[index] : "unknown";
 }
 
 } // namespace igh_bus
