@@ -62,10 +62,10 @@ std::string englishName(const _XmlNode* device) {
 
 // The library passes over a device whose type says nothing.
 std::string typeNameOf(const _XmlNode* type, SourceDevice& device) {
-  const auto text = textOf(type);
+  auto text = textOf(type);
   if (!text.empty())
     return text;
-  const auto name = device.name.empty() ? format("0x%08X", device.key.productCode) : device.name;
+  auto name = device.name.empty() ? format("0x%08X", device.key.productCode) : device.name;
   device.numbers.push_back({"name", "Type", "", name, "the library passes over a device without one"});
   return name;
 }
