@@ -39,8 +39,10 @@ TEST_F(HandleTest, AnOpenedMasterTellsOfItsSlavesBesideTheOneThatHoldsIt) {
   ecrt_master_deactivate(master);
   ecrt_release_master(master);
   bus().addSlave(inputOnly()); // the idle master scans by itself
-  EXPECT_EQ(ecrt_master_get_pdo(opened, 1, 3, 1, nullptr), -EINVAL);
-  EXPECT_EQ(ecrt_master_get_pdo_entry(opened, 1, 3, 0, 2, nullptr), -EINVAL);
+  ec_pdo_info_t pdo{};
+  ec_pdo_entry_info_t entry{};
+  EXPECT_EQ(ecrt_master_get_pdo(opened, 1, 3, 1, &pdo), -EINVAL);
+  EXPECT_EQ(ecrt_master_get_pdo_entry(opened, 1, 3, 0, 2, &entry), -EINVAL);
   ec_sync_info_t sync{};
   EXPECT_EQ(ecrt_master_get_sync_manager(opened, 1, 3, &sync), 0);
   EXPECT_EQ(ecrt_master_get_sync_manager(opened, 1, 4, &sync), -EINVAL);
