@@ -9,6 +9,16 @@ namespace {
 // "# title, options" begins a trap, "!" behind the title when something stays out of reach; "=" is what is
 // written, ">" what is told; the other lines are PDOs and XML.
 constexpr const char* TRAPS = R"(
+# types: what is written has sign and width of what is meant
+<Profile><Dictionary><DataTypes><DataType><Name>MY</Name><BaseType>INTEGER16</BaseType></DataType></DataTypes></Dictionary></Profile>
+Tx Sm="3" {1A00 }[6000:1:8:BYTE:B][6000:2:16:WORD:W][6000:3:32:DWORD:D][6000:4:16:MY:M][6000:5:24:INT24:T]
+Tx Sm="3" {1A01 }[6000:7:32:WHAT:X][6000:8:8:UINT:U]
+= 3.0 USINT B | 3.8 UINT W | 3.24 UDINT D | 3.56 INT M | 3.72 UINT T low [0xFFFF T] | 3.88 SINT T high [0xFF T] | 3.96 UDINT X | 3.128 USINT U
+> type 0x6000:07 "X": WHAT, 32 bits -> UDINT
+# bits over PDOs
+Tx Sm="0" {1A00 }[6000:1:1:BOOL:In]
+Tx Sm="0" {1A01 }[6010:1:2:BIT2:In]
+= 0.0 USINT In 0x6000:01 .. In 0x6010:01 [0x1 In 0x6000:01, 0x6 In 0x6010:01]
 # as wide as they are of one object
 Tx Sm="3" {1A00 }[6000:1:1:BOOL:A][6000:2:7::B][6000:3:8::C][6010:1:1:BOOL:D][0:0:7::][6000:4:1:BOOL:E][6000:5:23::F]
 = 3.0 USINT A .. B [0x1 A, 0xFE B] | 3.8 USINT C | 3.16 USINT D [0x1 D] | 3.24 UINT E .. F [0x1 E, 0xFFFE F] | 3.40 USINT F high [0xFF F]
@@ -37,7 +47,7 @@ Rx Sm="2" {1600 }[7000:1:8:USINT:A][7000:1:8:USINT:B]
 Tx Sm="3" {1A00 }[6000:1:17:UDINT:A][0:0:15::]
 = 3.0 UDINT A
 > "A": the master writes
-> name gaps:
+> name gaps:  -> "Gap SM 3 bit 17"
 # PDOs in another order, an object mapped twice
 Tx Sm="3" {1A01 }[6000:1:8:USINT:A]
 Tx Sm="3" {1A00 }[6000:1:16:UINT:B]
