@@ -3,6 +3,7 @@
 #define IGH_BUS_ADAPT_DOCUMENT_H
 
 #include "XmlParser/XmlParser.h"
+#include "descriptions/Elements.h"
 
 #include <string>
 
@@ -31,16 +32,6 @@ public:
 private:
   xml_file_handle* m_handle;
 };
-
-const _XmlNode* firstChild(const _XmlNode* node, const char* name);
-// Empty for a null node, and when there is none of the name.
-std::string textOf(const _XmlNode* node);
-std::string childText(const _XmlNode* node, const char* name);
-// Null when there is none.
-const std::string* attributeOf(const _XmlNode* node, const char* name);
-std::string attributeText(const _XmlNode* node, const char* name);
-// "1" and "true".
-bool flagOf(const _XmlNode* node, const char* name);
 
 } // namespace igh_bus::adapt
 

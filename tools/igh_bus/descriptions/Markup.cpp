@@ -2,6 +2,7 @@
 
 #include "ENIObject/ENIObject.h"
 #include "XmlParser/XmlParser.h"
+#include "descriptions/Elements.h"
 
 namespace igh_bus {
 namespace {
@@ -21,24 +22,6 @@ private:
   xml_file_handle* m_handle;
   bool m_open = false;
 };
-
-const _XmlNode* firstChild(const _XmlNode* node, const char* name) {
-  return xml_file_get_child_node(0, node, name);
-}
-
-std::string textOf(const _XmlNode* node) {
-  return node ? node->value : std::string();
-}
-
-const std::string* attributeOf(const _XmlNode* node, const char* name) {
-  if (!node)
-    return nullptr;
-  for (const auto& attribute : node->attributes) {
-    if (attribute.name == name)
-      return &attribute.value;
-  }
-  return nullptr;
-}
 
 // The loader's own rule for numbers.
 std::uint32_t number(const std::string& text) {
