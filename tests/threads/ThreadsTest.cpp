@@ -1,9 +1,14 @@
 #include "scenario/Fixture.h"
 
 #include <atomic>
+#include <cerrno>
 #include <csignal>
+#include <ecrt.h>
+#include <fcntl.h>
 #include <pthread.h>
+#include <sys/ioctl.h>
 #include <thread>
+#include <unistd.h>
 
 using namespace scenario;
 
@@ -117,4 +122,80 @@ TEST_F(Scenario, TransfersArmedAndRegistersReadBesideTheExchangesAllArrive) {
   igh_master_request_terminate(0);
   cycle.join();
   testing::internal::GetCapturedStdout();
+}
+
+TEST_F(Scenario, AnOpenedMasterTheDeviceFileAndFaultsWorkBesideTheExchanges) {
+  Device device = byteIo;
+  device.objects = {{0x2000, 1, {0}}};
+  startInOp({device, byteIo});
+  bus().setTiming(ethercat_simulation::Timing::real); // calls wait for the bus
+  const std::uint32_t in = handle(0, "In", true);
+  const std::uint32_t out = handle(0, "Out", false);
+  std::atomic<int> count{0};
+  std::thread cycle([&] { countUntilTerminated(0, in, out, count); });
+  ec_master_t* opened = ecrt_open_master(0);
+  const int file = open("/dev/EtherCAT0", O_RDONLY);
+  struct {
+    std::uint16_t position;
+    std::uint8_t emergency;
+    std::uint16_t address;
+    std::uint64_t size;
+    std::uint8_t* data;
+  } access{};
+  for (std::uint8_t i = 1; i <= 10 && !HasFailure(); ++i) {
+    ec_slave_info_t info{};
+    EXPECT_EQ(ecrt_master_get_slave(opened, 1, &info), 0);
+    EXPECT_EQ(info.al_state, 8);
+    std::uint32_t abort = 0;
+    std::size_t size = 0;
+    std::uint8_t read = 0;
+    EXPECT_EQ(ecrt_master_sdo_download(opened, 0, 0x2000, 1, &i, 1, &abort), 0);
+    EXPECT_EQ(ecrt_master_sdo_upload(opened, 0, 0x2000, 1, &read, 1, &size, &abort), 0);
+    EXPECT_EQ(read, i);
+    awaitCount(count, 2); // so that these orders do not lie close behind a call
+    bus().addErrorCount(1, 0x0300, 1);
+    bus().dropFrames(1);
+    bus().setInputs(1, {i});
+    access = {1, 0, 0x0300, 1, &read};
+    EXPECT_EQ(ioctl(file, 0xC018A412UL, &access), 0);
+    EXPECT_GE(read, i);
+    EXPECT_EQ(bus().alState(1), 8);
+  }
+  testing::internal::CaptureStdout();
+  igh_master_request_terminate(0);
+  cycle.join();
+  igh_master_exchange(0, nullptr, nullptr);
+  testing::internal::GetCapturedStdout();
+  close(file);
+  ecrt_release_master(opened);
+}
+
+TEST(Waiting, CallsNeitherHoldOthersUpNorTouchWhatWentMeanwhile) {
+  namespace sim = ethercat_simulation;
+  for (const bool whole : {true, false}) {
+    int result = 0;
+    for (int left = 200; left > 0 && result == 0; --left) { // until the end comes in the middle
+      sim::reset();
+      bus().setTiming(sim::Timing::real);
+      sim::Slave slave;
+      slave.objects = {{0x2000, 1, {0}}};
+      bus().addSlave(slave);
+      ec_master_t* opened = ecrt_open_master(0);
+      const auto upload = [&] {
+        std::uint32_t abort = 0;
+        std::size_t size = 0;
+        std::uint8_t read = 0;
+        return ecrt_master_sdo_upload(opened, 0, 0x2000, 1, &read, 1, &size, &abort);
+      };
+      ASSERT_EQ(upload(), 0);
+      std::thread reader([&] { result = upload(); });
+      while (bus().callCount(Call::sdoUpload) == 1) {
+        std::this_thread::yield();
+      }
+      whole ? sim::reset() : bus().removeSlave(0);
+      reader.join();
+    }
+    EXPECT_EQ(result, -EIO) << whole;
+  }
+  sim::reset();
 }

@@ -9,6 +9,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <functional>
 
 #pragma GCC visibility push(default)
 
@@ -21,6 +22,10 @@ public:
 
   // Building. Slaves take ring positions in the order in which they are added.
   virtual unsigned int addSlave(const Slave& slave) = 0;
+  // What a text in JSON says, which has any of a master's keys in a bus file: times are set, "slaves"
+  // appended, "faults" added to the schedule, "record" begins. Empty on success, else nothing is done: place
+  // and reason.
+  virtual std::string configure(const std::string& json) = 0;
 
   // Speed. A new bus has the timing that ETHERCAT_SIMULATION_TIMING names, "real" or "fast"; real without it.
   // Undoes the orders of setClimbCycles, setScanCycles and setSdoCycles.
@@ -78,6 +83,10 @@ public:
   // False when the slave has no such object.
   virtual bool setSdoFault(unsigned int position, std::uint16_t index, std::uint8_t subindex,
                            SdoFault fault) = 0;
+  // What troubles a drive until it is switched off again; the error code belongs to `fault`, and shows in
+  // 0x603F and 0x1003. False when there is no drive at this position, or the code is 0.
+  virtual bool setDriveTrouble(unsigned int position, DriveTrouble trouble, bool on,
+                               std::uint16_t errorCode = 0x2310) = 0;
   // Adds to an error counter, registers 0x0300 to 0x0313, up to 255.
   virtual void addErrorCount(unsigned int position, std::uint16_t address, unsigned int count) = 0;
   virtual void stepReferenceClock(std::int64_t nanoseconds) = 0;
@@ -87,6 +96,7 @@ public:
   // not told to outlive it.
   virtual bool addFault(const Fault& fault) = 0;
   virtual void setFaultSeed(std::uint32_t seed) = 0;
+  virtual void clearFaults() = 0; // empties the schedule; faults of it that last are ended
   virtual void removeSlave(unsigned int position) = 0; // later slaves move up
   virtual void insertSlave(unsigned int position, const Slave& slave) = 0;
   // Like the real master, a second activation on one reservation leaves the image unmapped (default true).
@@ -107,9 +117,20 @@ public:
   virtual std::uint64_t framesSent() const = 0;
   // Bytes that the slave took from its last frame, all output sync managers in order.
   virtual std::vector<std::uint8_t> outputs(unsigned int position) const = 0;
+  // The lower 64 bits of one mapped entry of them. False when the configuration in use maps no such output.
+  virtual bool outputValue(unsigned int position, std::uint16_t index, std::uint8_t subindex,
+                           std::uint64_t& value) const = 0;
+  // Bytes that the slave put into its last frame, all input sync managers in order; empty while it is not
+  // configured.
+  virtual std::vector<std::uint8_t> inputs(unsigned int position) const = 0;
   // Pins the slave's input bytes (all input sync managers in order) instead of its model; empty: model again.
   virtual void setInputs(unsigned int position, const std::vector<std::uint8_t>& bytes) = 0;
-  // Value of an object; empty when there is none. Setting may change the length; false when there is none.
+  // Pins one entry, wherever it is mapped as an input, on top of model and setInputs; until the next
+  // setInputs.
+  virtual void setInputValue(unsigned int position, std::uint16_t index, std::uint8_t subindex,
+                             std::uint64_t value) = 0;
+  // Value of an object; empty when there is none. Setting may change the length, but not of what a drive
+  // works with; false when that is asked for, or when there is none.
   virtual std::vector<std::uint8_t> objectValue(unsigned int position, std::uint16_t index,
                                                 std::uint8_t subindex) const = 0;
   virtual bool setObjectValue(unsigned int position, std::uint16_t index, std::uint8_t subindex,
@@ -125,9 +146,23 @@ public:
   virtual std::uint64_t callCount(Call call) const = 0;
   // Tracing allocates; it is off by default so that a cycle stays free of allocations.
   virtual void setTracing(bool on) = 0;
+  // It and misuse() show what still grows: look at them while no other thread makes calls on this master.
   virtual const std::vector<TraceEntry>& trace() const = 0;
   virtual void clearTrace() = 0;
   virtual const Misuse& misuse() const = 0;
+
+  // Called with the bus at the end of each ecrt_master_send on the active master: the frame has gone round or
+  // is lost, slaves have taken its outputs and given it their inputs, drives have moved. `cycle` counts sends
+  // since activation from 1, as the fault schedule does. What the observer changes concerns the next frame.
+  // It may use the control side, but for reset() and loadBusFile; it must not throw, nor call <ecrt.h> or
+  // what does.
+  using Observer = std::function<void(Bus& bus, std::uint64_t cycle)>;
+  virtual unsigned int addObserver(Observer observer) = 0; // its number
+  // From inside an observer as well, also itself. False when there is none with this number.
+  virtual bool removeObserver(unsigned int number) = 0;
+  // Writes each cycle to a CSV file, from the next one on; empty: no more. What fails is told once on
+  // standard error.
+  virtual void setRecord(const std::string& path) = 0;
 };
 
 } // namespace ethercat_simulation

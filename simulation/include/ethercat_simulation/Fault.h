@@ -2,6 +2,8 @@
 #ifndef ETHERCAT_SIMULATION_FAULT_H
 #define ETHERCAT_SIMULATION_FAULT_H
 
+#include <ethercat_simulation/Drive.h>
+
 #include <cstdint>
 
 #pragma GCC visibility push(default)
@@ -30,6 +32,7 @@ enum class FaultKind {
   sdoSilence,   // of one object
   errorCounter, // counts up by one in each cycle
   clockStep,    // of the reference clock, once
+  driveTrouble, // of a drive
 };
 
 // One line of a fault schedule. Cycles are sends since activation, the first is 1. Exactly one of `at`,
@@ -47,6 +50,8 @@ struct Fault {
   std::uint16_t alCode = 0x001B;
   std::uint16_t counter = 0x0300; // register, 0x0300 to 0x0313
   std::int64_t stepNs = 0;
+  DriveTrouble trouble = DriveTrouble::fault;
+  std::uint16_t errorCode = 0x2310; // of the trouble `fault`, as 0x603F shows it: overcurrent
   // Outlives a deactivation: its cycles are counted from the first activation on, and go on with the next
   // one.
   bool acrossActivations = false;

@@ -1,9 +1,10 @@
 // Control side of the simulated EtherCAT master: what a test or a test bench says to the bus.
 //
 // The library under test calls <ecrt.h>; the test builds the bus, sets faults and reads what happened here.
-// Nothing locks: use one thread, or none of this while another thread cycles. States, transfers and scans
-// take the time of a real master, unless setTiming says otherwise; they move only while the application
-// cycles.
+// One lock serves every call, of the application as of this side, so any thread may say and look while
+// another cycles; what Bus::trace() says is the exception. A call that waits for the bus (a register, a
+// blocking SDO transfer) holds nobody up meanwhile. States, transfers and scans take the time of a real
+// master, unless setTiming says otherwise; they move only while the application cycles.
 #ifndef ETHERCAT_SIMULATION_SIMULATION_H
 #define ETHERCAT_SIMULATION_SIMULATION_H
 
@@ -18,11 +19,16 @@ namespace ethercat_simulation {
 Bus& bus(unsigned int masterIndex = 0);
 
 // Ends every master: buses, handles, traces and misuse counts are gone, and ETHERCAT_SIMULATION_BUS is read
-// again at the next request. Handles that the library under test still holds are dead afterwards.
+// again at the next request. Handles that the library under test still holds are dead afterwards, and so is
+// every Bus: no other thread may be about to call one. A call that waits for the bus meanwhile finds no
+// slave.
 void reset();
 
 // Loads a bus file as ETHERCAT_SIMULATION_BUS would. Empty on success, else one line: file, place, reason.
 std::string loadBusFile(const std::string& path);
+
+// The same from the text of a bus file; place and reason.
+std::string buildBuses(const std::string& json);
 
 } // namespace ethercat_simulation
 

@@ -40,31 +40,54 @@ Timing readTiming(const JsonNode& node) {
 void expectMaster(const JsonNode& node) {
   node.expectObject({"index", "timing", "cycle_us", "climb_cycles", "scan_cycles", "sdo_cycles",
                      "frame_latency_us", "reactivation_unmapped", "reference_clock", "slaves", "seed",
-                     "faults"});
+                     "faults", "record"});
 }
 
-BusPlan readMaster(const JsonNode& node) {
+std::optional<std::chrono::microseconds> readTime(const JsonNode& node, const char* key) {
+  if (!node.has(key)) {
+    return std::nullopt;
+  }
+  return std::chrono::microseconds(node.get<std::int64_t>(key, 0, LONGEST_LATENCY));
+}
+
+std::string readRecord(const JsonNode& node) {
+  std::string path = node.text();
+  if (path.empty() || path.find('\0') != std::string::npos) {
+    node.fail("must be the path of a file");
+  }
+  return path;
+}
+
+// Positions of faults count from the first of the slaves that are there already.
+BusPlan readMaster(const JsonNode& node, std::vector<Slave> slaves = {}) {
   BusPlan plan;
   plan.place = node.place().empty() ? "/slaves" : node.place();
   if (node.has("timing")) {
     plan.timing = readTiming(node.at("timing"));
   }
-  plan.cycleTime = std::chrono::microseconds(node.get<std::int64_t>("cycle_us", 0, LONGEST_LATENCY, 0));
+  plan.cycleTime = readTime(node, "cycle_us");
   plan.climbCycles = node.get("climb_cycles", 1, MOST_CYCLES, plan.climbCycles);
   plan.scanCycles = node.get("scan_cycles", 1, MOST_CYCLES, plan.scanCycles);
   plan.sdoCycles = node.get("sdo_cycles", 1, MOST_CYCLES, plan.sdoCycles);
-  plan.frameLatency =
-      std::chrono::microseconds(node.get<std::int64_t>("frame_latency_us", 0, LONGEST_LATENCY, 0));
+  plan.frameLatency = readTime(node, "frame_latency_us");
   if (node.has("reactivation_unmapped")) {
     plan.reactivationUnmapped = node.at("reactivation_unmapped").flag();
   }
   if (node.has("reference_clock")) {
     plan.referenceClock = readReferenceClock(node.at("reference_clock"));
   }
-  plan.slaves = readSlaves(node.at("slaves"));
-  plan.seed = node.get<std::uint32_t>("seed", 0, LIMIT32, plan.seed);
+  if (node.has("slaves")) {
+    plan.slaves = readSlaves(node.at("slaves"));
+    slaves.insert(slaves.end(), plan.slaves.begin(), plan.slaves.end());
+  }
+  if (node.has("seed")) {
+    plan.seed = node.get<std::uint32_t>("seed", 0, LIMIT32);
+  }
   if (node.has("faults")) {
-    plan.faults = readFaults(node.at("faults"), plan.slaves);
+    plan.faults = readFaults(node.at("faults"), slaves);
+  }
+  if (node.has("record")) {
+    plan.record = readRecord(node.at("record"));
   }
   return plan;
 }
@@ -83,14 +106,19 @@ std::vector<BusPlan> readMasters(const JsonNode& root) {
   root.expectObject({"masters"}, "contradicts or is unknown beside \"masters\"");
   std::vector<BusPlan> plans;
   std::set<unsigned int> indexes;
+  std::set<std::string> records;
   for (const JsonNode& element : root.at("masters").elements()) {
     expectMaster(element);
     const auto index = element.get<unsigned int>("index", 0, LIMIT16);
     if (!indexes.insert(index).second) {
       element.at("index").fail("another master has this index");
     }
+    element.at("slaves");
     plans.push_back(readMaster(element));
     plans.back().index = index;
+    if (plans.back().record && !records.insert(*plans.back().record).second) {
+      element.at("record").fail("another master has this file");
+    }
   }
   if (plans.empty()) {
     root.at("masters").fail("has no master");
@@ -98,23 +126,49 @@ std::vector<BusPlan> readMasters(const JsonNode& root) {
   return plans;
 }
 
+template <class Read> std::string problemOf(Read read) {
+  try {
+    read();
+  } catch (const FileProblem& problem) {
+    return (problem.place.empty() ? "" : problem.place + ": ") + problem.reason;
+  }
+  return {};
+}
+
 } // namespace
 
 std::string readBusFile(const std::string& path, std::vector<BusPlan>& plans) {
-  try {
-    const nlohmann::json document = loadJsonFile(path);
-    plans = readMasters(JsonNode(document, ""));
-  } catch (const FileProblem& problem) {
-    return path + ": " + (problem.place.empty() ? "" : problem.place + ": ") + problem.reason;
-  }
-  return {};
+  const std::string problem = problemOf([&] { plans = readMasters(JsonNode(loadJsonFile(path), "")); });
+  return problem.empty() ? problem : path + ": " + problem;
+}
+
+std::string readBusText(const std::string& text, std::vector<BusPlan>& plans) {
+  return problemOf([&] { plans = readMasters(JsonNode(parseJson(text), "")); });
+}
+
+std::string readBusPart(const std::string& text, const std::vector<Slave>& slaves, BusPlan& plan) {
+  return problemOf([&] {
+    const nlohmann::json document = parseJson(text);
+    const JsonNode node(document, "");
+    expectMaster(node);
+    if (node.has("index")) {
+      node.at("index").fail("unknown key");
+    }
+    plan = readMaster(node, slaves);
+  });
+}
+
+std::string readSlaveText(const std::string& text, Slave& slave) {
+  return problemOf([&] { slave = readSlave(JsonNode(parseJson(text), "")); });
 }
 
 void BusPlan::build(Master& master) const {
   if (timing) {
     master.setTiming(*timing);
   }
-  master.time().setCycle(std::chrono::nanoseconds(cycleTime).count());
+  if (cycleTime) {
+    master.time().setCycle(std::chrono::nanoseconds(*cycleTime).count());
+  }
   if (climbCycles > 0) {
     master.topology().setClimbCycles(climbCycles);
   }
@@ -124,17 +178,26 @@ void BusPlan::build(Master& master) const {
   if (sdoCycles > 0) {
     master.setSdoCycles(sdoCycles);
   }
-  master.traffic().setLatency(std::chrono::nanoseconds(frameLatency).count());
-  master.reservation().setReactivationUnmapped(reactivationUnmapped);
+  if (frameLatency) {
+    master.traffic().setLatency(std::chrono::nanoseconds(*frameLatency).count());
+  }
+  if (reactivationUnmapped) {
+    master.reservation().setReactivationUnmapped(*reactivationUnmapped);
+  }
   if (referenceClock) {
     master.clock().runFree(*referenceClock);
   }
   for (const Slave& slave : slaves) {
     master.topology().append(slave);
   }
-  master.schedule().setSeed(seed);
+  if (seed) {
+    master.schedule().setSeed(*seed);
+  }
   for (const Fault& fault : faults) {
     master.schedule().add(fault);
+  }
+  if (record) {
+    master.record().begin(*record);
   }
 }
 

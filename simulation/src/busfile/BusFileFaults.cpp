@@ -15,6 +15,7 @@ struct KindRow {
   std::string_view name;
   FaultKind kind;
   std::vector<const char*> keys; // beside those of every fault
+  DriveTrouble trouble = DriveTrouble::fault;
 };
 
 const std::vector<KindRow>& kinds() {
@@ -30,6 +31,12 @@ const std::vector<KindRow>& kinds() {
       {"sdo_silence", FaultKind::sdoSilence, {"slave", "index", "subindex"}},
       {"error_counter", FaultKind::errorCounter, {"slave", "register"}},
       {"clock_step", FaultKind::clockStep, {"step_ns"}},
+      {"drive_fault", FaultKind::driveTrouble, {"slave", "error_code"}},
+      {"blocked_axis", FaultKind::driveTrouble, {"slave"}, DriveTrouble::blockedAxis},
+      {"positive_limit", FaultKind::driveTrouble, {"slave"}, DriveTrouble::positiveLimit},
+      {"negative_limit", FaultKind::driveTrouble, {"slave"}, DriveTrouble::negativeLimit},
+      {"quick_stop", FaultKind::driveTrouble, {"slave"}, DriveTrouble::quickStop},
+      {"safe_torque_off", FaultKind::driveTrouble, {"slave"}, DriveTrouble::safeTorqueOff},
   };
   return rows;
 }
@@ -48,8 +55,9 @@ const KindRow& readKind(const JsonNode& node) {
 
 void checkKeys(const JsonNode& node, const KindRow& row) {
   node.expectObject({"kind", "at", "every", "probability", "for", "across_activations", "slave", "index",
-                     "subindex", "al_state", "code", "register", "step_ns"});
-  for (const char* key : {"slave", "index", "subindex", "al_state", "code", "register", "step_ns"}) {
+                     "subindex", "al_state", "code", "register", "step_ns", "error_code"});
+  for (const char* key :
+       {"slave", "index", "subindex", "al_state", "code", "register", "step_ns", "error_code"}) {
     const bool belongs = std::any_of(row.keys.begin(), row.keys.end(),
                                      [&](const char* allowed) { return std::string_view(allowed) == key; });
     if (node.has(key) && !belongs) {
@@ -107,6 +115,7 @@ Fault readFault(const JsonNode& node, const std::vector<Slave>& slaves) {
   checkKeys(node, row);
   Fault fault;
   fault.kind = row.kind;
+  fault.trouble = row.trouble;
   readBeginning(node, fault);
   if (needsSlave(fault.kind)) {
     readSlave(node, slaves, fault);
@@ -114,6 +123,10 @@ Fault readFault(const JsonNode& node, const std::vector<Slave>& slaves) {
   if (needsObject(fault.kind)) {
     readObjectOf(node, slaves[fault.slave], fault);
   }
+  if (needsDrive(fault.kind) && slaves[fault.slave].model != SlaveModel::drive) {
+    node.at("slave").fail("the slave is no drive");
+  }
+  fault.errorCode = node.get<std::uint16_t>("error_code", 1, LIMIT16, fault.errorCode);
   if (node.has("al_state")) {
     fault.alState = readAlState(node.at("al_state"));
   }

@@ -14,6 +14,7 @@ constexpr std::uint64_t LIMIT16 = 0xFFFF;
 constexpr std::uint64_t LIMIT32 = 0xFFFFFFFF;
 constexpr double FARTHEST_CLOCK = 1e12; // nanoseconds
 
+Slave readSlave(const JsonNode& node);
 std::vector<Slave> readSlaves(const JsonNode& node);
 std::vector<Fault> readFaults(const JsonNode& node, const std::vector<Slave>& slaves);
 

@@ -191,6 +191,8 @@ void readProcessData(const JsonNode& node, Slave& slave) {
   slave.pdoConfig = readFlag(node, "pdo_config", slave.pdoConfig);
 }
 
+} // namespace
+
 Slave readSlave(const JsonNode& node) {
   node.expectObject({"vendor_id", "product_code", "revision", "serial", "alias", "name", "model", "drive",
                      "configuration_us", "distributed_clocks", "sync_managers", "further_pdos",
@@ -224,8 +226,6 @@ Slave readSlave(const JsonNode& node) {
   }
   return slave;
 }
-
-} // namespace
 
 std::vector<Slave> readSlaves(const JsonNode& node) {
   const std::vector<JsonNode> elements = node.elements();

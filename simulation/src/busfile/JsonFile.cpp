@@ -148,12 +148,15 @@ bool parseNumber(const std::string& text, std::uint64_t* number) {
 std::string printable(std::string_view text, std::size_t longest) {
   std::string line(text.substr(0, longest));
   std::replace_if(
-      line.begin(), line.end(), [](char c) { return c >= 0 ? c < ' ' || c == 0x7F : false; }, '?');
+      line.begin(), line.end(), [](unsigned char c) { return c < ' ' || c == 0x7F; }, '?');
   return line + (text.size() > longest ? "..." : "");
 }
 
 json loadJsonFile(const std::string& path) {
-  const std::string text = readAll(path);
+  return parseJson(readAll(path));
+}
+
+json parseJson(const std::string& text) {
   Checker checker(text);
   json::sax_parse(text, &checker);
   return json::parse(text);

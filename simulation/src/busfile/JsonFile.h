@@ -21,6 +21,7 @@ struct FileProblem {
 // Throws FileProblem for a file that cannot be read, is too large, nested too deeply, not JSON, or has a key
 // twice in one object.
 nlohmann::json loadJsonFile(const std::string& path);
+nlohmann::json parseJson(const std::string& text);
 
 // Text of the file as part of a message: one line, cut where it is too long.
 std::string printable(std::string_view text, std::size_t longest = 64);

@@ -35,7 +35,7 @@ template <class Number> Number wrapped(double value) {
 } // namespace
 
 DriveModel::DriveModel(const ObjectBytes& bytes, const DriveParameters& parameters)
-    : m_objects(bytes), m_motion(parameters, m_objects.position.get()),
+    : m_objects(bytes), m_history(bytes), m_motion(parameters, m_objects.position.get()),
       m_watchdogCycles(parameters.watchdogUs / std::max(parameters.cycleUs, 1U)) {}
 
 void DriveModel::powerUp() {
@@ -45,12 +45,15 @@ void DriveModel::powerUp() {
   m_armed = false;
   m_expired = false;
   m_moved = false;
+  m_atSwitch = false;
 }
 
 void DriveModel::step(bool operational, bool fresh) {
   watch(operational, fresh);
   watchBus(operational);
-  m_state.step(m_objects.controlword.get(), m_objects.quickStopOption.get(), m_motion.standstill());
+  m_state.step(m_troubles.taken(m_objects.controlword.get()), m_objects.quickStopOption.get(),
+               m_motion.standstill(), !m_troubles.has(DriveTrouble::fault));
+  failAsToldTo();
   if (!m_state.hasFailed()) {
     m_objects.errorCode.set(0);
   }
@@ -90,6 +93,13 @@ void DriveModel::fail(std::uint16_t code) {
   if (!m_state.hasFailed()) {
     m_state.fail();
     m_objects.errorCode.set(code);
+    m_history.add(code);
+  }
+}
+
+void DriveModel::failAsToldTo() {
+  if (m_troubles.has(DriveTrouble::fault) && !m_state.is(PowerState::notReady)) {
+    fail(m_troubles.errorCode());
   }
 }
 
@@ -110,6 +120,7 @@ void DriveModel::loadLimits() {
   limits.highest = m_objects.highestPosition.get();
   limits.hasRange = limits.lowest < limits.highest;
   m_motion.setLimits(limits);
+  m_motion.setBlocked(m_troubles.has(DriveTrouble::blockedAxis));
 }
 
 void DriveModel::move() {
@@ -119,17 +130,24 @@ void DriveModel::move() {
       m_profile.start(m_motion.position(), m_motion.velocity());
     }
     m_moved = true;
-    follow();
+    m_atSwitch = m_troubles.forbids(direction()) || m_troubles.forbids(m_motion.velocity());
+    if (m_atSwitch) {
+      m_motion.brake(m_objects.quickStopDeceleration.get());
+      m_profile.drop(m_motion.position(), m_motion.velocity());
+    } else {
+      follow();
+    }
     checkFollowing();
     return;
   }
   m_moved = false;
+  m_atSwitch = false;
   m_behindMs = 0;
   const std::int16_t option = m_objects.quickStopOption.get();
   const bool slowRamp = m_state.is(PowerState::quickStopActive) && (option == 1 || option == 5);
   const bool fullTorque =
       m_state.is(PowerState::quickStopActive) && (option == 3 || option == 4 || option >= 7);
-  if (m_state.brakes()) {
+  if (m_state.brakes() && !m_troubles.has(DriveTrouble::safeTorqueOff)) {
     m_motion.brake(slowRamp     ? m_objects.profileDeceleration.get()
                    : fullTorque ? 0.0
                                 : m_objects.quickStopDeceleration.get());
@@ -163,6 +181,22 @@ void DriveModel::follow() {
   }
 }
 
+// Where the set-points lead: its sign.
+double DriveModel::direction() const {
+  switch (m_objects.modeDisplay.get()) {
+  case PROFILE_POSITION:
+    return m_profile.goal() - m_motion.position();
+  case CYCLIC_POSITION:
+    return DriveMotion::unwrap(m_objects.targetPosition.get(), m_motion.position()) - m_motion.position();
+  case CYCLIC_VELOCITY:
+    return m_objects.targetVelocity.get();
+  case CYCLIC_TORQUE:
+    return m_objects.targetTorque.get();
+  default:
+    return 0;
+  }
+}
+
 void DriveModel::checkFollowing() {
   const std::uint32_t window = m_objects.followingWindow.get();
   if (window == NO_WINDOW || std::fabs(m_motion.followingError()) <= window) {
@@ -182,7 +216,12 @@ void DriveModel::report() {
   m_objects.velocity.set(wrapped<std::int32_t>(m_motion.velocity()));
   m_objects.torque.set(wrapped<std::int16_t>(std::clamp(m_motion.torque(), -32768.0, 32767.0)));
   m_objects.followingError.set(wrapped<std::int32_t>(m_motion.followingError()));
-  const std::uint16_t supply = m_state.is(PowerState::notReady) ? 0 : VOLTAGE_BIT | REMOTE_BIT;
+  m_objects.digitalInputs.set(m_troubles.digitalInputs());
+  m_history.step(m_objects.errorCode.get());
+  const bool powered = !m_troubles.has(DriveTrouble::safeTorqueOff);
+  const std::uint16_t supply = m_state.is(PowerState::notReady) ? 0
+                               : powered                        ? VOLTAGE_BIT | REMOTE_BIT
+                                                                : REMOTE_BIT;
   m_objects.statusword.set(static_cast<std::uint16_t>(m_state.statusBits() | supply | modeBits()));
 }
 
@@ -190,8 +229,8 @@ std::uint16_t DriveModel::modeBits() const {
   if (!m_state.moves()) {
     return 0;
   }
-  const std::uint16_t common =
-      static_cast<std::uint16_t>((m_motion.limited() ? LIMIT_BIT : 0U) | (m_behindMs > 0 ? BEHIND_BIT : 0U));
+  const std::uint16_t common = static_cast<std::uint16_t>(
+      (m_motion.limited() || m_atSwitch ? LIMIT_BIT : 0U) | (m_behindMs > 0 ? BEHIND_BIT : 0U));
   switch (m_objects.modeDisplay.get()) {
   case 0:
     return common;
@@ -203,7 +242,7 @@ std::uint16_t DriveModel::modeBits() const {
                                       (m_profile.acknowledges() ? FOLLOWS_BIT : 0U));
   }
   default:
-    return static_cast<std::uint16_t>(common | (m_motion.limited() ? 0U : FOLLOWS_BIT));
+    return static_cast<std::uint16_t>(common | (m_motion.limited() || m_atSwitch ? 0U : FOLLOWS_BIT));
   }
 }
 

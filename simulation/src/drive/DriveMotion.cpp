@@ -49,6 +49,9 @@ void DriveMotion::move(double velocity) {
   m_velocity = std::clamp(slow, before - reach, before + reach);
   m_limited = m_limited || m_velocity != velocity;
   m_torque = (m_velocity - before) / m_cycle / m_ratedAcceleration * RATED_TORQUE;
+  if (m_blocked) {
+    m_velocity = 0;
+  }
   m_position += m_velocity * m_cycle;
 }
 
@@ -63,7 +66,8 @@ void DriveMotion::followPosition(double target) {
   const double fastest = stoppingVelocity(followingError(), braking, m_cycle);
   move(demanded + std::clamp(wanted - demanded, -fastest, fastest));
   // A first-order lag never arrives; counts are whole.
-  if (m_demand == before && std::fabs(followingError()) < 0.5 && std::fabs(m_velocity) * m_cycle < 0.5) {
+  if (!m_blocked && m_demand == before && std::fabs(followingError()) < 0.5 &&
+      std::fabs(m_velocity) * m_cycle < 0.5) {
     m_position = m_demand;
     m_velocity = 0;
   }
@@ -99,7 +103,8 @@ void DriveMotion::brake(double deceleration) {
 
 void DriveMotion::coast() {
   const double step = m_ratedAcceleration * FRICTION * m_cycle;
-  m_velocity = std::fabs(m_velocity) <= step ? 0.0 : m_velocity - std::copysign(step, m_velocity);
+  m_velocity =
+      m_blocked || std::fabs(m_velocity) <= step ? 0.0 : m_velocity - std::copysign(step, m_velocity);
   m_position += m_velocity * m_cycle;
   m_torque = 0;
   settle();

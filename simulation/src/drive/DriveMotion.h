@@ -20,6 +20,8 @@ public:
   DriveMotion(const DriveParameters& parameters, double position);
 
   void setLimits(const MotionLimits& limits) { m_limits = limits; }
+  // Held where it stands, whatever the torque is.
+  void setBlocked(bool blocked) { m_blocked = blocked; }
   // One cycle each.
   void followPosition(double target);
   void followVelocity(double target);
@@ -51,6 +53,7 @@ private:
   double m_share; // of a difference that the lag makes up for in one cycle
   double m_ratedAcceleration;
   MotionLimits m_limits;
+  bool m_blocked = false;
   double m_position;
   double m_demand;
   double m_velocity = 0;

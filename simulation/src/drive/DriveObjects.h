@@ -62,6 +62,7 @@ struct DriveObjects {
   DriveValue<std::uint32_t> profileDeceleration;
   DriveValue<std::uint32_t> quickStopDeceleration;
   DriveValue<std::int32_t> followingError;
+  DriveValue<std::uint32_t> digitalInputs;
   DriveValue<std::int32_t> targetVelocity;
 };
 

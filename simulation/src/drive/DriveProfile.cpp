@@ -22,6 +22,12 @@ void DriveProfile::start(double position, double velocity) {
   m_velocity = velocity;
 }
 
+void DriveProfile::drop(double position, double velocity) {
+  const bool requested = m_requested;
+  start(position, velocity);
+  m_requested = requested;
+}
+
 void DriveProfile::command(std::uint16_t controlword, std::int32_t target) {
   const bool requested = (controlword & NEW_SET_POINT_BIT) != 0;
   if (requested && !m_requested) {

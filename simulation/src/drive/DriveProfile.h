@@ -16,6 +16,8 @@ class DriveProfile {
 public:
   // Stands at `position` from here on, without a set-point.
   void start(double position, double velocity);
+  // The same while it is commanded: what has been asked for is dropped and needs a new edge.
+  void drop(double position, double velocity);
   // Takes a set-point with the rising edge of its bit; one more waits until the axis has arrived.
   void command(std::uint16_t controlword, std::int32_t target);
   // The demand of the next cycle.

@@ -15,9 +15,9 @@ constexpr std::int16_t FIRST_HOLD_OPTION = 5; // from here on the drive stays in
 
 } // namespace
 
-void DriveState::step(std::uint16_t controlword, std::int16_t stopOption, bool standstill) {
+void DriveState::step(std::uint16_t controlword, std::int16_t stopOption, bool standstill, bool healed) {
   const bool reset = (controlword & RESET_BIT) != 0;
-  m_resetEdge = reset && !m_resetBit;
+  m_resetEdge = reset && !m_resetBit && healed;
   m_resetBit = reset;
   m_state = next(controlword, stopOption, standstill);
 }

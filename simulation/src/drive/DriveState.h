@@ -19,8 +19,9 @@ enum class PowerState : std::uint8_t {
 
 class DriveState {
 public:
-  // One cycle. `standstill` ends a quick stop and a fault reaction; `stopOption` is object 0x605A.
-  void step(std::uint16_t controlword, std::int16_t stopOption, bool standstill);
+  // One cycle. `standstill` ends a quick stop and a fault reaction; `stopOption` is object 0x605A; a fault is
+  // reset only when `healed`.
+  void step(std::uint16_t controlword, std::int16_t stopOption, bool standstill, bool healed);
   // Something failed: a drive with power brakes first.
   void fail();
   // The bus has left OP: without power to lose, the drive just switches off.
@@ -42,7 +43,7 @@ private:
 
   PowerState m_state = PowerState::notReady;
   bool m_resetBit = false;  // of the last controlword
-  bool m_resetEdge = false; // of this one
+  bool m_resetEdge = false; // of this one, when it counts
 };
 
 } // namespace ethercat_simulation

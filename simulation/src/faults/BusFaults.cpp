@@ -39,11 +39,22 @@ bool BusFaults::setSdoFault(unsigned int position, std::uint16_t index, std::uin
   return unit != nullptr && unit->dictionary().setFault(index, subindex, fault);
 }
 
+bool BusFaults::setDriveTrouble(unsigned int position, DriveTrouble trouble, bool on,
+                                std::uint16_t errorCode) {
+  SlaveUnit* unit = m_topology.onWire(position);
+  return unit != nullptr && unit->setDriveTrouble(trouble, on, errorCode);
+}
+
 void BusFaults::addErrorCount(unsigned int position, std::uint16_t address, unsigned int count) {
   SlaveUnit* unit = m_topology.onWire(position);
   if (unit != nullptr && EscRegisters::isCounter(address)) {
     unit->registers().count(address, count);
   }
+}
+
+bool BusFaults::hasDrive(unsigned int position) const {
+  const SlaveUnit* unit = m_topology.onWire(position);
+  return unit != nullptr && unit->hasDrive();
 }
 
 bool BusFaults::hasObject(unsigned int position, std::uint16_t index, std::uint8_t subindex) const {

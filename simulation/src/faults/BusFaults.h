@@ -23,10 +23,13 @@ public:
   void setMaximumState(unsigned int position, std::uint8_t alState);
   // False when the slave has no such object.
   bool setSdoFault(unsigned int position, std::uint16_t index, std::uint8_t subindex, SdoFault fault);
+  // False when there is no drive at this position. The error code belongs to the trouble `fault`.
+  bool setDriveTrouble(unsigned int position, DriveTrouble trouble, bool on, std::uint16_t errorCode);
   void addErrorCount(unsigned int position, std::uint16_t address, unsigned int count);
   void stepReferenceClock(std::int64_t nanoseconds) { m_clock.step(nanoseconds); }
 
   bool hasSlave(unsigned int position) const { return m_topology.onWire(position) != nullptr; }
+  bool hasDrive(unsigned int position) const;
   bool hasObject(unsigned int position, std::uint16_t index, std::uint8_t subindex) const;
 
 private:

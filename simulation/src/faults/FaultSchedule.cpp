@@ -36,6 +36,9 @@ void begin(BusFaults& bus, const Fault& fault) {
     return;
   case FaultKind::clockStep:
     return bus.stepReferenceClock(fault.stepNs);
+  case FaultKind::driveTrouble:
+    bus.setDriveTrouble(fault.slave, fault.trouble, true, fault.errorCode);
+    return;
   case FaultKind::lostFrame:
   case FaultKind::lateFrame:
   case FaultKind::errorCounter:
@@ -70,6 +73,9 @@ void end(BusFaults& bus, const Fault& fault) {
   case FaultKind::sdoSilence:
     bus.setSdoFault(fault.slave, fault.index, fault.subindex, SdoFault::none);
     return;
+  case FaultKind::driveTrouble:
+    bus.setDriveTrouble(fault.slave, fault.trouble, false, fault.errorCode);
+    return;
   case FaultKind::lostFrame:
   case FaultKind::lateFrame:
   case FaultKind::errorCounter:
@@ -97,15 +103,29 @@ bool needsObject(FaultKind kind) {
   return kind == FaultKind::sdoAbort || kind == FaultKind::sdoSilence;
 }
 
+bool needsDrive(FaultKind kind) {
+  return kind == FaultKind::driveTrouble;
+}
+
 bool FaultSchedule::add(const Fault& fault) {
   const bool hasPlace = !needsSlave(fault.kind) || m_bus.hasSlave(fault.slave);
   const bool hasObject =
       !needsObject(fault.kind) || m_bus.hasObject(fault.slave, fault.index, fault.subindex);
-  const bool accepted = isSchedulable(fault) && hasPlace && hasObject;
+  const bool hasDrive = !needsDrive(fault.kind) || (m_bus.hasDrive(fault.slave) && fault.errorCode != 0);
+  const bool accepted = isSchedulable(fault) && hasPlace && hasObject && hasDrive;
   if (accepted) {
     m_lines.push_back({fault, 0});
   }
   return accepted;
+}
+
+void FaultSchedule::clear() {
+  for (const Line& line : m_lines) {
+    if (line.left > 0) {
+      end(m_bus, line.fault);
+    }
+  }
+  m_lines.clear();
 }
 
 void FaultSchedule::start() {

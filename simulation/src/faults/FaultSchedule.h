@@ -15,6 +15,7 @@ constexpr std::uint16_t LAST_ERROR_COUNTER = 0x0313;
 
 bool needsSlave(FaultKind kind);
 bool needsObject(FaultKind kind);
+bool needsDrive(FaultKind kind);
 
 class FaultSchedule {
 public:
@@ -23,12 +24,16 @@ public:
   // False, and nothing added, for a fault without a beginning, or of a slave or an object that is not there.
   bool add(const Fault& fault);
   void setSeed(std::uint32_t seed) { m_seed = seed; }
+  // Ends those that last, and forgets all.
+  void clear();
 
   // Activation and deactivation.
   void start();
   void stop();
   // One cycle, before its frame goes out.
   void step();
+  // Sends since activation.
+  std::uint64_t cycle() const { return m_cycle; }
 
 private:
   struct Line {

@@ -1,8 +1,9 @@
-// open, close and ioctl of a program that was linked with -Wl,--wrap=open,--wrap=close,--wrap=ioctl. Only
-// device files of masters are served here; a descriptor of one is a real descriptor of /dev/null, so it
-// cannot be mistaken for any other that the program has.
+// open, close and ioctl of a program that was linked with -Wl,--wrap=open,--wrap=__open_2,--wrap=close,
+// --wrap=ioctl. Only device files of masters are served here; a descriptor of one is a real descriptor of
+// /dev/null, so it cannot be mistaken for any other that the program has.
 #include "interface/DeviceFile.h"
 
+#include "base/Lock.h"
 #include "interface/DeviceRequests.h"
 #include "interface/Registry.h"
 
@@ -12,7 +13,6 @@
 #include <cstring>
 #include <fcntl.h>
 #include <map>
-#include <mutex>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -25,8 +25,6 @@ struct OpenFile {
   bool writable;
 };
 
-// Program threads open and close files of their own through the wraps, so this table is locked.
-std::mutex tableMutex;
 std::map<int, OpenFile>& table() {
   static auto& files = *new std::map<int, OpenFile>; // outlives every user, see Handles
   return files;
@@ -67,6 +65,7 @@ void note(Master& master, Call call, const std::string& arguments, int result) {
 }
 
 int openDevice(unsigned int index, const char* path, int flags) {
+  const Guard guard;
   Master* master = Registry::instance().find(index);
   if (master == nullptr) {
     return failed(ENOENT);
@@ -80,7 +79,6 @@ int openDevice(unsigned int index, const char* path, int flags) {
     descriptor = ::open("/dev/null", flags & (O_ACCMODE | O_CLOEXEC | O_NONBLOCK));
   }
   if (descriptor >= 0) {
-    const std::lock_guard<std::mutex> lock(tableMutex);
     table()[descriptor] = {master, (flags & O_ACCMODE) != O_RDONLY};
   }
   const int error = errno;
@@ -89,18 +87,21 @@ int openDevice(unsigned int index, const char* path, int flags) {
   return descriptor;
 }
 
-// False when the descriptor is not one of a device file.
-bool lookUp(int descriptor, OpenFile* file) {
-  const std::lock_guard<std::mutex> lock(tableMutex);
-  const auto found = table().find(descriptor);
-  if (found == table().end()) {
-    return false;
-  }
-  *file = found->second;
-  return true;
+// Asked for every descriptor that a thread of the program closes or controls; what is not of a device file
+// must not wait behind the lock for its own work.
+bool isDevice(int descriptor) {
+  const Guard guard;
+  return table().count(descriptor) > 0;
 }
 
-int closeDevice(int descriptor, Master* master) {
+OpenFile lookUp(int descriptor) {
+  const auto found = table().find(descriptor);
+  return found != table().end() ? found->second : OpenFile{};
+}
+
+int closeDevice(int descriptor) {
+  const Guard guard;
+  Master* master = lookUp(descriptor).master;
   if (master != nullptr) {
     master->recorder().count(Call::deviceClose);
     int ordered = 0;
@@ -109,10 +110,7 @@ int closeDevice(int descriptor, Master* master) {
       return orderedFailure(ordered);
     }
   }
-  {
-    const std::lock_guard<std::mutex> lock(tableMutex);
-    table().erase(descriptor);
-  }
+  table().erase(descriptor);
   const int result = ::close(descriptor);
   if (master != nullptr) {
     note(*master, Call::deviceClose, std::to_string(descriptor), result);
@@ -120,7 +118,9 @@ int closeDevice(int descriptor, Master* master) {
   return result;
 }
 
-int controlDevice(int descriptor, const OpenFile& file, unsigned long request, void* record) {
+int controlDevice(int descriptor, unsigned long request, void* record) {
+  const Guard guard;
+  const OpenFile file = lookUp(descriptor);
   Master* master = file.master;
   if (master == nullptr) {
     return failed(ENODEV);
@@ -144,13 +144,11 @@ int controlDevice(int descriptor, const OpenFile& file, unsigned long request, v
 } // namespace
 
 int openDeviceFiles(const Master& master) {
-  const std::lock_guard<std::mutex> lock(tableMutex);
   return static_cast<int>(std::count_if(table().begin(), table().end(),
                                         [&](const auto& entry) { return entry.second.master == &master; }));
 }
 
 void orphanDeviceFiles() {
-  const std::lock_guard<std::mutex> lock(tableMutex);
   for (auto& [descriptor, file] : table()) {
     file.master = nullptr;
   }
@@ -164,6 +162,7 @@ void orphanDeviceFiles() {
 extern "C" {
 
 int __wrap_open(const char* path, int flags, ...);
+int __wrap___open_2(const char* path, int flags);
 int __wrap_close(int descriptor);
 int __wrap_ioctl(int descriptor, unsigned long request, ...);
 
@@ -182,11 +181,13 @@ int __wrap_open(const char* path, int flags, ...) {
   return ::open(path, flags, mode);
 }
 
+int __wrap___open_2(const char* path, int flags) {
+  return __wrap_open(path, flags);
+}
+
 int __wrap_close(int descriptor) {
-  ethercat_simulation::OpenFile file{};
-  return ethercat_simulation::lookUp(descriptor, &file)
-             ? ethercat_simulation::closeDevice(descriptor, file.master)
-             : ::close(descriptor);
+  return ethercat_simulation::isDevice(descriptor) ? ethercat_simulation::closeDevice(descriptor)
+                                                   : ::close(descriptor);
 }
 
 int __wrap_ioctl(int descriptor, unsigned long request, ...) {
@@ -194,9 +195,8 @@ int __wrap_ioctl(int descriptor, unsigned long request, ...) {
   va_start(arguments, request);
   void* record = va_arg(arguments, void*);
   va_end(arguments);
-  ethercat_simulation::OpenFile file{};
-  return ethercat_simulation::lookUp(descriptor, &file)
-             ? ethercat_simulation::controlDevice(descriptor, file, request, record)
+  return ethercat_simulation::isDevice(descriptor)
+             ? ethercat_simulation::controlDevice(descriptor, request, record)
              : ::ioctl(descriptor, request, record);
 }
 

@@ -6,6 +6,7 @@ namespace ethercat_simulation {
 
 class Master;
 
+// Both are for who holds the lock.
 int openDeviceFiles(const Master& master);
 // The masters are about to go: open device files stay open, with nothing behind them.
 void orphanDeviceFiles();

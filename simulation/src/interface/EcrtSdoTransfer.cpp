@@ -14,15 +14,18 @@ template <class Transfer>
 int blocking(Master& master, std::uint16_t position, const SdoPlace& place, std::uint32_t* abortCode,
              Transfer transfer) {
   *abortCode = 0;
-  SlaveUnit* unit = master.topology().listed(position);
-  if (unit == nullptr) {
+  master.catchUp();
+  const SlaveUnit* asked = master.topology().listed(position);
+  if (asked == nullptr) {
     return -EINVAL;
   }
-  if (!unit->identity().coe) {
+  if (!asked->identity().coe) {
     return -EPROTONOSUPPORT;
   }
   master.slaves().waitForBus(32 * MILLISECOND);
-  if (!unit->responding() || !unit->hasMailbox() || !master.topology().line().link()) {
+  master.catchUp();
+  SlaveUnit* unit = master.topology().listed(position); // may be gone meanwhile
+  if (unit == nullptr || !unit->responding() || !unit->hasMailbox() || !master.topology().line().link()) {
     return -EIO;
   }
   const SdoFault fault = unit->dictionary().fault(place);

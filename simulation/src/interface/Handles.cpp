@@ -1,6 +1,7 @@
 #include "interface/Handles.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace ethercat_simulation {
 
@@ -11,8 +12,7 @@ Handles& Handles::instance() {
 }
 
 void* Handles::append(const Handle& handle) {
-  const std::lock_guard<std::mutex> lock(m_growth);
-  const std::size_t number = m_count.load(std::memory_order_relaxed);
+  const std::size_t number = m_count;
   std::unique_ptr<Handle[]>& block = m_blocks.at(blockOf(number));
   if (block == nullptr) {
     block = std::make_unique<Handle[]>(startOf(blockOf(number) + 1) - startOf(blockOf(number)));
@@ -21,7 +21,7 @@ void* Handles::append(const Handle& handle) {
   void* address =
       reinterpret_cast<void*>(BASE + (m_forgotten + number) * STRIDE); // NOLINT(performance-no-int-to-ptr)
   m_alive[handle.owner].push_back(address);
-  m_count.store(number + 1, std::memory_order_release);
+  ++m_count;
   return address;
 }
 
@@ -33,7 +33,6 @@ void Handles::kill(void* address) {
 }
 
 template <class Keeps> void Handles::killUnless(const Master& owner, Keeps keeps) {
-  const std::lock_guard<std::mutex> lock(m_growth);
   std::vector<void*>& alive = m_alive[&owner];
   const auto firstDead = std::stable_partition(alive.begin(), alive.end(), keeps);
   std::for_each(firstDead, alive.end(), [&](void* address) { kill(address); });
@@ -56,7 +55,7 @@ void Handles::killAll(const Master& owner) {
 
 void Handles::forgetAll() {
   m_alive.clear();
-  m_forgotten += m_count.exchange(0);
+  m_forgotten += std::exchange(m_count, 0);
   for (auto& block : m_blocks) {
     block.reset();
   }

@@ -6,11 +6,9 @@
 #define ETHERCAT_SIMULATION_HANDLES_H
 
 #include <array>
-#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <unordered_map>
 #include <vector>
 
@@ -43,8 +41,6 @@ struct Handle {
   Master* owner; // to whom its misuse is charged
 };
 
-// Masters in threads of their own make and use their handles beside each other: a record never moves, and one
-// becomes visible by the count.
 class Handles {
 public:
   static Handles& instance();
@@ -70,8 +66,7 @@ public:
   const Handle* find(const void* address) const {
     const auto distance = reinterpret_cast<std::uintptr_t>(address) - BASE;
     const std::size_t number = distance / STRIDE - m_forgotten;
-    return distance % STRIDE == 0 && number < m_count.load(std::memory_order_acquire) ? &record(number)
-                                                                                      : nullptr;
+    return distance % STRIDE == 0 && number < m_count ? &record(number) : nullptr;
   }
   // A handle from before the last forgetAll().
   bool isForgotten(const void* address) const {
@@ -101,10 +96,9 @@ private:
   static constexpr std::uintptr_t BASE = 0x7EC0'0000'0000'0000;
 
   std::size_t m_forgotten = 0; // handles of earlier times
-  std::atomic<std::size_t> m_count{0};
+  std::size_t m_count = 0;
   std::array<std::unique_ptr<Handle[]>, 32> m_blocks;
   std::unordered_map<const Master*, std::vector<void*>> m_alive;
-  std::mutex m_growth; // of both
 };
 
 } // namespace ethercat_simulation

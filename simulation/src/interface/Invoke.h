@@ -1,8 +1,9 @@
-// The way of every call of <ecrt.h> into the simulation: handle, count, ordered failure, order of calls,
-// work, trace.
+// The way of every call of <ecrt.h> into the simulation: lock, handle, count, ordered failure, order of
+// calls, work, trace.
 #ifndef ETHERCAT_SIMULATION_INVOKE_H
 #define ETHERCAT_SIMULATION_INVOKE_H
 
+#include "base/Lock.h"
 #include "interface/Handles.h"
 #include "interface/Registry.h"
 
@@ -63,6 +64,7 @@ std::string hexText(std::uint32_t value, int digits);
 // arguments behind the master as text; it is asked only while tracing.
 template <class Object, class Result, class Work, class Describe>
 Result invoke(Call call, const void* handle, Result badHandle, Work work, Describe describe) {
+  const Guard guard;
   const Handle* known = resolve<Object>(call, handle);
   if (known == nullptr) {
     return badHandle;
@@ -93,6 +95,7 @@ Result invoke(Call call, const void* handle, Result badHandle, Work work, Descri
 
 // The way of the two calls that give a handle of a master; take(master) makes it.
 template <class Take> ec_master_t* takeMaster(Call call, unsigned int index, Take take) {
+  const Guard guard;
   Master* master = findMaster(index);
   if (master == nullptr) {
     return nullptr;

@@ -4,6 +4,7 @@
 #include "interface/DeviceFile.h"
 #include "interface/Handles.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 
@@ -64,7 +65,16 @@ void Registry::reset() {
   Handles::instance().forgetAll();
   m_lastRequested = nullptr;
   m_environmentRead = false;
+  for (auto& [index, master] : m_masters) {
+    if (master->slaves().waits()) {
+      master->end();
+      m_ended.push_back(std::move(master));
+    }
+  }
   m_masters.clear();
+  m_ended.erase(std::remove_if(m_ended.begin(), m_ended.end(),
+                               [](const auto& master) { return !master->slaves().waits(); }),
+                m_ended.end());
 }
 
 Master* Registry::culprit() {

@@ -30,6 +30,7 @@ private:
   bool loadEnvironment();
 
   std::map<unsigned int, std::unique_ptr<Master>> m_masters;
+  std::vector<std::unique_ptr<Master>> m_ended; // in which a call still waits for the bus
   Master* m_lastRequested = nullptr;
   bool m_environmentRead = false;
 };

@@ -71,10 +71,19 @@ void Master::deactivate() {
   m_setup.clear();
   if (m_reservation.active()) {
     m_schedule.stop();
+    m_record.flush();
     m_reservation.deactivate();
     m_topology.drive(Topology::Drive::held);
   }
   m_traffic.stop();
+}
+
+void Master::end() {
+  release();
+  while (m_topology.line().size() > 0) {
+    m_topology.remove(0);
+  }
+  m_topology.catchUp();
 }
 
 void Master::send() {
@@ -89,6 +98,10 @@ void Master::send() {
     m_topology.countLostFrame();
   }
   m_topology.stepDrives();
+  if (m_reservation.active()) {
+    m_record.take(m_schedule.cycle());
+    m_observers.call(m_schedule.cycle());
+  }
 }
 
 void Master::receive() {

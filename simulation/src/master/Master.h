@@ -5,6 +5,8 @@
 
 #include "faults/BusFaults.h"
 #include "faults/FaultSchedule.h"
+#include "master/CycleRecord.h"
+#include "master/Observers.h"
 #include "master/Recorder.h"
 #include "master/Reservation.h"
 #include "master/Setup.h"
@@ -29,12 +31,16 @@ public:
   SlaveAccess& slaves() { return m_slaves; }
   BusFaults& faults() { return m_faults; }
   FaultSchedule& schedule() { return m_schedule; }
+  Observers& observers() { return m_observers; }
+  CycleRecord& record() { return m_record; }
 
   // Life. False while somebody else holds it.
   bool reserve();
   void release();
   int activate();
   void deactivate();
+  // For good: nothing is held, and there is no slave any more.
+  void end();
 
   // Cycle.
   void receive();
@@ -61,6 +67,8 @@ private:
   BusFaults m_faults{m_topology, m_traffic, m_clock};
   FaultSchedule m_schedule{m_faults};
   SdoPace m_sdoPace{};
+  Observers m_observers;
+  CycleRecord m_record{m_topology, m_time};
 };
 
 } // namespace ethercat_simulation

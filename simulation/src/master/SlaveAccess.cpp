@@ -1,5 +1,7 @@
 #include "master/SlaveAccess.h"
 
+#include "base/Lock.h"
+
 #include <cerrno>
 #include <thread>
 
@@ -28,24 +30,26 @@ EscRegisters::Live SlaveAccess::liveRegisters(const SlaveUnit& unit, std::size_t
 SlaveUnit* SlaveAccess::find(std::size_t position, std::uint16_t address, std::size_t size,
                              int* error) const {
   SlaveUnit* unit = m_topology.listed(position);
-  *error = EINVAL;
-  if (unit == nullptr) {
+  const bool answers =
+      unit != nullptr && unit->responding() && m_topology.line().link() && EscRegisters::holds(address, size);
+  *error = unit == nullptr ? EINVAL : answers ? 0 : EIO;
+  return answers ? unit : nullptr;
+}
+
+SlaveUnit* SlaveAccess::await(std::size_t position, std::uint16_t address, std::size_t size, int* error) {
+  if (find(position, address, size, error) == nullptr) {
     return nullptr;
   }
-  *error = EIO;
-  if (!unit->responding() || !m_topology.line().link() || !EscRegisters::holds(address, size)) {
-    return nullptr;
-  }
-  *error = 0;
   waitForBus(REGISTER_ACCESS);
-  return unit;
+  m_topology.catchUp();
+  return find(position, address, size, error);
 }
 
 int SlaveAccess::readRegisters(std::size_t position, std::uint16_t address, std::uint8_t* data,
-                               std::size_t size) const {
+                               std::size_t size) {
   m_topology.catchUp();
   int error = 0;
-  const SlaveUnit* unit = find(position, address, size, &error);
+  const SlaveUnit* unit = await(position, address, size, &error);
   if (unit != nullptr) {
     unit->registers().read(address, data, size, liveRegisters(*unit, position));
   }
@@ -53,9 +57,9 @@ int SlaveAccess::readRegisters(std::size_t position, std::uint16_t address, std:
 }
 
 int SlaveAccess::writeRegisters(std::size_t position, std::uint16_t address, const std::uint8_t* data,
-                                std::size_t size) const {
+                                std::size_t size) {
   int error = 0;
-  SlaveUnit* unit = find(position, address, size, &error);
+  SlaveUnit* unit = await(position, address, size, &error);
   if (unit != nullptr) {
     unit->registers().write(address, data, size);
   }
@@ -72,9 +76,14 @@ int SlaveAccess::requestState(std::size_t position, std::uint8_t state) const {
   return 0;
 }
 
-void SlaveAccess::waitForBus(Moment time) const {
+void SlaveAccess::waitForBus(Moment time) {
   if (m_topology.inTime() && !m_time.isVirtual()) {
-    std::this_thread::sleep_for(std::chrono::nanoseconds(time));
+    ++m_waiting;
+    {
+      const Unguarded others;
+      std::this_thread::sleep_for(std::chrono::nanoseconds(time));
+    }
+    --m_waiting;
   }
 }
 

@@ -103,7 +103,7 @@ void ProcessData::produceInputs(std::uint64_t frame) {
   }
   m_lastFrame = frame;
   ++m_frames;
-  const std::vector<std::uint8_t>& pinned = m_unit->pinnedInputs();
+  const std::vector<std::uint8_t>& pinned = m_unit->pins().bytes;
   if (m_inputs.empty()) {
     return;
   }
@@ -118,6 +118,29 @@ void ProcessData::produceInputs(std::uint64_t frame) {
   } else if (!m_outputs.empty()) {
     std::memcpy(m_inputs.data(), m_outputs.data(), std::min(m_inputs.size(), m_outputs.size()));
   }
+  placePinned();
+}
+
+void ProcessData::placePinned() {
+  for (const PinnedEntry& pinned : m_unit->pins().entries) {
+    for (const EntryPlace& place : m_inputEntries) {
+      if (place.entry.index == pinned.index && place.entry.subindex == pinned.subindex) {
+        writeBits(m_inputs, place.bit, place.entry.bitLength, pinned.value);
+      }
+    }
+  }
+}
+
+bool ProcessData::outputValue(std::uint16_t index, std::uint8_t subindex, std::uint64_t& value) const {
+  const auto found =
+      std::find_if(m_outputEntries.begin(), m_outputEntries.end(), [&](const EntryPlace& place) {
+        return place.entry.index == index && place.entry.subindex == subindex;
+      });
+  if (found == m_outputEntries.end()) {
+    return false;
+  }
+  value = readBits(m_outputs, found->bit, found->entry.bitLength);
+  return true;
 }
 
 void ProcessData::produceObjects() {

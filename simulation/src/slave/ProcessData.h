@@ -47,6 +47,9 @@ public:
   bool takeObjects(const SlaveUnit& unit);
   std::uint8_t* at(const Fmmu& fmmu);
   const std::vector<std::uint8_t>& outputs() const { return m_outputs; }
+  const std::vector<std::uint8_t>& inputs() const { return m_inputs; }
+  // The lower 64 bits of an output entry. False when none has this place.
+  bool outputValue(std::uint16_t index, std::uint8_t subindex, std::uint64_t& value) const;
 
 private:
   struct EntryPlace {
@@ -58,6 +61,7 @@ private:
   static void placeEntries(const std::vector<Pdo>& pdos, std::size_t start, std::vector<EntryPlace>& entries);
   void findObjects();
   void produceObjects();
+  void placePinned();
 
   SlaveUnit* m_unit = nullptr;
   std::vector<std::uint8_t> m_outputs;

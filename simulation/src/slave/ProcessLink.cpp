@@ -53,4 +53,12 @@ std::vector<std::uint8_t> ProcessLink::outputs() const {
   return m_written == nullptr ? m_lastOutputs : m_written->processData().outputs();
 }
 
+bool ProcessLink::outputValue(std::uint16_t index, std::uint8_t subindex, std::uint64_t& value) const {
+  return m_written != nullptr && m_written->processData().outputValue(index, subindex, value);
+}
+
+std::vector<std::uint8_t> ProcessLink::inputs() const {
+  return m_written == nullptr ? std::vector<std::uint8_t>() : m_written->processData().inputs();
+}
+
 } // namespace ethercat_simulation

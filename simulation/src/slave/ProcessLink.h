@@ -34,6 +34,8 @@ public:
   // False when no outputs have come since the last call.
   bool takeObjects() const;
   std::vector<std::uint8_t> outputs() const;
+  bool outputValue(std::uint16_t index, std::uint8_t subindex, std::uint64_t& value) const;
+  std::vector<std::uint8_t> inputs() const; // none without a configuration
 
 private:
   SlaveUnit& m_unit;

@@ -72,6 +72,17 @@ void SlaveUnit::setAlError(std::uint8_t state, std::uint16_t code) {
   m_state.setError(state, code);
 }
 
+bool SlaveUnit::setDriveTrouble(DriveTrouble trouble, bool on, std::uint16_t errorCode) {
+  if (m_drive == nullptr) {
+    return false;
+  }
+  m_drive->troubles().set(trouble, on);
+  if (trouble == DriveTrouble::fault) {
+    m_drive->troubles().setErrorCode(errorCode);
+  }
+  return true;
+}
+
 bool SlaveUnit::stepDrive() {
   if (!m_powered) {
     return false;
@@ -84,6 +95,16 @@ bool SlaveUnit::stepDrive() {
     m_state.fail(STATE_SAFEOP, WATCHDOG_CODE);
   }
   return expired;
+}
+
+void SlaveUnit::pinInput(const PinnedEntry& entry) {
+  for (PinnedEntry& pinned : m_pins.entries) {
+    if (pinned.index == entry.index && pinned.subindex == entry.subindex) {
+      pinned.value = entry.value;
+      return;
+    }
+  }
+  m_pins.entries.push_back(entry);
 }
 
 } // namespace ethercat_simulation

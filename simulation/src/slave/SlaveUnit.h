@@ -10,6 +10,17 @@
 
 namespace ethercat_simulation {
 
+// What a slave sends in place of what its model says.
+struct PinnedEntry {
+  std::uint16_t index;
+  std::uint8_t subindex;
+  std::uint64_t value;
+};
+struct InputPins {
+  std::vector<std::uint8_t> bytes; // of all input sync managers in order; empty: the model's
+  std::vector<PinnedEntry> entries;
+};
+
 class SlaveUnit {
 public:
   explicit SlaveUnit(const Slave& identity);
@@ -38,8 +49,14 @@ public:
   void forgetConfiguration() { m_link.forget(); }
   void resume() { m_link.resume(); }
   std::vector<std::uint8_t> outputs() const { return m_link.outputs(); }
-  void pinInputs(const std::vector<std::uint8_t>& bytes) { m_pinnedInputs = bytes; }
-  const std::vector<std::uint8_t>& pinnedInputs() const { return m_pinnedInputs; }
+  std::vector<std::uint8_t> inputs() const { return m_link.inputs(); }
+  bool outputValue(std::uint16_t index, std::uint8_t subindex, std::uint64_t& value) const {
+    return m_link.outputValue(index, subindex, value);
+  }
+  // Both are kept with the slave, whoever configures it.
+  void pinInputs(const std::vector<std::uint8_t>& bytes) { m_pins = {bytes, {}}; }
+  void pinInput(const PinnedEntry& entry);
+  const InputPins& pins() const { return m_pins; }
 
   // Only an active master asks its slaves for OP.
   void ask(bool active) { m_state.ask(active); }
@@ -77,6 +94,8 @@ public:
   void forgiveRefusal() { m_state.forgiveRefusal(); }
 
   bool hasDrive() const { return m_drive != nullptr; }
+  // False: it is none.
+  bool setDriveTrouble(DriveTrouble trouble, bool on, std::uint16_t errorCode);
   // One cycle of the drive. True when that has changed the AL state.
   bool stepDrive();
 
@@ -93,7 +112,7 @@ private:
   bool m_responding = true;
   bool m_powered = true;
   bool m_wireBroken = false;
-  std::vector<std::uint8_t> m_pinnedInputs;
+  InputPins m_pins;
 };
 
 } // namespace ethercat_simulation

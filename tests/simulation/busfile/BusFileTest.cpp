@@ -94,6 +94,7 @@ TEST_F(BusFileTest, ABadFileGivesOneLineAndNoBus) {
       {R"("lost_frame","at":1,"slave":0)", "/slave: does not belong to \"lost_frame\""},
       {R"("power_off","at":1,"slave":1)", "/slave: there is no slave at this position"},
       {R"("sdo_abort","at":1,"slave":0,"index":1)", "/index: the slave has no such object"},
+      {R"("quick_stop","at":1,"slave":0)", "/slave: the slave is no drive"},
   };
   const std::string slave = R"("slaves":[{)" + ids + "}]}";
   for (const auto& [keys, expected] : faults) {
