@@ -376,4 +376,19 @@ IGH_MASTER_API bool igh_master_set_dc_debug_enable(uint16_t id, bool enable);
 }
 #endif
 
+/* ---- Version ----------------------------------------------------------------------------------- */
+
+/* The version of this header. A library of the same major version and of this or a later minor one has all
+ * that stands here. */
+#define IGH_MASTER_VERSION_MAJOR 1
+#define IGH_MASTER_VERSION_MINOR 0
+#define IGH_MASTER_VERSION_PATCH 0
+
+/* True where this header is of the given version or of a later one; also in #if. */
+#define IGH_MASTER_VERSION_AT_LEAST(major, minor, patch)                                                     \
+  (IGH_MASTER_VERSION_MAJOR > (major) ||                                                                     \
+   (IGH_MASTER_VERSION_MAJOR == (major) &&                                                                   \
+    (IGH_MASTER_VERSION_MINOR > (minor) ||                                                                   \
+     (IGH_MASTER_VERSION_MINOR == (minor) && IGH_MASTER_VERSION_PATCH >= (patch)))))
+
 #endif

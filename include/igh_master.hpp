@@ -295,10 +295,12 @@ public:
     return count;
   }
   [[nodiscard]] std::optional<std::uint32_t> productCode(std::uint32_t slave) const {
-    return number([=](std::uint32_t* code) { return igh_master_get_slave_product_code(id(), slave, code); });
+    return number(
+        [this, slave](std::uint32_t* code) { return igh_master_get_slave_product_code(id(), slave, code); });
   }
   [[nodiscard]] std::optional<std::uint32_t> revision(std::uint32_t slave) const {
-    return number([=](std::uint32_t* code) { return igh_master_get_slave_revision_code(id(), slave, code); });
+    return number(
+        [this, slave](std::uint32_t* code) { return igh_master_get_slave_revision_code(id(), slave, code); });
   }
   [[nodiscard]] bool configure() { return igh_master_config_all_slave(id()); }
   [[nodiscard]] bool configure(std::uint32_t slave) { return igh_master_config_slave(id(), slave); }

@@ -68,6 +68,8 @@ private:
 
   unsigned long m_ulPosition = 0;
   std::atomic<unsigned long> m_ulForced{NONE};
+  // The cycle locks nothing, on no processor.
+  static_assert(std::atomic<unsigned long>::is_always_lock_free && std::atomic<bool>::is_always_lock_free);
   std::atomic<bool> m_bIdle{false}; // a whole round found nothing armed, and nothing was armed since
 };
 
