@@ -3,12 +3,37 @@
 #include "commands/commands.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstdio>
+#include <cstring>
 #include <exception>
+#include <fcntl.h>
 #include <iostream>
+#include <unistd.h>
 
 namespace igh_bus {
 namespace {
+
+// As a shell would take it.
+std::string commandLine(int argc, char** argv) {
+  std::string line;
+  for (int i = 0; i < argc; ++i) {
+    const std::string word = argv[i];
+    const auto plain = [](unsigned char c) {
+      return std::isalnum(c) != 0 || std::strchr("_-+=:.,/@%", c) != nullptr;
+    };
+    line += i == 0 ? "" : " ";
+    if (!word.empty() && std::all_of(word.begin(), word.end(), plain)) {
+      line += word;
+      continue;
+    }
+    line += '\'';
+    for (const char letter : word)
+      line += letter == '\'' ? "'\\''" : std::string(1, letter);
+    line += '\'';
+  }
+  return line;
+}
 
 // What was typed last of the commands: "igh_bus sdo read".
 std::string typedCommand(const CLI::App& app) {
@@ -31,6 +56,15 @@ std::string refusal(const CLI::App& app, const CLI::ParseError& error) {
   return reason + " (try " + typedCommand(app) + " --help)";
 }
 
+// One that is closed would be taken by the next file that is opened, and the lines for people written into
+// it. What is read only makes an output a failed one.
+void keepStandardStreams() {
+  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (fcntl(stream, F_GETFD) < 0)
+      static_cast<void>(open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY));
+  }
+}
+
 // What is left in the buffers counts, too.
 Status withOutput(Status status) {
   std::cout.flush();
@@ -48,11 +82,14 @@ Status execute(int argc, char** argv) {
   addDescribeCommand(app, action);
   addAdaptCommand(app, action);
   addScanCommand(app, action);
-  addRunCommand(app, action);
+  addRunCommand(app, action, commandLine(argc, argv));
+  addWatchCommand(app, action);
+  addCheckCommand(app, action, commandLine(argc, argv));
   addDiagCommand(app, action);
   addSdoCommand(app, action);
   addRegCommand(app, action);
   addErrorsCommand(app, action);
+  addStatesCommand(app, action);
   addDoctorCommand(app, action);
   try {
     app.parse(argc, argv);
@@ -70,6 +107,7 @@ Status execute(int argc, char** argv) {
 } // namespace
 
 int program(int argc, char** argv) {
+  keepStandardStreams();
   try {
     return withOutput(execute(argc, argv));
   } catch (const Failure& failure) {

@@ -6,5 +6,6 @@
 
 int main(int argc, char** argv) {
   std::signal(SIGPIPE, SIG_IGN); // a reader that went away must not end a run out of order
+  std::signal(SIGXFSZ, SIG_IGN); // nor must a file that grows too large
   return igh_bus::program(argc, argv);
 }

@@ -70,6 +70,8 @@ TEST(Usage, WhatCannotBeDoneGetsOneLineAndItsStatus) {
     const auto full = runProgram("/bin/sh -c '" IGH_BUS_PROGRAM " $* >/dev/full' - " + std::string(output));
     EXPECT_EQ(full.status, 2) << full.err;
     EXPECT_EQ(full.err, "igh_bus: standard output: not all of it could be written\n");
+    const auto none = runProgram("/bin/sh -c 'exec " IGH_BUS_PROGRAM " $* >&-' - " + std::string(output));
+    EXPECT_EQ(none.err, full.err) << none.status;
     const auto closed = runProgram("/bin/sh -c '{ (while echo; do :; done); " IGH_BUS_PROGRAM
                                    " $*; echo $? >&2; } | true' - " +
                                    std::string(output));

@@ -20,14 +20,15 @@ TEST(Run, MovesNamedValuesAndShowsWhatCameOfIt) {
       {"run --eni @terminals.xml @servo_drive.xml --cycles 100 --no-dc --listing --period 500us --set "
        "'2:Output 2=-7' --watch '2:Input 2'",
        "const static ec_pdo_entry_reg_t domain1_regs.*2:Input 2 = -7\n"},
-      {"run --eni @coupler.xml --cycles 50",
-       "working counter incomplete +[1-9][0-9]\n.*No slave has process data"},
+      {"run --eni @coupler.xml --cycles 50 --histogram",
+       "working counter incomplete +[1-9][0-9]\n.*\n# Histogram\n0[0-9]+ 0[0-9]+\n.*\n# Total: 000000050\n"
+       ".*No slave has process data"},
       // An offset of either sign: one late wake-up at a bad moment outweighs the drift.
       {"run --sync-to-reference --period 500us --cycles 2500" + onMachine,
        "following the reference clock.*\nFirst master diff: .*  OP  clock difference [^,]*\\), offset "
        "[+-]?[1-9]"},
       {"diag --seconds 0.4" + onMachine, "\n  fastest  [^\n]*\n  last  +399 [^\n]*\n  slowest  "},
-      {"doctor", "warning  platform             this build runs on the simulated"}};
+      {"doctor", "warning  platform +this build runs on the simulated"}};
   for (const auto& [line, pattern] : cases) {
     const auto outcome = ighBus(line);
     EXPECT_EQ(outcome.status, 0) << outcome.err;

@@ -1,39 +1,26 @@
-// The commands for single slaves, run in this process on a bus whose faults can be set.
-#include "Program.h"
+// The commands for single slaves, run in this process on a bus whose faults can be set; SDO transfers go by
+// the library's requests.
+#include "OneDrive.h"
+#include "Terminal.h"
 
-#include <ethercat_simulation/Simulation.h>
-#include <regex>
-
-using namespace ethercat_simulation;
 using Bytes = std::vector<std::uint8_t>;
 
 namespace {
 
-class Commands : public testing::Test {
+class Commands : public OneDrive {
 protected:
-  void SetUp() override {
-    reset();
-    bus().setClimbCycles(1);
-    Slave drive;
-    std::tie(drive.vendorId, drive.productCode, drive.revisionNumber) = std::tuple(0x0B0BU, 0x500U, 0x20001U);
-    drive.objects = {{0x2000, 1, {0xFE}},
-                     {0x2000, 2, {0, 0, 0xC0, 0x3F}},
-                     {0x2000, 3, {0, 0, 0, 0, 0, 0, 4, 0xC0}},
-                     {0x2001, 0, {1, 0, 0xFE, 0xFF}},
-                     {0x2002, 0, {2}},
-                     {0x2002, 1, {0x11, 0x22}},
-                     {0x6041, 0, {0x27, 0}, true}};
-    bus().addSlave(drive);
-  }
-  void TearDown() override {
-    EXPECT_EQ(bus().misuse().total(), 0U) << testing::PrintToString(bus().misuse().lines);
-    EXPECT_FALSE(bus().reserved());
-    reset();
-  }
+  Commands()
+      : OneDrive({{0x2000, 1, {0xFE}},
+                  {0x2000, 2, {0, 0, 0xC0, 0x3F}},
+                  {0x2000, 3, {0, 0, 0, 0, 0, 0, 4, 0xC0}},
+                  {0x2001, 0, {1, 0, 0xFE, 0xFF}},
+                  {0x2002, 0, {2}},
+                  {0x2002, 1, {0x11, 0x22}},
+                  {0x6041, 0, {0x27, 0}, true}}) {}
   static void expect(const std::string& line, int status, const std::string& expected) {
     SCOPED_TRACE(line);
     const auto [ended, out, err] =
-        runHere(line + (line[0] == 's' ? " --timeout 0.3 --eni @servo_drive.xml" : ""));
+        runHere(line + (line[0] == 's' ? " --through-library --timeout 0.3 --eni @servo_drive.xml" : ""));
     EXPECT_EQ(ended, status);
     EXPECT_TRUE(status != 0 || out == expected + "\n") << out;
     EXPECT_THAT(err, testing::HasSubstr(status == 0 ? "" : expected));
@@ -113,13 +100,34 @@ TEST_F(Commands, RegistersAndErrorCountersAreShownAndCleared) {
   EXPECT_EQ(bus().registers(0, 0x0300, 20), Bytes(20));
   bus().setRegisters(0, 0x0F00, {0xA5, 0xFF}); // the first is what the program fills its buffer with
   expect("reg read 0 0x0F00", 0, "0x0F00: A5 = 165 (0xA5)");
-  expect("reg write 0 0x0F01", 0, "0x0F01: zeros written to 1 byte of slave 0");
+  expect("reg write 0 0x0F01 --yes", 0, "0x0F01: zeros written to 1 byte of slave 0");
   EXPECT_EQ(bus().registers(0, 0x0F00, 2), (Bytes{0xA5, 0}));
-  for (const char* line : {"reg read 0 0x0F00", "reg write 0 0x0F00", "errors"}) {
+  for (const char* line : {"reg read 0 0x0F00", "reg write 0 0x0F00 --yes", "errors"}) {
     bus().failNext(Call::deviceIoctl, -EIO);
     expect(line, 3, "slave 0, register 0x0");
+    bus().failNext(Call::deviceIoctl, -EINTR);
+    expect(line, 3, "an application holds the master and does not cycle");
     bus().failNext(Call::deviceOpen, -EACCES);
-    expect(line, 3, "/dev/EtherCAT0 cannot be opened");
+    bus().failNext(Call::deviceOpen, -EACCES); // for reading only, too
+    expect(line, 3, "/dev/EtherCAT0 cannot be opened: Permission denied");
+  }
+  bus().failNext(Call::deviceOpen, -EACCES);
+  expect("reg write 0 0x0F00 --yes", 3, "needs the right to write /dev/EtherCAT0");
+  EXPECT_EQ(bus().callCount(Call::requestMaster), 0U); // beside an application
+}
+
+TEST_F(Commands, RegWriteAsksAndWritesForAYesOnly) {
+  Person person;
+  bus().setRegisters(0, 0x0F00, {7});
+  expect("reg write 0 0x0F00", 2,
+         "from 0x0F00 on of slave 0 (EM500)? There is no terminal to answer on: use --yes");
+  for (const auto& [answer, left] : {std::pair("n\n", 7), {"\n", 7}, {"yes\n", 0}}) {
+    person.types(answer);
+    const auto [status, out, err] = runHere("reg write 0 0x0F00");
+    EXPECT_EQ(bus().registers(0, 0x0F00, 1)[0], left) << answer;
+    EXPECT_EQ(status, 0);
+    EXPECT_THAT(out, testing::HasSubstr(left ? "Nothing was written" : "zeros written to 1 byte of slave 0"));
+    EXPECT_EQ(err, "igh_bus: really write zeros to 1 byte from 0x0F00 on of slave 0 (EM500)? [y/N] ");
   }
 }
 

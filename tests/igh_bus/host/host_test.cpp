@@ -1,10 +1,10 @@
-// The rhythm of the cycles, and what doctor makes of a machine.
-#include "host/Doctor.h"
+// The rhythm of the cycles, and what makes their thread a real-time one.
+#include "Program.h"
 #include "host/RealTime.h"
 
-#include <cerrno>
 #include <chrono>
-#include <gtest/gtest.h>
+#include <filesystem>
+#include <sys/mman.h>
 #include <thread>
 
 using namespace igh_bus;
@@ -25,42 +25,35 @@ TEST(Pacemaker, LeavesMissedPeriodsOutAndStaysOnItsGrid) {
   EXPECT_GE(steady_clock::now() - start, milliseconds(2) * periods + milliseconds(5));
 }
 
-const Host host{"6.1.0-rt", "PREEMPT_RT", "performance", "2-3", "tsc", "SCHED_OTHER"};
-const Facts ready{false, 0x01050A, 0x01050A, "/dev/EtherCAT0", 0, 36, ~std::uint64_t{0}, 99, host};
-
-// The findings that are not ok: "!subject" for a failure, "?subject" for a warning.
-std::string complaints(const Facts& facts) {
-  std::string text;
-  for (const Finding& finding : diagnose(facts)) {
-    EXPECT_EQ(finding.remedy.empty(), finding.level == Finding::ok) << finding.subject;
-    if (finding.level != Finding::ok)
-      text += (finding.level == Finding::failure ? "!" : "?") + finding.subject;
-  }
-  return text;
-}
-
-TEST(Doctor, FindsWhatKeepsAMachineFromRunningABus) {
-  EXPECT_EQ(complaints(ready), "");
-  Facts facts = ready;
-  facts.libraryVersion = 0x010600;
-  facts.deviceError = EACCES;
-  facts.rtPriority = 0;
-  EXPECT_EQ(complaints(facts), "!library release!device node?real-time priority");
-  facts = ready;
-  facts.ioctlMagic.reset();
-  facts.lockableBytes = 65536;
-  facts.host = {"6.1.0", "voluntary", "unknown", "none", "hpet", ""};
-  EXPECT_EQ(complaints(facts),
-            "!device node?kernel?locked memory?isolated processors?frequency governor?clock source");
-  facts.ioctlMagic = 99;
-  EXPECT_EQ(complaints(facts).rfind("?device node", 0), 0U);
-  // The module of stock 1.5.2 fits its own header only, whose version word has two numbers.
-  facts = ready;
-  facts.ioctlMagic = 27;
-  EXPECT_EQ(complaints(facts), "?device node");
-  facts.headerVersion = facts.libraryVersion = 0x0105;
-  EXPECT_EQ(complaints(facts), "");
-  EXPECT_EQ(diagnose(facts)[1].text, "1.5, as the header");
+// The request holds for as long as its file is open.
+TEST(RealTime, HoldsDeepIdleStatesOffWhileItLivesUnlessLeftToTheSystem) {
+  const auto file = scratch("latency", "as it was");
+  const auto isOpen = [&file] {
+    for (const auto& descriptor : std::filesystem::directory_iterator("/proc/self/fd")) {
+      std::error_code gone;
+      if (std::filesystem::read_symlink(descriptor, gone) == file)
+        return true;
+    }
+    return false;
+  };
+  // In a thread of its own: it may become a real-time one.
+  const auto inThread = [&](std::optional<int> priority, const std::string& request, bool open, bool hint) {
+    std::thread([&] {
+      const RealTime realTime(priority, std::nullopt, request);
+      EXPECT_EQ(isOpen(), open) << request;
+      EXPECT_EQ(realTime.hint().find(request + ": No such file") != std::string::npos, hint) << request;
+    }).join();
+  };
+  inThread(std::nullopt, file, false, false);
+  inThread(1, "", false, false);
+  EXPECT_EQ(readFile(file), "as it was");
+  inThread(1, file, true, false);
+  EXPECT_FALSE(isOpen());
+  EXPECT_EQ(readFile(file), std::string(4, '\0') + "t was"); // 0 us, as 32 bits
+  inThread(1, file + "/none", false, false);
+  inThread(1, file + ".none", false, true);
+  munlockall();
+  std::remove(file.c_str());
 }
 
 } // namespace

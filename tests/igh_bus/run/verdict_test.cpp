@@ -19,12 +19,17 @@ TEST(Verdict, CountsAreToldAndOnlyLimitsMakeThemAFailure) {
   std::tie(poor.latestNs, poor.missed, poor.errors.total[1], poor.errors.total[2]) =
       std::tuple(2000, 3, 4, 1);
   RunFacts low = poor;
-  low.states = 12;
+  std::tie(low.states, low.troubles) = std::tuple(12, "slave 1 (Y): SAFEOP");
   RunFacts ended = low;
   ended.bySignal = true;
+  RunFacts dark = poor;
+  dark.states = 0;
+  RunFacts pulled = dark;
+  std::tie(pulled.errors.streak[2], pulled.errors.lastCycle[2], pulled.errors.cycle) = std::tuple(3, 8, 9);
   RunFacts bare = poor; // without process data, error 1 says nothing
   bare.processData = false;
   const char* const five = "5 errors (working counter incomplete 4, link down 1)";
+  const std::string fallen = "the bus left OP; it ended in SAFEOP+OP; slave 1 (Y): SAFEOP; ";
   const std::string many = std::string(five) + ", allowed are ";
   const std::tuple<const RunFacts&, Limits, bool, std::string> cases[] = {
       {good, {true, 0, 1000, 0}, true, "in OP at the end, with no errors"},
@@ -35,7 +40,10 @@ TEST(Verdict, CountsAreToldAndOnlyLimitsMakeThemAFailure) {
       {poor, {false, {}, 1999, {}}, false, "a wake-up was 2.0 us late, allowed are 1.999 us"},
       {poor, {false, {}, {}, 2}, false, "3 cycles missed, allowed are 2"},
       {poor, {true, {}, {}, {}}, false, many + "0; 3 cycles missed, allowed are 0"},
-      {low, {false, 4, {}, {}}, false, "the bus left OP; it ended in SAFEOP+OP; " + many + "4"},
+      {low, {false, 4, {}, {}}, false, fallen + many + "4"},
+      {low, {false, {}, {}, 2}, false, fallen + "3 cycles missed, allowed are 2; " + five},
+      {dark, {}, false, std::string("the bus left OP; at the end no slave answered; ") + five},
+      {pulled, {}, false, std::string("the bus left OP; at the end the link was down; ") + five},
       {ended, {}, true, std::string("ended by a signal, in SAFEOP+OP at the end, with ") + five},
       {ended, {false, 4, {}, {}}, false, many + "4"},
       {bare, {true, 1, {}, 3}, true, "in OP at the end, with 1 error (link down 1)"}};
@@ -43,6 +51,7 @@ TEST(Verdict, CountsAreToldAndOnlyLimitsMakeThemAFailure) {
     const auto verdict = judge(facts, limits);
     EXPECT_EQ(verdict.text, text);
     EXPECT_EQ(verdict.success, success) << text;
+    EXPECT_EQ(verdict.errors, &facts == &good ? 0U : &facts == &bare ? 1U : 5U) << text;
   }
 }
 
@@ -97,7 +106,7 @@ TEST(Verdict, ErrorsAreToldBySlaveWithTheirFirstAndLastCycle) {
                                "59\n\nCycles left out"));
   EXPECT_THAT(readFile(folder + "/report.html"),
               testing::ContainsRegex(
-                  "<th>slave 1 \\(X &lt;left&gt;\\)</th><td>slave refused [^/]*/td><td "
+                  "<th scope=\"row\">slave 1 \\(X &lt;left&gt;\\)</th><td>slave refused [^/]*/td><td "
                   "class=\"n\">[0-9]+</td><td class=\"n\">[1-9][0-9]*</td><td class=\"n\">59</td>"));
   std::filesystem::remove_all(folder);
   reset();

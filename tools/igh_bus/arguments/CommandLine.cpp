@@ -18,7 +18,8 @@ const char* const exitStatuses =
     "  3  bus error: no master or no slaves, activation failed, OP not reached or lost, or the working "
     "counter\n"
     "     was incomplete, the link down or a slave in error when the run ended; a limit of the run was\n"
-    "     passed, or --strict refused it; a slave refused a transfer or did not answer\n";
+    "     passed, or --strict refused it; check found a fault, or was ended by a\n"
+    "     signal; a slave refused a transfer or a state, or did not answer\n";
 
 CLI::Validator wholeNumber(std::uint64_t lowest, std::uint64_t highest) {
   const auto bounds = highest == MOST ? format("from %" PRIu64 " on", lowest)

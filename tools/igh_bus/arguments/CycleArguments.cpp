@@ -25,11 +25,24 @@ void addLimits(CLI::App& command, CycleArguments& arguments) {
 
 } // namespace
 
+void addPaceOptions(CLI::App& command, RunOptions& options, std::string& period) {
+  command.add_option("--period", period, "Time between two exchanges, 100us to 4s (1ms)")->type_name("TIME");
+  command
+      .add_option("--priority", options.priority, "Run under SCHED_FIFO with this priority, memory locked")
+      ->check(wholeNumber(1, 99))
+      ->type_name("P");
+  command.add_option("--cpu", options.cpu, "Run on this processor only")
+      ->check(wholeNumber(0, CPU_SETSIZE - 1))
+      ->type_name("C");
+  command.add_flag(
+      "--allow-c-states", options.deepIdleStates,
+      "Leave deep idle states of the processors to the system; with --priority they are held off");
+}
+
 CLI::Option* addCycleOptions(CLI::App& command, CycleArguments& arguments) {
   auto& options = arguments.options;
   addBusOptions(command, options);
-  command.add_option("--period", arguments.period, "Time between two exchanges, 100us to 4s (1ms)")
-      ->type_name("TIME");
+  addPaceOptions(command, options, arguments.period);
   auto* cycles = command.add_option("--cycles", options.cycles, "Exchanges to run, climbing included (5000)")
                      ->check(wholeNumber(1))
                      ->type_name("N");
@@ -39,13 +52,6 @@ CLI::Option* addCycleOptions(CLI::App& command, CycleArguments& arguments) {
       ->excludes(cycles);
   command.add_flag("--exchange-mode", options.exchangeMode,
                    "Send first and wait for the frame in the same cycle");
-  command
-      .add_option("--priority", options.priority, "Run under SCHED_FIFO with this priority, memory locked")
-      ->check(wholeNumber(1, 99))
-      ->type_name("P");
-  command.add_option("--cpu", options.cpu, "Run on this processor only")
-      ->check(wholeNumber(0, CPU_SETSIZE - 1))
-      ->type_name("C");
   addLimits(command, arguments);
   return command.add_flag("--no-dc", options.withoutClocks, "Run without distributed clocks");
 }

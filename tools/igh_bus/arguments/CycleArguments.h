@@ -13,6 +13,9 @@ struct CycleArguments {
   std::string maxLatency;
 };
 
+// --period, --priority, --cpu and --allow-c-states.
+void addPaceOptions(CLI::App& command, RunOptions& options, std::string& period);
+
 // Gives back the option that switches distributed clocks off.
 CLI::Option* addCycleOptions(CLI::App& command, CycleArguments& arguments);
 

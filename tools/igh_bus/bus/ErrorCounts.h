@@ -6,6 +6,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <numeric>
 
 namespace igh_bus {
 
@@ -38,6 +39,9 @@ struct ErrorCounts {
       ++streak[place];
     lastCycle[place] = cycle;
   }
+
+  // In the cycle, too.
+  std::uint64_t sum() const { return std::accumulate(total.begin(), total.end(), std::uint64_t{0}); }
 
   // True when the last `cycles` cycles of the loop, which has left the last one, all raised this error.
   bool lasting(int code, std::uint64_t cycles) const {

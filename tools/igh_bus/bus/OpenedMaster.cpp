@@ -42,6 +42,17 @@ std::vector<FoundSlave> OpenedMaster::slaves(const std::vector<Device>& devices)
   return found;
 }
 
+std::optional<ec_slave_info_t> OpenedMaster::slave(std::uint16_t position) const {
+  ec_slave_info_t info{};
+  return ecrt_master_get_slave(m_master, position, &info) < 0 ? std::nullopt : std::optional(info);
+}
+
+bool OpenedMaster::scans() const {
+  ec_master_state_t state{};
+  static_cast<void>(ecrt_master_state(m_master, &state));
+  return isScanBusy(state, 0);
+}
+
 std::vector<SyncManager> OpenedMaster::syncManagers(const FoundSlave& slave) const {
   std::vector<SyncManager> found;
   for (std::uint8_t index = 0; index < slave.info.sync_count; ++index) {

@@ -4,6 +4,8 @@
 
 #include "bus/Survey.h"
 
+#include <optional>
+
 namespace igh_bus {
 
 class OpenedMaster {
@@ -14,8 +16,12 @@ public:
   OpenedMaster(const OpenedMaster&) = delete;
   OpenedMaster& operator=(const OpenedMaster&) = delete;
 
+  ec_master_t* handle() const { return m_master; }
   // Throws Failure(busError) when there is none.
   std::vector<FoundSlave> slaves(const std::vector<Device>& devices) const;
+  // As the master knows it now; nothing for a slave that is not on the bus, or while the master scans.
+  std::optional<ec_slave_info_t> slave(std::uint16_t position) const;
+  bool scans() const;
   // As the master has read them of the slave itself; entries have neither names nor types.
   std::vector<SyncManager> syncManagers(const FoundSlave& slave) const;
 

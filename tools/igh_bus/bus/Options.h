@@ -42,9 +42,14 @@ struct RunOptions : ScanOptions {
   bool listing = false;
   std::vector<Setting> settings;
   std::vector<EntryAddress> watches;
-  std::string reportFolder; // empty: no report
+  bool histogram = false;        // of the wake-up latency, printed at the end
+  bool watchAll = false;         // every entry: too many for a line of progress
+  std::string recordFile;        // empty: nothing is recorded
+  std::uint64_t recordEvery = 1; // cycles
+  std::string reportFolder;      // empty: no report
   std::optional<int> priority;
   std::optional<int> cpu;
+  bool deepIdleStates = false; // left to the system, also with a priority
   Limits limits;
 };
 

@@ -49,6 +49,7 @@ void Session::bringUp(const std::function<void()>& prepare) {
       throw Failure(busError, "the scan found no slave");
   }
   igh_master_config_all_slave(id);
+  m_lastWatched.reserve(m_options.watches.size()); // filled between two cycles
   for (const auto& watch : m_options.watches)
     createHandle(watch, true);
   for (const auto& setting : m_options.settings)
@@ -57,6 +58,11 @@ void Session::bringUp(const std::function<void()>& prepare) {
     prepare();
   if (!igh_master_active(id))
     throw Failure(busError, "the master could not be activated");
+}
+
+void Session::reactivate() const {
+  if (!igh_master_active(m_options.master))
+    throw Failure(busError, "the master could not be activated again");
 }
 
 std::uint32_t Session::createHandle(const EntryAddress& address, bool read) {
@@ -81,7 +87,22 @@ std::uint32_t Session::exchange() {
   return state;
 }
 
+void Session::closeBooks() {
+  for (std::size_t i = 0; i < m_options.watches.size(); ++i)
+    m_lastWatched.push_back(watched(i));
+  for (const auto index : {COMM_DIAG_LAST, COMM_DIAG_MIN, COMM_DIAG_MAX})
+    m_lastRecords.at(index) = record(index);
+  igh_master_set_error_callback(m_options.master, nullptr, nullptr);
+  m_closed = true;
+}
+
+void Session::exchangeUncounted() const {
+  igh_master_exchange(m_options.master, nullptr, nullptr);
+}
+
 double Session::watched(std::size_t number) const {
+  if (m_closed)
+    return m_lastWatched[number];
   double value = NAN;
   igh_master_pdo_recv(m_options.master, m_handles[number].id, &value);
   return value;
@@ -94,6 +115,8 @@ std::int64_t Session::clockOffsetNs() const {
 }
 
 _ETHERCAT_COMM_DIAG_INFO Session::record(COMM_DIAG_INDEX index) const {
+  if (m_closed)
+    return m_lastRecords.at(index);
   _ETHERCAT_COMM_DIAG_INFO info{};
   igh_master_get_comm_diag_info(m_options.master, index, &info);
   return info;

@@ -19,8 +19,14 @@ public:
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
 
+  // Activates again, which deactivates first. Throws Failure.
+  void reactivate() const;
+
   // One cycle; the AL states seen in it, ORed. Neither allocates nor prints.
   std::uint32_t exchange();
+  // Everything that was counted and read stays as it is; the bus can be cycled on all the same.
+  void closeBooks();
+  void exchangeUncounted() const;
   double watched(std::size_t number) const;
   const ErrorCounts& errors() const { return m_errors; }
   std::uint64_t cycles() const { return m_errors.cycle; }
@@ -41,6 +47,9 @@ private:
   std::vector<Handle> m_handles; // watches first, in order
   ErrorCounts m_errors;
   std::uint64_t m_callbacks = 0;
+  bool m_closed = false;
+  std::vector<double> m_lastWatched;
+  std::array<_ETHERCAT_COMM_DIAG_INFO, 3> m_lastRecords{}; // by index
 };
 
 } // namespace igh_bus

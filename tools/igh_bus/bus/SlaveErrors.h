@@ -13,6 +13,9 @@ struct SlaveError {
   SlaveErrorCount count;
 };
 
+// "slave 5 (EM500 servo drive X)"
+std::string slaveName(std::size_t slave, const std::vector<FoundSlave>& slaves);
+
 std::vector<SlaveError> slaveErrors(const ErrorCounts& errors, const std::vector<FoundSlave>& slaves);
 
 } // namespace igh_bus

@@ -21,6 +21,7 @@ std::vector<FoundSlave> readSlaves(ec_master_t* master, const std::vector<Device
     FoundSlave slave{};
     if (ecrt_master_get_slave(master, static_cast<std::uint16_t>(position), &slave.info) < 0)
       break;
+    replaceControls(slave.info.name);
     slave.device =
         findDevice(devices, {slave.info.vendor_id, slave.info.product_code, slave.info.revision_number});
     slaves.push_back(slave);
@@ -58,6 +59,11 @@ void checkSize(const std::vector<FoundSlave>& slaves) {
 void checkSlave(std::uint32_t slave, const std::vector<FoundSlave>& slaves) {
   if (slave >= slaves.size())
     throw Failure(usageError, format("slave %u: the bus has slaves 0 to %zu", slave, slaves.size() - 1));
+}
+
+std::string slaveText(std::size_t slave, const std::vector<FoundSlave>& slaves) {
+  const auto* const name = slave < slaves.size() ? slaves[slave].info.name : "";
+  return format("slave %zu", slave) + (*name ? format(" (%s)", name) : "");
 }
 
 bool hasProcessData(const std::vector<FoundSlave>& slaves) {

@@ -29,6 +29,9 @@ void checkSize(const std::vector<FoundSlave>& slaves);
 // Throws Failure(usageError) for a slave that is not on the bus.
 void checkSlave(std::uint32_t slave, const std::vector<FoundSlave>& slaves);
 
+// "slave 5 (EM500 servo drive X)"
+std::string slaveText(std::size_t slave, const std::vector<FoundSlave>& slaves);
+
 bool hasProcessData(const std::vector<FoundSlave>& slaves);
 
 } // namespace igh_bus

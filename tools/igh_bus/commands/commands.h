@@ -9,11 +9,15 @@ namespace igh_bus {
 void addDescribeCommand(CLI::App& app, Action& action);
 void addAdaptCommand(CLI::App& app, Action& action);
 void addScanCommand(CLI::App& app, Action& action);
-void addRunCommand(CLI::App& app, Action& action);
+void addRunCommand(CLI::App& app, Action& action, const std::string& commandLine);
+void addWatchCommand(CLI::App& app, Action& action);
+void addCheckCommand(CLI::App& app, Action& action, const std::string& commandLine);
 void addDiagCommand(CLI::App& app, Action& action);
 void addSdoCommand(CLI::App& app, Action& action);
+void addSdoListCommand(CLI::App& sdo, Action& action);
 void addRegCommand(CLI::App& app, Action& action);
 void addErrorsCommand(CLI::App& app, Action& action);
+void addStatesCommand(CLI::App& app, Action& action);
 void addDoctorCommand(CLI::App& app, Action& action);
 
 } // namespace igh_bus

@@ -11,10 +11,12 @@ namespace igh_bus {
 namespace {
 
 // The bus is let go at the end, so that the verdict comes behind all lines of the master.
-Verdict cycleBus(const RunOptions& options, const std::vector<FoundSlave>& slaves, RealTime& realTime) {
-  BusRun busRun(options, realTime);
+Verdict cycleBus(const RunOptions& options, const std::vector<FoundSlave>& slaves, RealTime& realTime,
+                 Lookout& lookout) {
+  BusRun busRun(options, realTime, &lookout);
   busRun.cycle();
   printTiming(busRun.session());
+  printSightings(lookout.sightings(), slaves);
   return busRun.verdict(hasProcessData(slaves));
 }
 
@@ -26,9 +28,10 @@ Status diag(CycleArguments& arguments) {
   const BusChoice bus(options, devices);
   const auto slaves = surveyBus(options, devices);
   checkSize(slaves);
-  RealTime realTime(options.priority, options.cpu);
+  Lookout lookout(options, slaves); // before the thread is a real-time one
+  RealTime realTime(options.priority, options.cpu, options.deepIdleStates ? "" : IdleStates::REQUEST_FILE);
   sayRealTime(options.limits, realTime);
-  return endRun(cycleBus(options, slaves, realTime), realTime);
+  return endRun(cycleBus(options, slaves, realTime, lookout), realTime);
 }
 
 } // namespace

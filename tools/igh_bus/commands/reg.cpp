@@ -1,10 +1,12 @@
 // igh_bus reg: reads registers of one slave controller, or clears them.
 #include "arguments/Arguments.h"
 #include "bus/BusChoice.h"
-#include "bus/Registers.h"
-#include "bus/Survey.h"
+#include "bus/DeviceFile.h"
+#include "bus/OpenedMaster.h"
+#include "bus/Patience.h"
 #include "commands/commands.h"
 #include "descriptions/Descriptions.h"
+#include "text/Question.h"
 #include "text/Text.h"
 
 #include <cinttypes>
@@ -20,6 +22,7 @@ struct RegOptions : ScanOptions {
   std::string address;
   std::string length = "1";
   std::vector<std::string> values;
+  bool yes = false;
 };
 
 struct Range {
@@ -37,19 +40,20 @@ Range checkedRange(const RegOptions& options) {
   for (const auto& value : options.values) {
     if (parseNumber(value, UINT32_MAX, "value") != 0)
       throw Failure(usageError, "value " + value +
-                                    ": the library writes zeros only, so registers can be "
-                                    "cleared and not set");
+                                    ": this writes zeros only, so registers can be cleared "
+                                    "and not set");
   }
   return {static_cast<std::uint16_t>(options.slave), static_cast<std::uint16_t>(address), size};
 }
 
-// Runs access(registers, range) on a bus that has the slave.
+// Runs access(device file, range, slave) on a bus that has the slave.
 template <typename Access> Status onBus(const RegOptions& options, Access access) {
   const auto range = checkedRange(options);
   const auto devices = loadDevices(options.descriptions);
   const BusChoice bus(options, devices);
-  checkSlave(options.slave, surveyBus(options, devices));
-  access(Registers(options.master), range);
+  const auto slaves = OpenedMaster(options.master).slaves(devices);
+  checkSlave(options.slave, slaves);
+  access(DeviceFile(options.master), range, slaveText(options.slave, slaves));
   return success;
 }
 
@@ -70,14 +74,22 @@ void printRegisters(std::uint32_t address, const std::vector<std::uint8_t>& byte
 }
 
 Status readRegisters(const RegOptions& options) {
-  return onBus(options, [](const Registers& registers, const Range& range) {
-    printRegisters(range.address, registers.read(range.slave, range.address, range.size));
+  return onBus(options, [](const DeviceFile& device, const Range& range, const std::string&) {
+    const Patience patience;
+    printRegisters(range.address, device.read(range.slave, range.address, range.size));
   });
 }
 
 Status clearRegisters(const RegOptions& options) {
-  return onBus(options, [](const Registers& registers, const Range& range) {
-    registers.clear(range.slave, range.address, range.size);
+  return onBus(options, [&](const DeviceFile& device, const Range& range, const std::string& slave) {
+    const auto what =
+        format("%u byte%s from 0x%04X on", range.size, range.size == 1 ? "" : "s", unsigned{range.address});
+    if (!options.yes && !confirm("really write zeros to " + what + " of " + slave + "?")) {
+      std::printf("Nothing was written.\n");
+      return;
+    }
+    const Patience patience;
+    device.clear(range.slave, range.address, range.size);
     std::printf("0x%04X: zeros written to %u byte%s of slave %u\n", unsigned{range.address}, range.size,
                 range.size == 1 ? "" : "s", unsigned{range.slave});
   });
@@ -97,15 +109,18 @@ CLI::App* addAccess(CLI::App& app, const char* name, const char* description, Re
 } // namespace
 
 void addRegCommand(CLI::App& app, Action& action) {
-  auto* command = addCommand(app, "reg", "Read or clear registers of a slave controller");
+  auto* command = addCommand(app, "reg",
+                             "Read or clear registers of a slave controller; works beside a running "
+                             "application");
   command->require_subcommand(1);
   const auto options = std::make_shared<RegOptions>();
   auto* read = addAccess(*command, "read", "Show registers, and 1, 2, 4 or 8 of them as a number", *options);
   read->callback([options, &action] { action = [options] { return readRegisters(*options); }; });
   auto* write = addAccess(*command, "write",
-                          "Write zeros to registers. That is all that the library's register write does: it "
-                          "can clear a register, and never set one",
+                          "Write zeros to registers, as the library's register write does: they can be "
+                          "cleared, and never set. Asks before",
                           *options);
+  write->add_flag("--yes", options->yes, "Write without asking");
   write->add_option("VALUE", options->values, "Must be 0");
   write->callback([options, &action] { action = [options] { return clearRegisters(*options); }; });
 }

@@ -2,6 +2,7 @@
 #include "adapt/Hint.h"
 #include "bus/BusChoice.h"
 #include "bus/OpenedMaster.h"
+#include "bus/Patience.h"
 #include "commands/commands.h"
 #include "descriptions/Descriptions.h"
 #include "scan/SeenSlave.h"
@@ -54,6 +55,7 @@ Status scan(const ScanArguments& arguments) {
   std::vector<SeenSlave> slaves;
   for (const auto& found : master.slaves(devices)) {
     slaves.push_back({found, describedRevisions(found.info, devices, hidden), {}, {}});
+    const Patience patience;
     if (arguments.verbose)
       slaves.back().details = readDetails(file, found.info.position);
     if (arguments.pdos)

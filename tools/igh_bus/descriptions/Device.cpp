@@ -2,7 +2,16 @@
 
 #include "EthercatDataHelper/EthercatDataHelper.h"
 
+#include <algorithm>
+
 namespace igh_bus {
+namespace {
+
+bool before(const DescribedObject& one, const DescribedObject& other) {
+  return std::tie(one.index, one.subindex) < std::tie(other.index, other.subindex);
+}
+
+} // namespace
 
 std::size_t Device::entryCount() const {
   std::size_t count = 0;
@@ -25,6 +34,19 @@ NamedEntry findEntry(const Device& device, const std::string& name) {
       found = {&entry, syncManager.output};
   });
   return found;
+}
+
+std::vector<DescribedObject> describedObjects(const Device& device) {
+  auto objects = device.markup.objects;
+  forEachEntry(device, [&](const SyncManager&, const Pdo&, const Entry& entry) {
+    if (!entry.gap())
+      objects.push_back({entry.index, entry.subindex, entry.name, entry.type});
+  });
+  std::stable_sort(objects.begin(), objects.end(), before);
+  objects.erase(std::unique(objects.begin(), objects.end(),
+                            [](const auto& one, const auto& other) { return !before(one, other); }),
+                objects.end());
+  return objects;
 }
 
 unsigned int convertedBytes(const std::string& type) {

@@ -44,12 +44,21 @@ struct PdoMarkup {
   std::vector<std::uint16_t> excludes;
 };
 
+// One sub-index of an object.
+struct DescribedObject {
+  std::uint16_t index = 0;
+  std::uint8_t subindex = 0;
+  std::string name;
+  std::string type; // empty: not told
+};
+
 // What of a device's XML the loader reads past.
 struct DeviceMarkup {
   bool coe = false;       // has a mailbox with objects
   bool pdoAssign = false; // and lets its PDOs be assigned
   bool pdoConfig = false; // and their entries be chosen
   std::vector<PdoMarkup> pdos;
+  std::vector<DescribedObject> objects; // of its object dictionary, in the order of the file
 };
 
 struct DeviceKey {
@@ -82,6 +91,9 @@ struct NamedEntry {
   bool output = false;
 };
 NamedEntry findEntry(const Device& device, const std::string& name);
+
+// Every sub-index that the device's dictionary tells of, or else its PDOs.
+std::vector<DescribedObject> describedObjects(const Device& device);
 
 // Bytes that the library moves for an entry of this type, 0 when it has no conversion.
 unsigned int convertedBytes(const std::string& type);

@@ -2,6 +2,7 @@
 
 #include "ENIObject/ENIObject.h"
 #include "XmlParser/XmlParser.h"
+#include "descriptions/Dictionary.h"
 #include "descriptions/Elements.h"
 
 namespace igh_bus {
@@ -58,6 +59,7 @@ DeviceMarkup markupOf(const _XmlNode* device) {
     markup.pdos.push_back(pdoMarkup(pdo, true));
   for (const auto* pdo : xml_file_children(device, "TxPdo"))
     markup.pdos.push_back(pdoMarkup(pdo, false));
+  markup.objects = dictionaryOf(device);
   return markup;
 }
 

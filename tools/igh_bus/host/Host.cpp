@@ -2,9 +2,7 @@
 
 #include "text/Text.h"
 
-#include <fstream>
 #include <sched.h>
-#include <sys/utsname.h>
 
 namespace igh_bus {
 namespace {
@@ -13,11 +11,12 @@ std::string orUnknown(const std::string& text) {
   return text.empty() ? "unknown" : text;
 }
 
-std::string preemptionModel(const std::string& version) {
-  if (version.find("PREEMPT_RT") != std::string::npos || firstLine("/sys/kernel/realtime") == "1")
+std::string preemptionModel(const Machine& machine) {
+  const auto version = machine.line("/proc/sys/kernel/version").value_or("");
+  if (version.find("PREEMPT_RT") != std::string::npos || machine.line("/sys/kernel/realtime") == "1")
     return "PREEMPT_RT";
   // A dynamic kernel lists its models with the one in use in parentheses; only root may read that.
-  const auto models = firstLine("/sys/kernel/debug/sched/preempt");
+  const auto models = machine.line("/sys/kernel/debug/sched/preempt").value_or("");
   const auto open = models.find('(');
   const auto close = models.find(')');
   if (open != std::string::npos && close != std::string::npos && open < close)
@@ -25,6 +24,16 @@ std::string preemptionModel(const std::string& version) {
   if (version.find("PREEMPT_DYNAMIC") != std::string::npos)
     return "dynamic (model unknown)";
   return version.find("PREEMPT") != std::string::npos ? "full" : "none or voluntary";
+}
+
+// x86 has its model here, ARM boards in the device tree.
+std::string processorModel(const Machine& machine) {
+  for (const auto& line : machine.lines("/proc/cpuinfo")) {
+    const auto value = line.find(": ");
+    if (line.rfind("model name", 0) == 0 && value != std::string::npos)
+      return line.substr(value + 2);
+  }
+  return machine.line("/proc/device-tree/model").value_or("");
 }
 
 std::string schedulingOfThisThread() {
@@ -38,23 +47,17 @@ std::string schedulingOfThisThread() {
 
 } // namespace
 
-std::string firstLine(const char* path) {
-  std::ifstream file(path);
-  std::string line;
-  std::getline(file, line);
-  return line;
-}
-
-Host inspectHost() {
-  utsname name{};
-  uname(&name);
-  const auto isolated = firstLine("/sys/devices/system/cpu/isolated");
-  return {orUnknown(name.release),
-          preemptionModel(name.version),
-          orUnknown(firstLine("/sys/devices/system/cpu/cpu0/cpufreq/scaling_governor")),
+Host inspectHost(const Machine& machine) {
+  const auto line = [&machine](const char* path) { return machine.line(path).value_or(""); };
+  const auto isolated = line("/sys/devices/system/cpu/isolated");
+  return {orUnknown(line("/proc/sys/kernel/osrelease")),
+          preemptionModel(machine),
+          orUnknown(line("/sys/devices/system/cpu/cpu0/cpufreq/scaling_governor")),
           isolated.empty() ? "none" : isolated,
-          orUnknown(firstLine("/sys/devices/system/clocksource/clocksource0/current_clocksource")),
-          schedulingOfThisThread()};
+          orUnknown(line("/sys/devices/system/clocksource/clocksource0/current_clocksource")),
+          schedulingOfThisThread(),
+          orUnknown(line("/proc/sys/kernel/hostname")),
+          orUnknown(processorModel(machine))};
 }
 
 } // namespace igh_bus

@@ -2,6 +2,8 @@
 #ifndef IGH_BUS_HOST_H
 #define IGH_BUS_HOST_H
 
+#include "host/Machine.h"
+
 #include <string>
 
 namespace igh_bus {
@@ -13,13 +15,12 @@ struct Host {
   std::string isolated;    // list of processors, "none"
   std::string clockSource; // of the kernel
   std::string scheduling;  // of the calling thread: "SCHED_FIFO 80", "SCHED_OTHER"
+  std::string name = {};
+  std::string processor = {}; // its model
 };
 
 // What cannot be read is "unknown".
-Host inspectHost();
-
-// The first line of a file of /proc or /sys; empty when there is none.
-std::string firstLine(const char* path);
+Host inspectHost(const Machine& machine = Machine());
 
 } // namespace igh_bus
 

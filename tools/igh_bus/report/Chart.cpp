@@ -1,147 +1,141 @@
 #include "report/Chart.h"
 
+#include "report/Html.h"
 #include "text/Text.h"
 
-#include <algorithm>
 #include <cmath>
 
 namespace igh_bus {
 namespace {
 
-constexpr double LEFT = 110;
-constexpr double RIGHT = 30;
-constexpr double TOP = 34;
-constexpr double BOTTOM = 44;
+constexpr double SIZE = 1000;    // of the drawing, both ways; it is stretched
+constexpr double TEXT_LINE = 15; // pixels
 
 } // namespace
 
-std::string escaped(const std::string& text) {
-  std::string safe;
-  for (const char letter : text) {
-    switch (letter) {
-    case '&':
-      safe += "&amp;";
-      break;
-    case '<':
-      safe += "&lt;";
-      break;
-    case '>':
-      safe += "&gt;";
-      break;
-    case '"':
-      safe += "&quot;";
-      break;
-    default:
-      safe += letter;
-    }
-  }
-  return safe;
+Chart::Chart(double height, const Axis& x, const Axis& y) : m_height(height), m_x(x), m_y(y) {}
+
+std::string Chart::at(double x, double y) const {
+  return format("%.4g %.4g", m_x.place(x) * SIZE, (1 - m_y.place(y)) * SIZE);
 }
 
-double Axis::place(double value) const {
-  const double share = logarithmic ? std::log(std::max(value, from) / from) / std::log(to / from)
-                                   : (value - from) / (to - from);
-  return std::clamp(share, 0.0, 1.0);
-}
-
-std::vector<double> Axis::ticks() const {
-  std::vector<double> places;
-  if (logarithmic) {
-    const int last = static_cast<int>(std::floor(std::log10(to)));
-    for (int exponent = static_cast<int>(std::ceil(std::log10(from))); exponent <= last; ++exponent)
-      places.push_back(std::pow(10, exponent));
-    return places;
-  }
-  constexpr double WANTED = 8;
-  const double rough = (to - from) / WANTED;
-  const double decade = std::pow(10, std::floor(std::log10(rough)));
-  const double step = decade * (rough > 5 * decade ? 10 : rough > 2 * decade ? 5 : rough > decade ? 2 : 1);
-  const auto last = static_cast<long long>(std::floor(to / step));
-  for (auto count = static_cast<long long>(std::ceil(from / step)); count <= last; ++count)
-    places.push_back(static_cast<double>(count) * step);
-  return places;
-}
-
-Chart::Chart(const std::string& title, double height, const Axis& x, const Axis& y)
-    : m_title(title), m_height(height), m_x(x), m_y(y) {
-  m_body = format("<rect class=\"frame\" x=\"%g\" y=\"%g\" width=\"%g\" height=\"%g\"/>\n", LEFT, TOP,
-                  WIDTH - LEFT - RIGHT, m_height - TOP - BOTTOM);
-}
-
-double Chart::px(double x) const {
-  return LEFT + m_x.place(x) * (WIDTH - LEFT - RIGHT);
-}
-
-double Chart::py(double y) const {
-  return m_height - BOTTOM - m_y.place(y) * (m_height - TOP - BOTTOM);
+// x is a share of the width.
+void Chart::text(double x, double yPixels, const char* anchor, int shift, const std::string& text,
+                 const char* style) {
+  m_texts += format("<text class=\"%s\" x=\"%.4g%%\" dx=\"%d\" y=\"%.4g\" text-anchor=\"%s\">", style,
+                    x * 100, shift, yPixels, anchor) +
+             escaped(text) + "</text>\n";
 }
 
 void Chart::axisX(const std::string& label) {
-  for (const double tick : m_x.ticks())
-    m_body += format("<path class=\"grid\" d=\"M%.1f %gV%g\"/><text x=\"%.1f\" y=\"%g\" "
-                     "text-anchor=\"middle\">%.10g</text>\n",
-                     px(tick), TOP, m_height - BOTTOM, px(tick), m_height - BOTTOM + 16, tick);
-  m_body += format("<text x=\"%g\" y=\"%g\" text-anchor=\"middle\">%s</text>\n", (LEFT + WIDTH - RIGHT) / 2,
-                   m_height - 8, escaped(label).c_str());
-}
-
-void Chart::axisY(const std::string& label) {
-  for (const double tick : m_y.ticks())
-    m_body += format("<path class=\"grid\" d=\"M%g %.1fH%g\"/><text x=\"%g\" y=\"%.1f\" "
-                     "text-anchor=\"end\">%.10g</text>\n",
-                     LEFT, py(tick), WIDTH - RIGHT, LEFT - 6, py(tick) + 4, tick);
-  m_body += format("<text transform=\"translate(18 %g) rotate(-90)\" text-anchor=\"middle\">%s</text>\n",
-                   (TOP + m_height - BOTTOM) / 2, escaped(label).c_str());
-}
-
-void Chart::bars(const std::vector<std::pair<double, double>>& heights, double barWidth) {
-  const double base = m_height - BOTTOM;
-  std::string path;
-  for (const auto& [x, y] : heights) {
-    const double from = px(x);
-    const double wide = std::max(px(x + barWidth) - from, 1.0); // a single sample must be seen
-    path += format("M%.1f %.1fV%.1fh%.1fV%.1fz", from, base, py(y), wide, base);
+  for (const double tick : m_x.ticks()) {
+    const double place = m_x.place(tick);
+    m_drawing += format("<path class=\"grid\" d=\"M%.4g 0V%g\"/>\n", place * SIZE, SIZE);
+    text(place, m_height + TEXT_LINE, place > 0.96 ? "end" : "middle", 0, tickText(tick), "tick");
   }
-  m_body += "<path class=\"bars\" d=\"" + path + "\"/>\n";
+  text(0.5, m_height + 2.2 * TEXT_LINE, "middle", 0, label, "axis");
 }
 
-void Chart::line(const std::vector<std::pair<double, double>>& points, const char* style) {
+void Chart::axisY(const std::string& unit) {
+  for (const double tick : m_y.ticks()) {
+    const double place = 1 - m_y.place(tick);
+    m_drawing += format("<path class=\"grid\" d=\"M0 %.4gH%g\"/>\n", place * SIZE, SIZE);
+    text(0, place * m_height + 4, "end", -7, tickText(tick), "tick");
+  }
+  text(0, -9, "end", -7, unit, "axis");
+}
+
+void Chart::bars(const Points& heights, double barWidth, const char* style) {
+  std::string path;
+  for (const auto& [x, y] : heights)
+    path += "M" + at(x, m_y.from) + "L" + at(x, y) + "L" + at(x + barWidth, y) + "L" +
+            at(x + barWidth, m_y.from) + "z";
+  m_drawing += format("<path class=\"%s\" d=\"", style) + path + "\"/>\n";
+}
+
+void Chart::line(const Points& points, const char* style) {
   std::string path;
   for (const auto& [x, y] : points)
-    path += format("%c%.1f %.1f", path.empty() ? 'M' : 'L', px(x), py(y));
+    path += std::isnan(y) ? "" : (path.empty() ? "M" : "L") + at(x, y);
+  if (path.empty())
+    return;
   // The short end makes a dot of a single point.
-  m_body += format("<path class=\"%s\" d=\"", style) + path + "h.1\"/>\n";
+  m_drawing += format("<path class=\"%s\" d=\"", style) + path + "h.1\"/>\n";
 }
 
-void Chart::band(const std::vector<std::pair<double, double>>& lower,
-                 const std::vector<std::pair<double, double>>& upper, const char* style) {
+void Chart::area(const Points& lower, const Points& upper, const char* style) {
   auto outline = lower;
   outline.insert(outline.end(), upper.rbegin(), upper.rend());
   line(outline, style);
 }
 
-void Chart::box(double x0, double x1, double y0, double y1, const char* style, const std::string& hint) {
-  m_body += format("<rect class=\"%s\" x=\"%.1f\" y=\"%.1f\" width=\"%.1f\" height=\"%.1f\"><title>", style,
-                   px(x0), py(y1), std::max(px(x1) - px(x0), 2.0), py(y0) - py(y1)) +
-            escaped(hint) + "</title></rect>\n";
+void Chart::box(double x0, double x1, double y0, double y1, const char* style) {
+  m_drawing += format("<path class=\"%s\" d=\"M", style) + at(x0, y0) + "L" + at(x0, y1) + "L" + at(x1, y1) +
+               "L" + at(x1, y0) + "z\"/>\n";
 }
 
-void Chart::rowLabel(double y, const std::string& text) {
-  m_body += format("<text x=\"%g\" y=\"%.1f\" text-anchor=\"end\">", LEFT - 6, py(y) + 4) + escaped(text) +
-            "</text>\n";
+void Chart::dot(double x, double y, const char* style) {
+  m_drawing += format("<path class=\"dot %s\" d=\"M", style) + at(x, y) + "h.1\"/>\n";
 }
 
-void Chart::note(const std::string& text) {
-  constexpr double LINE_HEIGHT = 16;
-  m_body += format("<text class=\"note\" x=\"%g\" y=\"%g\" text-anchor=\"end\">", WIDTH - RIGHT - 8,
-                   TOP + LINE_HEIGHT * ++m_notes) +
-            escaped(text) + "</text>\n";
+void Chart::label(double x, double y, const std::string& words) {
+  const double place = m_x.place(x);
+  const bool left = place > 0.5;
+  text(place, (1 - m_y.place(y)) * m_height - 7, left ? "end" : "start", left ? -6 : 6, words, "note");
 }
 
-std::string Chart::svg() const {
-  return format("<svg viewBox=\"0 0 %g %g\" role=\"img\" aria-label=\"", WIDTH, m_height) + escaped(m_title) +
-         format("\">\n<text class=\"title\" x=\"%g\" y=\"20\">", LEFT) + escaped(m_title) + "</text>\n" +
-         m_body + "</svg>\n";
+void Chart::vertical(double x, int row, const std::string& words) {
+  const double place = m_x.place(x);
+  const bool left = place > 0.6;
+  m_drawing += format("<path class=\"mark\" d=\"M%.4g 0V%g\"/>\n", place * SIZE, SIZE);
+  text(place, TEXT_LINE * (row + 1), left ? "end" : "start", left ? -5 : 5, words, "note");
+}
+
+void Chart::horizontal(double y, const std::string& words) {
+  const double place = 1 - m_y.place(y);
+  m_drawing += format("<path class=\"mark\" d=\"M0 %.4gH%g\"/>\n", place * SIZE, SIZE);
+  text(1, place * m_height - 5, "end", -4, words, "note");
+}
+
+void Chart::laneLabel(double y, const std::string& words) {
+  text(0, (1 - m_y.place(y)) * m_height + 4, "end", -7, words, "tick");
+}
+
+std::string Chart::svg(const std::string& id, const std::string& title,
+                       const std::string& description) const {
+  return format("<svg class=\"chart\" height=\"%g\" role=\"img\" aria-labelledby=\"%s-title %s-text\">",
+                m_height, id.c_str(), id.c_str()) +
+         "<title id=\"" + id + "-title\">" + escaped(title) + "</title><desc id=\"" + id + "-text\">" +
+         escaped(description) + "</desc>\n" +
+         format("<rect class=\"frame\" width=\"100%%\" height=\"%g\"/>\n<svg width=\"100%%\" height=\"%g\" "
+                "viewBox=\"0 0 %g %g\" preserveAspectRatio=\"none\">\n",
+                m_height, m_height, SIZE, SIZE) +
+         m_drawing + "</svg>\n" + m_texts + "</svg>\n";
+}
+
+std::string figure(const std::string& title, const std::string& caption, const std::vector<Key>& keys,
+                   const std::string& pictures) {
+  std::string legend;
+  for (const auto& [style, words] : keys)
+    legend += format("<li><svg class=\"key\" viewBox=\"0 0 26 12\" aria-hidden=\"true\"><path class=\"%s\" "
+                     "d=\"M1 %s\"/></svg>",
+                     style, std::string(style).rfind("fill", 0) == 0 ? "1H25V11H1z" : "6H25") +
+              escaped(words) + "</li>\n";
+  return "<figure>\n<figcaption><strong>" + escaped(title) + "</strong> " + escaped(caption) +
+         "</figcaption>\n" + (legend.empty() ? "" : "<ul class=\"legend\">\n" + legend + "</ul>\n") +
+         pictures + "</figure>\n";
+}
+
+// What stays as it is needs no more points: so do most watched entries of a long bus.
+Points steps(const std::vector<double>& starts, const std::vector<double>& values, double end) {
+  Points points;
+  for (std::size_t i = 0; i < starts.size() && i < values.size(); ++i) {
+    const double until = i + 1 < starts.size() ? starts[i + 1] : end;
+    if (points.empty() || points.back().second != values[i])
+      points.insert(points.end(), {{starts[i], values[i]}, {until, values[i]}});
+    points.back().first = until;
+  }
+  return points;
 }
 
 } // namespace igh_bus

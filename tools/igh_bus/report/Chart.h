@@ -1,55 +1,63 @@
-// Pictures in SVG: a frame with axes, and what is drawn into it.
+// Pictures in SVG. What is drawn stretches with the width of the page, while texts and lines keep their size:
+// the same picture is read on a telephone, a screen and paper.
 #ifndef IGH_BUS_REPORT_CHART_H
 #define IGH_BUS_REPORT_CHART_H
 
+#include "report/Axis.h"
+
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace igh_bus {
 
-struct Axis {
-  double from;
-  double to;
-  bool logarithmic = false;
-  // Where a value lies, 0 at `from` and 1 at `to`; held within.
-  double place(double value) const;
-  std::vector<double> ticks() const; // round values
-};
+using Points = std::vector<std::pair<double, double>>;
 
-// Coordinates of the methods are those of the axes.
+// Coordinates of the methods are those of the axes; styles are classes of the style sheet.
 class Chart {
 public:
-  static constexpr double WIDTH = 920;
-  Chart(const std::string& title, double height, const Axis& x, const Axis& y);
+  Chart(double height, const Axis& x, const Axis& y);
 
   void axisX(const std::string& label);
-  void axisY(const std::string& label);
+  void axisY(const std::string& unit);
   // From the lower end of the y axis up. Many bars make one element.
-  void bars(const std::vector<std::pair<double, double>>& heights, double barWidth);
-  void line(const std::vector<std::pair<double, double>>& points, const char* style);
-  void band(const std::vector<std::pair<double, double>>& lower,
-            const std::vector<std::pair<double, double>>& upper, const char* style);
-  // A box of at least two pixels' width, with a text that shows when pointed at.
-  void box(double x0, double x1, double y0, double y1, const char* style, const std::string& hint);
-  void rowLabel(double y, const std::string& text);
-  // A line of text in the upper right corner, further ones below it.
-  void note(const std::string& text);
-  std::string svg() const;
+  void bars(const Points& heights, double barWidth, const char* style);
+  void line(const Points& points, const char* style);
+  void area(const Points& lower, const Points& upper, const char* style);
+  void box(double x0, double x1, double y0, double y1, const char* style);
+  void dot(double x, double y, const char* style);
+  // Beside its place, on the side where there is more room.
+  void label(double x, double y, const std::string& text);
+  // Across the picture, with a text; `row` counts texts from the top.
+  void vertical(double x, int row, const std::string& text);
+  void horizontal(double y, const std::string& text);
+  void laneLabel(double y, const std::string& text);
+  // `id` is that of no other picture; title and description are for those who cannot see it.
+  std::string svg(const std::string& id, const std::string& title, const std::string& description) const;
 
 private:
-  double px(double x) const;
-  double py(double y) const;
+  std::string at(double x, double y) const;
+  void text(double x, double yPixels, const char* anchor, int shift, const std::string& text,
+            const char* style);
 
-  std::string m_title;
   double m_height;
   Axis m_x;
   Axis m_y;
-  int m_notes = 0;
-  std::string m_body;
+  std::string m_drawing;
+  std::string m_texts;
 };
 
-// Text that stands for itself in HTML and SVG.
-std::string escaped(const std::string& text);
+struct Key {
+  const char* style;
+  std::string text;
+};
+
+// A picture with its caption and, where there are any, the keys of its styles.
+std::string figure(const std::string& title, const std::string& caption, const std::vector<Key>& keys,
+                   const std::string& pictures);
+
+// A line that is level for each interval, the last of which ends at `end`.
+Points steps(const std::vector<double>& starts, const std::vector<double>& values, double end);
 
 } // namespace igh_bus
 

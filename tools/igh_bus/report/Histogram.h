@@ -22,7 +22,11 @@ public:
     const auto place = static_cast<std::size_t>(ns / 1000);
     ++(place < CLASSES ? m_counts[place] : m_beyond);
     m_minimumNs = m_samples == 0 ? ns : std::min(m_minimumNs, ns);
-    m_maximumNs = std::max(m_maximumNs, ns);
+    if (ns > m_maximumNs || m_samples == 0) {
+      m_maximumNs = ns;
+      m_maximumSample = m_samples;
+    }
+    m_sumNs += static_cast<double>(ns);
     m_beyondLimit += ns > m_limitNs ? 1 : 0;
     ++m_samples;
   }
@@ -31,7 +35,9 @@ public:
   std::uint64_t beyondLimit() const { return m_beyondLimit; }
   std::uint64_t beyond() const { return m_beyond; }
   std::uint64_t count(std::size_t microseconds) const { return m_counts[microseconds]; }
+  double meanUs() const { return m_samples == 0 ? 0 : m_sumNs / static_cast<double>(m_samples) / 1e3; }
   double minimumUs() const { return static_cast<double>(m_minimumNs) / 1e3; }
+  std::uint64_t maximumSample() const { return m_maximumSample; } // the first one that long, counted from 0
   double maximumUs() const { return static_cast<double>(m_maximumNs) / 1e3; }
 
   // The class in which the given share of the samples, from the shortest on, is complete; the maximum when
@@ -59,6 +65,8 @@ private:
   std::int64_t m_limitNs;
   std::int64_t m_minimumNs = 0;
   std::int64_t m_maximumNs = 0;
+  std::uint64_t m_maximumSample = 0;
+  double m_sumNs = 0;
   std::uint64_t m_samples = 0;
   std::uint64_t m_beyondLimit = 0;
   std::uint64_t m_beyond = 0;

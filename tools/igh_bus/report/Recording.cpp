@@ -26,6 +26,7 @@ void Recording::note(std::int64_t wakeUpLatencyNs, const _ETHERCAT_COMM_DIAG_INF
   m_histograms[callback].add(costs.userCallbackCostUs * NS_PER_US);
   m_histograms[send].add(costs.rxPdoSentCostUs * NS_PER_US);
   m_histograms[total].add(costs.totalExchangeCostUs * NS_PER_US);
+  m_course.note(wakeUpLatencyNs, Costs::of(costs));
 }
 
 void Recording::noteErrors(std::uint64_t cycle, const std::array<std::uint64_t, 6>& totals) {

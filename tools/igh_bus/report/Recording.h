@@ -2,9 +2,8 @@
 #ifndef IGH_BUS_REPORT_RECORDING_H
 #define IGH_BUS_REPORT_RECORDING_H
 
+#include "report/Course.h"
 #include "report/Histogram.h"
-
-#include <igh_master.h>
 
 namespace igh_bus {
 
@@ -39,6 +38,7 @@ public:
   void noteClock(const ClockPoint& point);
 
   const Histogram& histogram(Phase phase) const { return m_histograms[phase]; }
+  const Course& course() const { return m_course; }
   const ErrorSpan* begin() const { return m_spans.data(); }
   const ErrorSpan* end() const { return m_spans.data() + m_spanCount; }
   std::uint64_t lostErrors() const { return m_lostErrors; } // callbacks that found no place any more
@@ -49,6 +49,7 @@ private:
   void noteError(std::uint64_t cycle, int code, std::uint64_t count);
 
   std::array<Histogram, phases> m_histograms;
+  Course m_course;
   std::array<ErrorSpan, 2048> m_spans{};
   std::array<std::uint64_t, 6> m_totals{};
   std::array<std::size_t, 6> m_latest{}; // per code, one past its latest span

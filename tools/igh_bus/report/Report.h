@@ -5,6 +5,7 @@
 #include "bus/SlaveErrors.h"
 #include "host/Host.h"
 #include "report/Recording.h"
+#include "report/SlaveFacts.h"
 
 #include <nlohmann/json.hpp>
 
@@ -24,6 +25,7 @@ struct ReportFacts {
   std::string clocks;
   std::string verdict;
   bool success;
+  std::uint64_t errors; // that the verdict counts
   std::string realTime; // "yes", or why not
   double periodUs;
   std::uint64_t cycles;
@@ -31,6 +33,11 @@ struct ReportFacts {
   std::vector<StateChange> states;
   std::vector<SlaveError> slaveErrors;
   Host host;
+  std::vector<SlaveFacts> slaveFacts = {};
+  std::string date = {};
+  std::string commandLine = {};
+  std::uint64_t statesWithoutPlace = 0;          // changes that are not among the states
+  std::vector<SlaveFacts::Seen> masterSeen = {}; // of all slaves at once
 };
 
 // All numbers of the report; the page draws from nothing else.

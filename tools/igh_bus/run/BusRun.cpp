@@ -1,12 +1,12 @@
 #include "run/BusRun.h"
 
 #include "run/ReferenceClock.h"
-#include "run/Results.h"
 #include "text/Text.h"
 
+#include <chrono>
 #include <cstdio>
 #include <optional>
-#include <unistd.h>
+#include <thread>
 
 namespace igh_bus {
 namespace {
@@ -18,40 +18,58 @@ Pacemaker afterLocking(RealTime& realTime, std::uint32_t periodNs) {
 
 } // namespace
 
-BusRun::BusRun(const RunOptions& options, RealTime& realTime)
-    : m_options(options), m_session(options), m_recording(std::make_unique<Recording>(options.periodNs)),
+BusRun::BusRun(const RunOptions& options, RealTime& realTime, Lookout* lookout)
+    : m_options(options), m_lookout(lookout), m_watches(options), m_session(options),
+      m_recording(std::make_unique<Recording>(options.periodNs)),
       m_pacemaker(afterLocking(realTime, options.periodNs)) {}
 
 void BusRun::cycle() {
-  const bool terminal = isatty(STDOUT_FILENO) != 0 && !m_options.followReference;
-  const std::uint64_t secondsBetweenLines = terminal ? 1 : 10;
+  std::fflush(stdout); // the lookout writes past its buffer
   std::optional<ReferenceFollower> follower;
   if (m_options.followReference)
-    follower.emplace(m_options.periodNs);
-  const std::uint64_t cyclesPerLine =
-      (secondsBetweenLines * 1000000000 + m_options.periodNs - 1) / m_options.periodNs;
+    follower.emplace();
   while (m_session.cycles() < m_options.cycles && m_pacemaker.wait()) {
     const auto cycle = m_session.cycles();
     m_climb.note(cycle, m_session.exchange());
     m_recording->note(m_pacemaker.latencyNs(), m_session.record(COMM_DIAG_LAST));
     m_recording->noteErrors(cycle, m_session.errors().total);
+    m_watches.note(cycle, m_climb.state(), m_session, m_pacemaker);
     if (follower)
-      follower->step(m_session, m_climb.state(), m_pacemaker, *m_recording);
-    if (!follower && m_session.cycles() % cyclesPerLine == 0)
-      printProgress(m_options, m_session, m_climb.state(), terminal);
+      follower->step(m_session, m_climb.state(), m_pacemaker, *m_recording, m_lookout);
+    if (m_lookout)
+      m_lookout->note(m_session, m_climb.state());
   }
-  if (terminal)
-    std::printf("\r\033[K");
+  m_session.closeBooks();
+  if (m_lookout)
+    cycleOnForLookout();
+}
+
+// On a real master nothing is served to who looks while nobody cycles; so within bounds. Behind them the look
+// is as far as it is, but for a turn of the lookout that has not come yet.
+void BusRun::cycleOnForLookout() {
+  using namespace std::chrono_literals;
+  constexpr std::uint64_t LONGEST_NS = 5000000000;
+  Pacemaker pacemaker = m_pacemaker;
+  m_lookout->askForLast();
+  for (auto left = LONGEST_NS / m_options.periodNs; left > 0 && !m_lookout->lastDone(); --left) {
+    pacemaker.keepPace();
+    m_session.exchangeUncounted();
+  }
+  for (int left = 200; left > 0 && !m_lookout->lastDone(); --left)
+    std::this_thread::sleep_for(10ms);
 }
 
 Verdict BusRun::verdict(bool processData) const {
   constexpr std::uint32_t OP = 8;
-  return judge({m_climb.state(), m_climb.seen(OP), StopSignals::requested(), processData, m_session.errors(),
+  return judge({m_climb.state(), m_climb.seen(OP), StopSignals::requested(), StopSignals::byKey(),
+                processData, m_session.errors(), m_lookout ? m_lookout->troubles() : "",
                 static_cast<double>(m_pacemaker.latestNs()), m_pacemaker.leftOut()},
                m_options.limits);
 }
 
 void sayRealTime(const Limits& limits, const RealTime& realTime) {
+  if (!realTime.hint().empty())
+    std::printf("Hint: %s\n", realTime.hint().c_str());
   if (realTime.missing().empty())
     return;
   if (limits.strict)

@@ -6,7 +6,9 @@
 #include "host/RealTime.h"
 #include "report/Recording.h"
 #include "run/Climb.h"
+#include "run/Lookout.h"
 #include "run/Verdict.h"
+#include "run/Watches.h"
 #include "text/Failure.h"
 
 #include <memory>
@@ -15,8 +17,9 @@ namespace igh_bus {
 
 class BusRun {
 public:
-  // Activates, and locks the memory of a real-time thread. Throws Failure.
-  BusRun(const RunOptions& options, RealTime& realTime);
+  // Activates, and locks the memory of a real-time thread. The lookout, if there is one, must outlive it.
+  // Throws Failure.
+  BusRun(const RunOptions& options, RealTime& realTime, Lookout* lookout = nullptr);
 
   // All cycles, or those until a signal asks for the end.
   void cycle();
@@ -27,9 +30,14 @@ public:
   const Climb& climb() const { return m_climb; }
   const Pacemaker& pacemaker() const { return m_pacemaker; }
   const Recording& recording() const { return *m_recording; }
+  Watches& watches() { return m_watches; }
 
 private:
+  void cycleOnForLookout();
+
   const RunOptions& m_options;
+  Lookout* m_lookout;
+  Watches m_watches; // before the bus: it may fail, and it takes its time
   Session m_session;
   Climb m_climb;
   std::unique_ptr<Recording> m_recording; // too large for a stack

@@ -3,6 +3,7 @@
 
 #include "report/Report.h"
 
+#include <algorithm>
 #include <array>
 
 namespace igh_bus {
@@ -15,6 +16,7 @@ public:
   bool seen(std::uint32_t state) const { return (m_seen >> state & 1U) != 0; }
   void print() const;
   std::vector<StateChange> changes() const; // those that were remembered
+  std::uint64_t forgotten() const { return m_count - std::min<std::uint64_t>(m_count, m_changes.size()); }
 
 private:
   struct Change {

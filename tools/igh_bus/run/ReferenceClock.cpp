@@ -1,8 +1,5 @@
 #include "run/ReferenceClock.h"
 
-#include "text/Text.h"
-
-#include <cinttypes>
 #include <cstring>
 #include <unistd.h>
 
@@ -66,29 +63,27 @@ void DifferenceLines::endLine() {
   m_length = 0;
 }
 
-void ReferenceFollower::step(const Session& session, std::uint32_t state, Pacemaker& pacemaker,
-                             Recording& recording) {
+std::optional<ClockPoint> ReferenceFollower::follow(const Session& session, Pacemaker& pacemaker) {
   // The master's time is the real time less the offset: what the offset gains, the wake-ups must wait.
   const auto offset = session.clockOffsetNs();
   pacemaker.shift(offset - m_offsetNs);
   m_offsetNs = offset;
   ClockPoint point{};
   if (!m_lines.take(point))
-    return;
+    return {};
   point.cycle = session.cycles();
   point.offsetNs = offset;
-  recording.noteClock(point);
-  print(point, state);
+  return point;
 }
 
-void ReferenceFollower::print(const ClockPoint& point, std::uint32_t state) {
-  const double elapsedNs = static_cast<double>(point.cycle - m_printed.cycle) * m_periodNs;
-  const auto moved = static_cast<double>(point.offsetNs - m_printed.offsetNs);
-  std::printf("cycle %" PRIu64 "  %s  clock difference %" PRId64 " ns (%" PRId64 " to %" PRId64
-              "), offset %" PRId64 " ns, moving by %.3f ppm\n",
-              point.cycle, stateText(state).c_str(), point.differenceNs, point.minimumNs, point.maximumNs,
-              point.offsetNs, moved / elapsedNs * 1e6);
-  m_printed = point;
+void ReferenceFollower::step(const Session& session, std::uint32_t state, Pacemaker& pacemaker,
+                             Recording& recording, Lookout* lookout) {
+  const auto point = follow(session, pacemaker);
+  if (!point)
+    return;
+  recording.noteClock(*point);
+  if (lookout)
+    lookout->noteClock(*point, state);
 }
 
 } // namespace igh_bus

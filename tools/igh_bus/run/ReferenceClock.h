@@ -5,6 +5,7 @@
 #include "bus/Session.h"
 #include "host/RealTime.h"
 #include "report/Recording.h"
+#include "run/Lookout.h"
 
 #include <array>
 #include <cstdio>
@@ -39,17 +40,16 @@ private:
 
 class ReferenceFollower {
 public:
-  explicit ReferenceFollower(std::uint32_t periodNs) : m_periodNs(periodNs) {}
-  // After each exchange. Prints a line whenever the library's controller has ended an interval.
-  void step(const Session& session, std::uint32_t state, Pacemaker& pacemaker, Recording& recording);
+  // After each exchange: shifts the wake-ups. What the library's controller said, when it has ended an
+  // interval.
+  std::optional<ClockPoint> follow(const Session& session, Pacemaker& pacemaker);
+  // The same. Hands the numbers on, too.
+  void step(const Session& session, std::uint32_t state, Pacemaker& pacemaker, Recording& recording,
+            Lookout* lookout);
 
 private:
-  void print(const ClockPoint& point, std::uint32_t state);
-
   DifferenceLines m_lines;
-  std::uint32_t m_periodNs;
   std::int64_t m_offsetNs = 0;
-  ClockPoint m_printed{};
 };
 
 } // namespace igh_bus

@@ -26,6 +26,10 @@ std::string stateFault(const RunFacts& facts) {
   constexpr std::uint64_t LASTING = 3; // single late frames happen on healthy buses
   if (facts.bySignal)
     return {};
+  if (facts.seenOp && facts.states == 0)
+    return std::string("the bus left OP; at the end ") +
+           (facts.errors.lasting(ETHERCAT_ERROR_LINK_DOWN, LASTING) ? "the link was down"
+                                                                    : "no slave answered");
   if (!facts.seenOp)
     return "the bus never reached OP; it ended in " + stateText(facts.states);
   if (facts.states != OP)
@@ -54,6 +58,19 @@ std::string limitFaults(const RunFacts& facts, const Limits& limits) {
   return text;
 }
 
+// How many there were, where the limits have not said so.
+std::string errorsBeside(const RunFacts& facts, const std::string& beyond) {
+  const auto text = errorsText(facts.errors, facts.processData);
+  return errorSum(facts.errors, facts.processData) != 0 && beyond.find(text) == std::string::npos ? text : "";
+}
+
+std::string joined(std::initializer_list<std::string> parts) {
+  std::string text;
+  for (const auto& part : parts)
+    text += (text.empty() || part.empty() ? "" : "; ") + part;
+  return text;
+}
+
 } // namespace
 
 std::string errorsText(const ErrorCounts& errors, bool processData) {
@@ -72,10 +89,17 @@ std::string errorsText(const ErrorCounts& errors, bool processData) {
 Verdict judge(const RunFacts& facts, const Limits& limits) {
   const auto state = stateFault(facts);
   const auto beyond = limitFaults(facts, limits);
-  if (!state.empty() || !beyond.empty())
-    return {false, state + (state.empty() || beyond.empty() ? "" : "; ") + beyond};
-  return {true, (facts.bySignal ? "ended by a signal, in " : "in ") + stateText(facts.states) +
-                    " at the end, with " + errorsText(facts.errors, facts.processData)};
+  const auto errors = errorSum(facts.errors, facts.processData);
+  if (!state.empty())
+    return {false, joined({state, facts.troubles, beyond, errorsBeside(facts, beyond)}), errors};
+  if (!beyond.empty())
+    return {false, beyond, errors};
+  return {true,
+          (facts.byKey      ? "ended by a key, in "
+           : facts.bySignal ? "ended by a signal, in "
+                            : "in ") +
+              stateText(facts.states) + " at the end, with " + errorsText(facts.errors, facts.processData),
+          errors};
 }
 
 } // namespace igh_bus

@@ -1,6 +1,13 @@
 #include "text/Redirection.h"
 
+#include "text/Failure.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstring>
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -21,6 +28,40 @@ Redirection::~Redirection() {
   std::fflush(m_stream);
   dup2(m_kept, fileno(m_stream));
   close(m_kept);
+}
+
+KeptStdout::KeptStdout() : m_file(fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3)) {
+  std::fflush(stdout);
+}
+
+KeptStdout::~KeptStdout() {
+  if (m_file >= 0)
+    close(m_file);
+}
+
+void KeptStdout::write(const std::string& text) const {
+  for (std::size_t written = 0; written < text.size();) {
+    const auto count = ::write(m_file, text.data() + written, text.size() - written);
+    if (count < 0 && errno == EINTR)
+      continue;
+    if (count <= 0)
+      throw Failure(usageError, std::string("standard output: ") + std::strerror(errno));
+    written += static_cast<std::size_t>(count);
+  }
+}
+
+void KeptStdout::writeInPassing(const std::string& text) const {
+  for (std::size_t done = 0; done < text.size();) {
+    pollfd ready{m_file, POLLOUT, 0};
+    if (poll(&ready, 1, 0) != 1)
+      return;
+    const ssize_t written =
+        ::write(m_file, text.data() + done,
+                std::min<std::size_t>(text.size() - done, PIPE_BUF)); // a pipe has so much room
+    if (written <= 0)
+      return;
+    done += static_cast<std::size_t>(written);
+  }
 }
 
 StdoutSilencer::StdoutSilencer(bool silent) {

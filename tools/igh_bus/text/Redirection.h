@@ -21,6 +21,23 @@ private:
   int m_kept; // where the stream went before, -1 when nothing was changed
 };
 
+// Standard output as it is now, also while it is led elsewhere.
+class KeptStdout {
+public:
+  KeptStdout();
+  ~KeptStdout();
+  KeptStdout(const KeptStdout&) = delete;
+  KeptStdout& operator=(const KeptStdout&) = delete;
+  // The whole text, past the buffer. Throws Failure(usageError) when it cannot be written.
+  void write(const std::string& text) const;
+  // As far as its file takes the text without a wait. What a pipe that nobody reads, or a stopped terminal,
+  // has no room for is left out: what is told in passing must not hold anybody up.
+  void writeInPassing(const std::string& text) const;
+
+private:
+  int m_file;
+};
+
 // Standard output goes nowhere while an object of this class lives.
 class StdoutSilencer {
 public:

@@ -37,4 +37,12 @@ std::string stateText(std::uint32_t alStates) {
   return text.empty() ? "none" : text;
 }
 
+void replaceControls(char* text) {
+  constexpr char DELETE = 0x7F;
+  for (; *text != '\0'; ++text) {
+    if (static_cast<unsigned char>(*text) < ' ' || *text == DELETE)
+      *text = '?';
+  }
+}
+
 } // namespace igh_bus

@@ -16,6 +16,9 @@ std::string hexPairs(const std::vector<std::uint8_t>& bytes);
 // "OP"; for the states of several slaves, ORed: "PREOP+OP"; "none" for 0.
 std::string stateText(std::uint32_t alStates);
 
+// What a slave calls itself may be noise of an empty EEPROM: a terminal must not act on it, nor a line break.
+void replaceControls(char* text);
+
 } // namespace igh_bus
 
 #endif

@@ -1,4 +1,4 @@
-#include "bus/Registers.h"
+#include "check/Registers.h"
 
 #include "text/Failure.h"
 #include "text/Redirection.h"
@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <igh_master.h>
 
-namespace igh_bus {
+namespace igh_bus::check {
 namespace {
 
 constexpr std::uint32_t ANY_PERIOD_NS = 1000000; // nothing is cycled
@@ -80,4 +80,4 @@ void Registers::clearErrorCounters(std::uint16_t slave) const {
     throwNoDevice(m_master);
 }
 
-} // namespace igh_bus
+} // namespace igh_bus::check

@@ -1,15 +1,10 @@
 // Registers of slaves through the public functions, which tell of failures on standard error only.
-#ifndef IGH_BUS_REGISTERS_H
-#define IGH_BUS_REGISTERS_H
+#ifndef IGH_BUS_CHECK_REGISTERS_H
+#define IGH_BUS_CHECK_REGISTERS_H
 
-#include <cstdint>
-#include <string>
-#include <vector>
+#include "bus/DeviceFile.h"
 
-namespace igh_bus {
-
-constexpr std::uint16_t ERROR_COUNTERS = 0x0300;
-constexpr std::uint32_t ERROR_COUNTER_BYTES = 0x14;
+namespace igh_bus::check {
 
 class Registers {
 public:
@@ -28,6 +23,6 @@ private:
   std::uint16_t m_master;
 };
 
-} // namespace igh_bus
+} // namespace igh_bus::check
 
 #endif
