@@ -20,11 +20,15 @@ class Drive(Slave):
 
 
 def run(master, descriptions, cycles):
-    slaves = master.bring_up(*descriptions)
+    master.load(*descriptions)
+    slaves = master.scan()
     position = next((slave.position for slave in slaves if slave.product_code == DRIVE_PRODUCT_CODE), None)
     if position is None:
         raise EthercatError("no drive on the bus")
     drive = Drive(master, position)
+    master.announce(position, 0x6060, 0, Type.USINT)  # what will be read by SDO, before activation
+    master.activate()
+    master.wait_for(AlState.OP)
     for cycle in range(cycles):
         drive.target = cycle
         master.cycle()

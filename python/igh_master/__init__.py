@@ -2,7 +2,7 @@
 
     from igh_master import Master
 
-    with Master(0, period=1e-3) as m:
+    with Master(0, period=1e-3, objects=[(5, 0x6041, 0, Type.UINT)]) as m:
         m.bring_up("servo_drive.xml")        # load, scan, configure, activate, cycle until OP
         drive = m[5]
         drive["Target position"] = 1000      # an output, by the name in the description

@@ -1,6 +1,7 @@
 """What the library prints, caught at the file descriptors: it writes with C's own streams."""
 import contextlib
 import ctypes
+import fcntl
 import logging
 import os
 import threading
@@ -17,18 +18,30 @@ class Printed:
     err = ""
 
 
+def _behind_the_streams(descriptor: int) -> int:
+    """A copy of it. Where a standard stream is closed, the system would hand out its number."""
+    return fcntl.fcntl(descriptor, fcntl.F_DUPFD_CLOEXEC, 3)
+
+
 class _Away:
-    """A file descriptor that leads to memory until end()."""
+    """A file descriptor that leads to memory until end(), where it is open at all."""
 
     def __init__(self, descriptor: int) -> None:
         self._descriptor = descriptor
-        self._kept = os.dup(descriptor)
-        self._memory = os.memfd_create("igh_master")
+        memory = os.memfd_create("igh_master")
+        self._memory = _behind_the_streams(memory)
+        os.close(memory)
+        try:
+            self._kept = _behind_the_streams(descriptor)
+        except OSError:
+            self._kept = -1
+            return  # what is written there is lost, as ever
         os.dup2(self._memory, descriptor)
 
     def end(self) -> str:
-        os.dup2(self._kept, self._descriptor)
-        os.close(self._kept)
+        if self._kept >= 0:
+            os.dup2(self._kept, self._descriptor)
+            os.close(self._kept)
         with open(self._memory, "rb") as memory:
             memory.seek(0)
             return memory.read().decode(errors="replace").strip()

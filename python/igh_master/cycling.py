@@ -3,6 +3,8 @@ import threading
 import time
 from typing import Callable, List, Optional, TypeVar
 
+from ._output import logger
+
 Result = TypeVar("Result")
 
 
@@ -57,6 +59,7 @@ class Cycling:
                 pace.wait()
         except BaseException as failure:  # pylint: disable=broad-except
             self._failure = failure
+            logger.error("cycling in the background has ended: %r", failure)
 
     def _raise_failure(self) -> None:
         failure, self._failure = self._failure, None

@@ -4,6 +4,7 @@ import json
 import os
 import pathlib
 import re
+import signal
 import subprocess
 import sys
 import threading
@@ -11,8 +12,8 @@ import time
 
 import pytest
 
-from igh_master import AlState, BusError, ErrorCode, EthercatError, Input, Master, Output, Slave, Type, _library
-from igh_master.master import _close_all as close_all
+from igh_master import AlState, BusError, ErrorCode, EthercatError, Input, Master, Output, Slave, Type, _library, simulation
+from igh_master._calls import close_all
 
 SOURCE = pathlib.Path(__file__).parents[2]
 DESCRIPTIONS = [str(SOURCE / "examples/machine" / name) for name in ("terminals.xml", "modular_head.xml", "servo_drive.xml")]
@@ -25,12 +26,15 @@ def open_master(request, tmp_path, monkeypatch):
     machine = json.loads((SOURCE / "examples/machine/machine.json").read_text())["masters"][0]
     machine.update(timing="fast", faults=[
         {"kind": "lost_frame", "at": 200, "for": 3}, {"kind": "sdo_abort", "every": 1, "slave": DRIVE, "index": "0x2001"}])
-    machine["slaves"][DRIVE]["objects"] += [{"index": "0x2000", "bytes": "8877665544332211"}, {"index": "0x2001", "bytes": "01"}]
+    machine["slaves"][DRIVE]["objects"] += [{"index": "0x2000", "bytes": "8877665544332211"}, {"index": "0x2001", "bytes": "01"},
+                                            {"index": "0x2002", "bytes": "8877665544332211"}]
     (tmp_path / "bus.json").write_text(json.dumps({"masters": [machine]}))
     monkeypatch.setenv("ETHERCAT_SIMULATION_BUS", str(tmp_path / "bus.json"))
-    ctypes.CDLL(os.environ["SIMULATION"])["_ZN19ethercat_simulation5resetEv"]()
-    yield Master(0, exchange_mode=request.param)
+    simulation.reset()
+    yield Master(0, exchange_mode=request.param, objects=[
+        (DRIVE, 0x2001), (DRIVE, 0x2002), (DRIVE, 0x6060, 0, Type.USINT), (DRIVE, 0x1018, 0, Type.RAW, 18, True)])
     close_all()
+    assert simulation.Bus(0).misuse == []
 
 
 def test_types_are_those_of_the_header():
@@ -88,6 +92,7 @@ def test_failures_carry_the_words_of_the_library(m, tmp_path):
                        ("entry 'Nothing': the description has no such", lambda: kind(m, DRIVE)),
                        ("'Modes of operation': its type", lambda: m[DRIVE].entry("Modes of operation", True)),
                        ("0x6041:00: the master refused a request: Failed", lambda: m.sdo_request(DRIVE, 0x6041)),
+                       ("0x6041:00: the master refused a request", lambda: m.sdo_request(DRIVE, 0x6041, 0, Type.UINT)),
                        ("slave = 9, state = 2, errno = Invalid argument", lambda: m.request_state(9, 2)),
                        ("^Ethercat exchange period", lambda: ctypes.CDLL(None).puts(b"earlier") and Master(1, 5.0)),
                        ("slave = 9, address = 130", lambda: m.register_read(9, 0x130)),
@@ -95,8 +100,13 @@ def test_failures_carry_the_words_of_the_library(m, tmp_path):
                        ("Failed to open master 8: there is no simulated", lambda: Master(8).scan())]:
         fails(text, call)
     fails("90209 is not in the range 0 to 65535", lambda: m.sdo_request(DRIVE, 0x16061), ctypes.ArgumentError)
+    fails("there is no slave 8: the scan found 8", lambda: m[8], IndexError)
+    fails("'OP' is not a valid AlState", lambda: m.wait_for("OP"), ValueError)
+    fails("argument: 'index'", lambda: Master(3, objects=[(0,)]), TypeError)
+    Master(3).close()  # nothing was left of it
     m.close()
-    fails("is closed", lambda: m.state)
+    for use in (lambda: m.state, m.start, lambda: m.sdo_read(DRIVE, 0x2001)):
+        fails("is closed", use)
 
 
 def test_objects_registers_and_the_background(m, monkeypatch):
@@ -117,6 +127,16 @@ def test_objects_registers_and_the_background(m, monkeypatch):
     m.clear_error_counters(DRIVE)
     assert m.register_read(DRIVE, 0, 2) == b"\x04\x03"
     m.start()
+    child = os.fork()
+    if child == 0:  # what it has of the master is its parent's
+        try:
+            signal.alarm(20)
+            m.close()
+            fails("belongs to the process that opened it", lambda: m.state)
+            os._exit(0)
+        finally:
+            os._exit(1)
+    assert os.waitpid(child, 0)[1] == 0
     threads = set()
     m.on_error = lambda _: threads.add(threading.current_thread())
     m.wait_for(AlState.OP)
@@ -131,10 +151,12 @@ def test_objects_registers_and_the_background(m, monkeypatch):
         m[DRIVE].sdo_write(0x2000, 0, value, type)
         assert m[DRIVE].sdo_read(0x2000, 0, type, 1 if type in (Type.LINT, Type.ULINT, Type.LREAL) else len(value)) == value
     assert m.sdo_read(DRIVE, 0x1018, 0, count=18, complete=True)[2:4] == b"\x0b\x0b"
-    fails(r"0x2000:00: no answer .*\(Received 8 bytes do not fit", lambda: m.sdo_read(DRIVE, 0x2000, timeout=0.05))
+    fails(r"0x2002:00: no answer .*\(Received 8 bytes do not fit", lambda: m.sdo_read(DRIVE, 0x2002, timeout=0.05))
     for _ in range(2):
         fails("no answer within 0.05 s", lambda: m.sdo_write(DRIVE, 0x2001, 0, 7, Type.USINT, timeout=0.05))
     assert m.sdo_read(DRIVE, 0x6060, 0, Type.USINT) == 8  # the failed ones hold up nobody
+    fails(r"0x6502:00: not announced.* m.announce\(5, 0x6502, 0, Type.UDINT, 1\)", lambda: m.sdo_read(DRIVE, 0x6502, 0, Type.UDINT))
+    fails("announced with 8 bytes, not 4", lambda: m.sdo_write(DRIVE, 0x2000, 0, 1, Type.DINT))
     m.register_clear(DRIVE, 0x310)
     m.request_state(DRIVE, AlState.PREOP)
     m.wait_for(AlState.OP | AlState.PREOP)
@@ -142,7 +164,9 @@ def test_objects_registers_and_the_background(m, monkeypatch):
     fails("its end was requested", lambda: m.cycle(1000))
     m.close()
     # The kernel does not survive the end of a process in the middle of a transfer.
-    program = f"""import logging, igh_master; logging.basicConfig(level=logging.INFO); m = igh_master.Master()
-m.bring_up(*{DESCRIPTIONS}); m.sdo_request({DRIVE}, 0x2000, 0, count=8).start_read(); m.start()"""
+    program = f"""import logging, igh_master; logging.basicConfig(level=logging.INFO)
+m = igh_master.Master(objects=[({DRIVE}, 0x2000, 0, igh_master.Type.RAW, 8)]); m.bring_up(*{DESCRIPTIONS})
+m.sdo_request({DRIVE}, 0x2000, 0, count=8).start_read(); m.start()"""
+    subprocess.run(["sh", "-c", 'exec "$@" >&- 2>&-', "sh", sys.executable, "-c", program], check=True)  # as a bare daemon
     printed = subprocess.run([sys.executable, "-c", program], check=True, capture_output=True, text=True).stderr
     assert printed.endswith("INFO:igh_master:ecrt_master_deactivate\nINFO:igh_master:ecrt_release_master\n")
