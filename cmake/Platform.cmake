@@ -50,7 +50,9 @@ endif()
 if(IGH_MASTER_PLATFORM_RESOLVED STREQUAL "simulation")
   # The wrapped calls are served by libethercat_simulation.so; only /dev/EtherCAT<n> stays there.
   target_link_libraries(igh_platform INTERFACE ethercat_simulation)
-  target_link_options(igh_platform INTERFACE -Wl,--wrap=open,--wrap=close,--wrap=ioctl)
+  # __open_2 is what a fortified open without a mode becomes where its flags are not constant.
+  set(IGH_MASTER_DEVICE_FILE_WRAPS -Wl,--wrap=open,--wrap=__open_2,--wrap=close,--wrap=ioctl)
+  target_link_options(igh_platform INTERFACE ${IGH_MASTER_DEVICE_FILE_WRAPS})
   message(STATUS "EtherCAT platform: simulated master (no hardware is driven)")
 else()
   check_ethercat_release()

@@ -1,4 +1,4 @@
-# igh_master(3) comes from the comments of the header and bus-file(5) from the document, so neither can fall behind.
+# The pages of section 3 come from the comments of the header and bus-file(5) from the document, so neither can fall behind.
 set(manual_dir ${CMAKE_CURRENT_BINARY_DIR}/man)
 file(MAKE_DIRECTORY ${manual_dir}/man3)
 set(page_source "igh_master ${PROJECT_VERSION}")
@@ -9,7 +9,7 @@ endif()
 
 find_package(Python3 COMPONENTS Interpreter)
 if(NOT Python3_FOUND)
-  message(STATUS "Without Python 3 the manual pages igh_master(3) and bus-file(5) are left out")
+  message(STATUS "Without Python 3 the manual pages of section 3 and bus-file(5) are left out")
   return()
 endif()
 

@@ -1,7 +1,8 @@
-"""header_page.py HEADER FOLDER DATE SOURCE: igh_master(3) from the comments of the public header.
+"""header_page.py HEADER FOLDER DATE SOURCE: the pages of section 3 from the comments of the public header.
 
-A comment right above declarations belongs to them; one followed by an empty line stands for itself; lines that are
-indented inside a comment are kept as they are. Each function gets a page of its own that leads to the whole one."""
+igh_master(3) has the introduction and the types, and leads to a page for each section of the header; each function gets
+a page of its own that leads to that of its section. A comment right above declarations belongs to them; one followed by
+an empty line stands for itself; lines that are indented inside a comment are kept as they are."""
 
 import pathlib
 import re
@@ -28,7 +29,9 @@ def units(source):
             attribute = "IGH_MASTER_API " if line.startswith("IGH_MASTER_API ") else ""
             yield "code", [part.removeprefix(attribute).removeprefix(" " * len(attribute)) for part in unit]
         elif line.startswith("#define"):
-            yield "code", unit
+            while unit[-1].endswith("\\"):
+                unit.append(next(lines))
+            yield "code", unit if len(unit) == 1 else [line.rstrip(" \\")]  # what is behind a macro is not for its reader
         else:
             yield "gap", []
 
@@ -67,7 +70,6 @@ def add_declarations(page, declarations, comment):
 def add_body(page, parsed):
     comment, declarations = [], []
     for kind, unit in [*parsed, ("gap", [])]:
-        section = SECTION.fullmatch(unit[0]) if kind == "comment" else None
         if kind == "code" and comment:
             declarations += unit
             continue
@@ -77,32 +79,65 @@ def add_body(page, parsed):
             add_declarations(page, declarations, comment)
         elif comment:
             add_prose(page, comment)
-        comment, declarations = ([], []) if section or kind == "gap" else (comment_lines(unit), [])
-        if section:
-            page.heading(section[1])
+        comment, declarations = ([], []) if kind == "gap" else (comment_lines(unit), [])
 
 
-def main(header, folder, date, source):
-    parsed = list(units(pathlib.Path(header).read_text(encoding="utf-8")))
-    names = [match[1] for kind, unit in parsed if kind == "code" and (match := FUNCTION.search(unit[0]))]
-    title, *intro = comment_lines(parsed[0][1])
-    page = roff.Page("igh_master", 3, date, source, "Library Functions Manual")
+def by_section(parsed):
+    """(title, units) of each section; what stands before the first has no title."""
+    sections = [("", [])]
+    for kind, unit in parsed:
+        if kind == "comment" and (section := SECTION.fullmatch(unit[0])):
+            sections.append((section[1], []))
+        else:
+            sections[-1][1].append((kind, unit))
+    return sections
+
+
+def functions(parsed):
+    return [match[1] for kind, unit in parsed if kind == "code" and (match := FUNCTION.search(unit[0]))]
+
+
+def begin(name, others, summary, date, source):
+    page = roff.Page(name, 3, date, source, "Library Functions Manual")
     page.heading("Name")
-    page.text(", ".join(["igh_master", *names]) + r" \- " + roff.escape(title.split(" - ")[1].rstrip(".")))
+    page.text(", ".join([name, *others]) + r" \- " + roff.escape(summary))
     page.heading("Library")
     page.text(r"libigh_master (\fB\-ligh_master\fR; with \fBpkg\-config\fR: igh_master)")
     page.heading("Synopsis")
     page.code(["#include <igh_master.h>"], r"\fB")
     page.heading("Description")
-    add_prose(page, intro)
-    page.heading("Types")
-    add_body(page, parsed[1:])
+    return page
+
+
+def end(page, pages, path):
     page.heading("See also")
-    page.text(r"\fBigh_bus\fR(1), \fBbus\-file\fR(5)")
+    page.text(", ".join([*(rf"\fB{roff.verbatim(name)}\fR(3)" for name in pages), r"\fBigh_bus\fR(1)", r"\fBbus\-file\fR(5)"]))
+    page.write(path)
+
+
+def main(header, folder, date, source):
     target = pathlib.Path(folder)
-    page.write(target / "igh_master.3")
-    for name in names:
-        (target / f"{name}.3").write_text(".so man3/igh_master.3\n", encoding="utf-8")
+    (_, front), *sections = by_section(units(pathlib.Path(header).read_text(encoding="utf-8")))
+    title, *intro = comment_lines(front[0][1])
+    pages = {"igh_master_" + section.lower().replace(" ", "_"): (section, parsed) for section, parsed in sections}
+
+    whole = begin("igh_master", [], title.split(" - ")[1].rstrip("."), date, source)
+    add_prose(whole, intro)
+    whole.heading("Functions")
+    for name, (section, parsed) in pages.items():
+        whole.paragraph(f"**{name}**(3): {section}")
+        whole.code(["  " + function for function in functions(parsed)])
+    whole.heading("Types")
+    add_body(whole, front[1:])
+    end(whole, pages, target / "igh_master.3")
+
+    for name, (section, parsed) in pages.items():
+        page = begin(name, functions(parsed), f"{section} of libigh_master", date, source)
+        page.paragraph("Threads, memory and results are as **igh_master**(3) says for all functions.")
+        add_body(page, parsed)
+        end(page, ["igh_master"], target / f"{name}.3")
+        for function in functions(parsed):
+            (target / f"{function}.3").write_text(f".so man3/{name}.3\n", encoding="utf-8")
 
 
 main(*sys.argv[1:])

@@ -3,6 +3,20 @@
 
 #include <stdio.h>
 
+#define MAJOR IGH_MASTER_VERSION_MAJOR
+#define MINOR IGH_MASTER_VERSION_MINOR
+#define PATCH IGH_MASTER_VERSION_PATCH
+#if !IGH_MASTER_VERSION_AT_LEAST(MAJOR, MINOR, PATCH) ||                                                     \
+    !IGH_MASTER_VERSION_AT_LEAST(MAJOR, MINOR - 1, PATCH + 1) ||                                             \
+    !IGH_MASTER_VERSION_AT_LEAST(MAJOR - 1, MINOR + 1, PATCH + 1)
+#error "an earlier version is taken for a later one"
+#endif
+#if IGH_MASTER_VERSION_AT_LEAST(MAJOR, MINOR, PATCH + 1) ||                                                  \
+    IGH_MASTER_VERSION_AT_LEAST(MAJOR, MINOR + 1, PATCH) ||                                                  \
+    IGH_MASTER_VERSION_AT_LEAST(MAJOR + 1, MINOR, PATCH)
+#error "a later version is taken for this one"
+#endif
+
 static int failures = 0;
 
 static void expect(bool holds, const char* what) {

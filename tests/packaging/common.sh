@@ -54,7 +54,10 @@ consumers() {
     (runs_the_machine "$program"; exit "$failed") &
     pids+=($!)
   done
-  "$built/cmake/own_test" || complain "a consumer's own test on the simulated bus"
+  for program in own_test beside_test; do
+    "$built/cmake/$program" || complain "a consumer's $program on the simulated bus"
+  done
+  "$built/cmake/quick_stop_test" "$machine/motion.json" "$machine/motion_drive.xml" >/dev/null 2>&1 || complain "the same in C"
   for pid in "${pids[@]}"; do
     wait "$pid" || failed=1
   done

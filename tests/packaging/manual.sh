@@ -9,12 +9,15 @@ plain() { sed 's/\\f[BIR]//g; s/\\-/-/g' "$1" >"$2"; }
 # in_page PAGE WORD WHERE
 in_page() { grep -qwF -- "$2" "$1" || complain "$2 ($3) is missing in $1"; }
 
-plain "$manual/man3/igh_master.3" "$work/functions"
+plain "$manual/man3/igh_master.3" "$work/whole"
 functions=$(nm -D --defined-only "$BUILD/src/libigh_master.so" | sed -n 's/.* T \(igh_master_[a-z_]*\).*/\1/p')
 [ "$(wc -l <<<"$functions")" -eq 48 ] || complain "the library exports $(wc -l <<<"$functions") functions"
 for name in $functions; do
-  grep -qE "^(\\\\&)?[A-Za-z0-9_ ]+ \*?$name\(" "$work/functions" || complain "no prototype of $name"
-  grep -q '^\.so man3/igh_master\.3$' "$manual/man3/$name.3" || complain "no page $name(3)"
+  group=$(sed -n 's/^\.so man3\/\(igh_master_[a-z_]*\)\.3$/\1/p' "$manual/man3/$name.3") || complain "no page $name(3)"
+  in_page "$work/whole" "$group(3)" "the group of $name"
+  in_page "$work/whole" "$name" "function"
+  plain "$manual/man3/$group.3" "$work/group"
+  grep -qE "^(\\\\&)?[A-Za-z0-9_ ]+ \*?$name\(" "$work/group" || complain "no prototype of $name in $group(3)"
 done
 
 # help_words SECTION COMMAND...: subcommands or options as the help lists them.
@@ -42,7 +45,7 @@ for key in $keys; do
 done
 
 if command -v man >/dev/null; then
-  for page in "$manual"/man3/igh_master.3 "$manual"/igh_bus.1 "$manual"/bus-file.5; do
+  for page in $(grep -L '^\.so' "$manual"/man3/*) "$manual"/igh_bus.1 "$manual"/bus-file.5; do
     warnings=$(MANWIDTH=160 man --warnings -E UTF-8 -l "$page" 2>&1 >/dev/null) || true
     [ -z "$warnings" ] || complain "$page: $warnings"
   done

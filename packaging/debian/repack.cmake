@@ -1,0 +1,16 @@
+# Run by cpack behind the packing. For shared libraries it writes scripts that call ldconfig, and has no switch for that: the
+# loader's libraries have a trigger, which does it once for all that are installed together, and others need none.
+foreach(package IN LISTS CPACK_PACKAGE_FILES)
+  set(tree ${package}.tree)
+  file(REMOVE_RECURSE ${tree})
+  execute_process(COMMAND dpkg-deb -R ${package} ${tree} COMMAND_ERROR_IS_FATAL ANY)
+  set(text "")
+  if(EXISTS ${tree}/DEBIAN/postinst)
+    file(READ ${tree}/DEBIAN/postinst text)
+  endif()
+  if(text MATCHES "\tldconfig\n")
+    file(REMOVE ${tree}/DEBIAN/postinst ${tree}/DEBIAN/postrm)
+    execute_process(COMMAND dpkg-deb --root-owner-group -b ${tree} ${package} OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
+  endif()
+  file(REMOVE_RECURSE ${tree})
+endforeach()
