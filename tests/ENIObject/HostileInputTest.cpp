@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <sys/resource.h>
 
 using namespace description_test;
@@ -55,13 +54,12 @@ TEST_F(HostileInput, EntityBombsAreRefusedAndExternalEntitiesNotRead) {
   EXPECT_EQ(messages().back().second, "Vendor id = 0x2, Vendor name = ab");
 }
 
+// A cost that grows with the square of the elements would meet the time limit of ctest.
 TEST_F(HostileInput, VeryManyElementsLoadInLinearTimeAndBoundedMemory) {
-  for (const std::string& content : {repeat("<a/>\n", 200000), repeat("x<a/>", 200000),
-                                     "<Slots>" + repeat("<Slot/>\n", 100000) + "</Slots>",
-                                     "<RxPdo Sm=\"2\">" + repeat("<Entry/>", 100000) + "</RxPdo>"}) {
-    const auto start = std::chrono::steady_clock::now();
+  for (const std::string& content : {repeat("<a/>\n", 400000), repeat("x<a/>", 400000),
+                                     "<Slots>" + repeat("<Slot/>\n", 250000) + "</Slots>",
+                                     "<RxPdo Sm=\"2\">" + repeat("<Entry/>", 250000) + "</RxPdo>"}) {
     EXPECT_TRUE(load(store, description(device("1", "1", content))));
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10)) << content.substr(0, 20);
     store.removeAllENIObject();
   }
   const std::string pdo = "<RxPdo Sm='2'>" + repeat("<Entry/>", 20000) + "</RxPdo>";
