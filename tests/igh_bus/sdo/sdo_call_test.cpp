@@ -1,5 +1,5 @@
 // SDO transfers by the calls that wait, and the list of a slave's objects.
-#include "Program.h"
+#include "Terminal.h"
 
 #include <ethercat_simulation/Simulation.h>
 
@@ -178,6 +178,15 @@ TEST_F(SdoCall, ListHasWhatTheSlaveAnswersForAndWhatItIsCalled) {
 0x2002:00     4  56 31 2E 30 (808333654, "V1.0")
 0x2003:00     -  general error
 7 found in these places, asked for one by one: the IgH master hands out no list)");
+}
+
+TEST(SdoList, ATerminalSeesWhichObjectIsAskedFor) {
+  Terminal terminal("'" IGH_BUS_PROGRAM "' sdo list 5 0x603F-0x6041 0x6502 --bus @machine.json", "linux", 24);
+  const auto outcome = terminal.end();
+  const std::string cleared = "\r\x1b[K";
+  EXPECT_THAT(outcome.out, testing::HasSubstr("\r0x6041" + cleared + "0x6041:00     2  "));
+  EXPECT_THAT(outcome.out, testing::HasSubstr("\r0x6502" + cleared));
+  EXPECT_EQ(outcome.status, 0);
 }
 
 } // namespace

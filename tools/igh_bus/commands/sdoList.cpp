@@ -8,6 +8,7 @@
 #include "text/Text.h"
 
 #include <cstdio>
+#include <unistd.h>
 
 namespace igh_bus {
 namespace {
@@ -31,6 +32,27 @@ Range parseRange(const std::string& text) {
   return {static_cast<std::uint16_t>(first), static_cast<std::uint16_t>(last)};
 }
 
+// On a terminal the object that is asked for, each over the one before; nothing elsewhere.
+class AskedLine {
+public:
+  AskedLine() = default;
+  ~AskedLine() { clear(); }
+  AskedLine(const AskedLine&) = delete;
+  AskedLine& operator=(const AskedLine&) = delete;
+  void show(std::uint16_t index) const {
+    if (m_terminal)
+      std::printf("\r0x%04X", unsigned{index});
+    std::fflush(stdout);
+  }
+  void clear() const {
+    if (m_terminal)
+      std::printf("\r\033[K");
+  }
+
+private:
+  bool m_terminal = isatty(STDOUT_FILENO) != 0;
+};
+
 void printObject(const KnownObjects& known, const SdoTransfer& place, const SdoAnswer& answer) {
   const auto name = known.name(place.index, place.subindex);
   if (answer.result < 0)
@@ -52,16 +74,19 @@ Status list(const ListOptions& options) {
   checkSlave(options.slave, slaves);
   const auto& slave = slaves[options.slave];
   const KnownObjects known(slave.device);
-  ObjectList objects(master, slave.info.position, known);
+  const AskedLine asked;
   std::size_t count = 0;
   const auto print = [&](const SdoTransfer& place, const SdoAnswer& answer) {
+    asked.clear();
     printObject(known, place, answer);
     ++count;
   };
+  ObjectList objects(master, slave.info.position, known, [&](std::uint16_t index) { asked.show(index); });
   for (const auto& [first, last] : ranges)
     objects.visitRange(first, last, print);
   if (ranges.empty())
     objects.visitUsual(slave, print);
+  asked.clear();
   std::printf("%zu found in %s, asked for one by one: the IgH master hands out no list\n", count,
               ranges.empty() ? "the usual places" : "these places");
   return success;

@@ -65,6 +65,7 @@ void ObjectList::follow(const Asked& asked) {
 // Some slaves have parts and no sub-index 0: then up to the first gap.
 void ObjectList::visitObject(std::uint16_t index, const Visit& visit) {
   constexpr unsigned int LAST = 255;
+  m_asking(index);
   const auto head = ask(index, 0);
   const auto& bytes = head.answer.bytes;
   if (head.answer.abortCode == NO_OBJECT)

@@ -16,8 +16,11 @@ public:
   // read.
   using Visit = std::function<void(const SdoTransfer& place, const SdoAnswer& answer)>;
 
-  ObjectList(const OpenedMaster& master, std::uint16_t slave, const KnownObjects& known)
-      : m_master(master), m_slave(slave), m_known(known) {}
+  // Is told of every object before it is asked for: a wide range takes minutes.
+  using Asking = std::function<void(std::uint16_t index)>;
+
+  ObjectList(const OpenedMaster& master, std::uint16_t slave, const KnownObjects& known, Asking asking)
+      : m_master(master), m_slave(slave), m_known(known), m_asking(std::move(asking)) {}
 
   // The usual ones: those of communication, of the description and of the slave's PDOs; of a drive those of
   // its profile. All throw Failure when the slave answers no more.
@@ -38,6 +41,7 @@ private:
   const OpenedMaster& m_master;
   std::uint16_t m_slave;
   const KnownObjects& m_known;
+  Asking m_asking;
   std::set<std::uint16_t> m_wanted;
 };
 
