@@ -51,7 +51,7 @@ def test_a_slave_shows_what_it_received_and_sends_what_it_is_told(bus, tmp_path)
         y.set_object(0x6065, 0, bytearray(b"\1\2\3\4"))
         fails("bytes-like", lambda: y.set_object(0x6065, 0, "abcd"), TypeError)
         m.cycle(2)
-        assert axis["Position actual value"] == 0 and m.sdo_read(1, 0x6065, 0, count=4) == b"\1\2\3\4"
+        assert axis["Position actual value"] == 0 and m.sdo_read(1, 0x6065, 0, count=4, timeout=100) == b"\1\2\3\4"
         assert bus.frames_sent == bus.call_count("ecrt_master_send") > 10 and len(bus.trace) > 30 and bus.active
         for off, on, missing in [(lambda: y.set_responding(False), lambda: y.set_responding(True), 3),
                                  (lambda: bus.add_fault("lost_frame", every=1), bus.clear_faults, 3),
