@@ -81,7 +81,8 @@ TEST_F(Commands, WrongArgumentsAreRefusedBeforeAnythingIsSent) {
   expect("sdo write 0 0x2000:2 nan --type REAL", 2, "value nan is not a number");
   expect("sdo write 0 0x6040 1.5", 2, "whole numbers");
   expect("sdo write 0 0x2001 012 --raw", 2, "pairs of hexadecimal digits");
-  expect("reg read 0 0xFFFF 2", 2, "length 2");
+  expect("reg read 0 0xFFFF 2", 2, "length 2: registers end at 0xFFFF, so from 0xFFFF on at most 1");
+  expect("reg read 0 0xFFFF 0", 2, "length 0: at least 1 byte");
   expect("reg write 0 0x0120 2 8", 2, "zeros only");
   EXPECT_EQ(bus().callCount(Call::activate) + bus().callCount(Call::deviceIoctl), 0U);
 }

@@ -34,9 +34,12 @@ struct Range {
 Range checkedRange(const RegOptions& options) {
   const auto address = parseNumber(options.address, LAST_ADDRESS, "address");
   const auto size = parseNumber(options.length, LAST_ADDRESS + 1, "length");
-  if (size == 0 || size > LAST_ADDRESS + 1 - address)
-    throw Failure(usageError, format("length %s: registers 0x%04X to 0xFFFF are %u bytes",
-                                     options.length.c_str(), address, LAST_ADDRESS + 1 - address));
+  if (size == 0)
+    throw Failure(usageError, "length 0: at least 1 byte");
+  if (size > LAST_ADDRESS + 1 - address)
+    throw Failure(usageError,
+                  format("length %s: registers end at 0x%04X, so from 0x%04X on at most %u",
+                         options.length.c_str(), LAST_ADDRESS, address, LAST_ADDRESS + 1 - address));
   for (const auto& value : options.values) {
     if (parseNumber(value, UINT32_MAX, "value") != 0)
       throw Failure(usageError, "value " + value +
