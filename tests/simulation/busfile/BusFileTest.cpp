@@ -6,6 +6,7 @@
 #include <iterator>
 #include <regex>
 #include <sys/stat.h>
+#include <unistd.h>
 
 using namespace bench;
 
@@ -13,6 +14,7 @@ namespace {
 
 class BusFileTest : public Bench {
 protected:
+  ~BusFileTest() override { std::remove(path.c_str()); }
   // What is wrong with this text, without the name of the file.
   std::string complaint(const std::string& text) const {
     sim::reset();
@@ -24,7 +26,7 @@ protected:
     return line.rfind(path + ": ", 0) == 0 ? line.substr(path.size() + 2) : line;
   }
 
-  std::string path = ::testing::TempDir() + "simulation_bus.json";
+  std::string path = ::testing::TempDir() + "simulation_bus_" + std::to_string(getpid()) + ".json";
 };
 
 TEST_F(BusFileTest, TheFileOfTheEnvironmentMakesTheMastersThatHaveNoBus) {

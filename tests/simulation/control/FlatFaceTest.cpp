@@ -1,8 +1,10 @@
 // ethercat_simulation.h, the observer and the record.
 #include "simulation/control/FlatBench.h"
 
+#include <cstdio>
 #include <cstring>
 #include <fstream>
+#include <unistd.h>
 
 using namespace bench;
 
@@ -221,7 +223,7 @@ TEST_F(FlatFaceTest, ObserversSeeEachCycleBehindItsFrame) {
 }
 
 TEST_F(FlatFaceTest, ARecordHasARowForEachCycle) {
-  const std::string path = testing::TempDir() + "flat_face_record.csv";
+  const std::string path = testing::TempDir() + "flat_face_record_" + std::to_string(getpid()) + ".csv";
   const auto read = [&] {
     std::ifstream file(path);
     return std::string(std::istreambuf_iterator<char>(file), {});
@@ -242,6 +244,7 @@ TEST_F(FlatFaceTest, ARecordHasARowForEachCycle) {
   ecrt_master_deactivate(master);
   EXPECT_EQ(read(), rows);
   ethercat_simulation_record(0, nullptr);
+  std::remove(path.c_str());
   for (const char* name : {"/dev/full", "/nowhere/x.csv"}) {
     SetUp();
     ASSERT_EQ(ethercat_simulation_record(0, name), 0);

@@ -106,9 +106,9 @@ TEST_F(HandleTest, OnlyDeviceFilesOfMastersAreServed) {
   EXPECT_EQ(openError("/dev/EtherCAT0"), EACCES);
   EXPECT_EQ(openError("/dev/EtherCAT00"), ENOENT);
 
-  const std::string path = ::testing::TempDir() + "simulation_plain_file";
-  ::unlink(path.c_str());
+  const std::string path = ::testing::TempDir() + "simulation_plain_file_" + std::to_string(getpid());
   const int plain = ::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL, 0600);
+  ::unlink(path.c_str());
   struct stat status {};
   EXPECT_EQ(::fstat(plain, &status), 0);
   EXPECT_EQ(status.st_mode & 0777U, 0600U);

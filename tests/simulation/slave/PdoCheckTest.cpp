@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <fstream>
 #include <sstream>
+#include <unistd.h>
 
 using namespace bench;
 
@@ -95,7 +96,7 @@ TEST_F(PdoCheckTest, ASlaveGoesBeyondPreopOnlyWithTheLengthsThatItNeedsAndKeepsW
   for (const Case& row : cases) {
     slaves += (slaves.empty() ? "" : ",") + (R"({"vendor_id":"0xE00","product_code":1)" + row.keys + "}");
   }
-  const std::string path = ::testing::TempDir() + "simulation_pdos.json";
+  const std::string path = ::testing::TempDir() + "simulation_pdos_" + std::to_string(getpid()) + ".json";
   std::ofstream(path) << R"({"timing":"fast","slaves":[)" << slaves << "]}";
   ASSERT_EQ(sim::loadBusFile(path), "");
   std::remove(path.c_str());
