@@ -45,7 +45,7 @@ void BusRun::cycle() {
 }
 
 // On a real master nothing is served to who looks while nobody cycles; so within bounds. Behind them the look
-// is as far as it is, but for a turn of the lookout that has not come yet.
+// is as far as it is, but for a turn of the lookout that has not come yet: its end is waited for anyway.
 void BusRun::cycleOnForLookout() {
   using namespace std::chrono_literals;
   constexpr std::uint64_t LONGEST_NS = 5000000000;
@@ -55,7 +55,7 @@ void BusRun::cycleOnForLookout() {
     pacemaker.keepPace();
     m_session.exchangeUncounted();
   }
-  for (int left = 200; left > 0 && !m_lookout->lastDone(); --left)
+  for (int left = 200; left > 0 && !m_lookout->lastDone(); left -= m_lookout->isLooking() ? 1 : 0)
     std::this_thread::sleep_for(10ms);
 }
 

@@ -106,17 +106,21 @@ bool Lookout::isLookDue() {
 }
 
 void Lookout::look(bool last) {
+  m_looking.store(true, std::memory_order_release);
   m_eventsSeen = m_events.load(std::memory_order_acquire);
   const auto cycle = m_cycle.load(std::memory_order_relaxed);
+  // Not as it is behind the look, which may have begun in a climb.
+  const bool climbed = m_seenOp.load(std::memory_order_relaxed);
   if (m_look)
-    compare(m_look->take(), cycle, last);
+    compare(m_look->take(), cycle, climbed, last);
   m_turns = 0;
+  m_looking.store(false, std::memory_order_release);
 }
 
 // In a climb everybody is below OP, and so it is no news. It is none either at the end of a run in
 // which nobody got there.
-void Lookout::compare(const std::vector<SlaveSight>& sights, std::uint64_t cycle, bool last) {
-  bool someUp = m_seenOp.load(std::memory_order_relaxed);
+void Lookout::compare(const std::vector<SlaveSight>& sights, std::uint64_t cycle, bool climbed, bool last) {
+  bool someUp = climbed;
   for (std::size_t slave = 0; last && slave < sights.size(); ++slave)
     someUp = someUp || (sights[slave].answers && !isBelowOp(sights[slave]));
   const bool silence = tellSilence(sights, cycle);

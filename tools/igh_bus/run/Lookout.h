@@ -48,6 +48,8 @@ public:
   // behind it.
   void askForLast() { m_lastAsked.store(true, std::memory_order_release); }
   bool lastDone() const { return m_lastDone.load(std::memory_order_acquire); }
+  // It waits for the bus, or has begun to: not only for its turn of a processor.
+  bool isLooking() const { return m_looking.load(std::memory_order_acquire); }
 
   // Of any thread but the cycle's.
   Sightings sightings() const;
@@ -61,7 +63,7 @@ private:
   void tellProgress();
   bool isLookDue();
   void look(bool last);
-  void compare(const std::vector<SlaveSight>& sights, std::uint64_t cycle, bool last);
+  void compare(const std::vector<SlaveSight>& sights, std::uint64_t cycle, bool climbed, bool last);
   bool tellSilence(const std::vector<SlaveSight>& sights, std::uint64_t cycle);
   void tell(const Sighting& sighting);
   void print(const std::string& text) const;
@@ -93,6 +95,7 @@ private:
   mutable std::mutex m_mutex; // of the sightings
   Sightings m_sightings;
   std::atomic<bool> m_lastDone{false};
+  std::atomic<bool> m_looking{false};
   OrdinaryThread m_thread; // last: it uses all others
 };
 

@@ -135,7 +135,8 @@ void CounterWatch::watch(double intervalNs) {
     for (std::size_t slave = 0; slave < m_slaves.size() && !StopSignals::requested(); ++slave) {
       std::string failure;
       const auto now = look(slave, &failure);
-      if (now.empty() != m_counters[slave].empty() && !StopSignals::requested())
+      const bool interrupted = now.empty() && StopSignals::requested(); // which says nothing of the slave
+      if (now.empty() != m_counters[slave].empty() && !interrupted)
         std::printf("%s  %s  %s\n", timeOfDay().c_str(), slaveText(slave, m_slaves).c_str(),
                     now.empty() ? "cannot be reached" : "answers again");
       grown += tellGrowth(slave, now);
