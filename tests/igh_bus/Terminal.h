@@ -71,13 +71,20 @@ public:
     const winsize size{lines, 100, 0, 0};
     ioctl(m_terminal, TIOCSWINSZ, &size);
   }
-  // Has the screen drawn anew until it shows this; gives the screen's text, or what came until a minute was
-  // over.
+  // Has the screen drawn anew until it shows this, a minute long, and gives the text of that picture: a whole
+  // one, in however many pieces it came.
   std::string until(const std::string& pattern) {
     std::string text;
-    for (int tries = 0; tries < 200; ++tries) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+    while (std::chrono::steady_clock::now() < end) {
       type("\f");
-      text = plain(read(300));
+      std::string shown;
+      std::string part;
+      do {
+        part = read(300);
+        shown += part;
+        text = plain(lastPicture(shown));
+      } while (text.empty() && !part.empty());
       if (std::regex_search(text, std::regex(pattern)))
         return text;
     }
@@ -113,6 +120,17 @@ private:
       text.append(part, static_cast<std::size_t>(count));
     }
     return text;
+  }
+  // From the clearing of the screen to its last line, the one of the keys.
+  static std::string lastPicture(const std::string& shown) {
+    const auto end = shown.rfind("F10 Quit");
+    std::size_t begin = std::string::npos;
+    for (const char* const clear : {"\x1b[H\x1b[J", "\x1b[H\x1b[2J"}) {
+      const auto found = shown.rfind(clear, end);
+      begin = begin == std::string::npos || (found != std::string::npos && found > begin) ? found : begin;
+    }
+    const bool whole = end != std::string::npos && begin != std::string::npos;
+    return whole ? shown.substr(begin, end - begin) : "";
   }
   static std::string plain(const std::string& text) {
     const auto placed = std::regex_replace(text, std::regex("\x1b\\[[0-9;]*H"), "\n");
