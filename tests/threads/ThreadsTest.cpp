@@ -22,13 +22,14 @@ void terminateOne(int /*signal*/) {
   igh_master_request_terminate(1);
 }
 
-// A loopback slave counts: what comes back is what was sent, plus one.
+// A loopback slave counts: what comes back is what was sent, plus one. Never back to 0: where a slave has
+// left OP, the last value stays.
 void countUntilTerminated(std::uint16_t id, std::uint32_t in, std::uint32_t out, std::atomic<int>& count) {
   while (!terminateRequested(id)) {
     igh_master_exchange(id, nullptr, nullptr);
     double value = 0;
     igh_master_pdo_recv(id, in, &value);
-    igh_master_pdo_send(id, out, value < 200 ? value + 1 : 0);
+    igh_master_pdo_send(id, out, value < 200 ? value + 1 : 1);
     count.fetch_add(value > 0 ? 1 : 0, std::memory_order_relaxed);
   }
 }
